@@ -1,0 +1,33 @@
+# Installation: the library, its public headers and a CMake package that other projects find with find_package(pkgcore).
+
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+set(pkgcore_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/pkgcore")
+
+install(
+  TARGETS pkgcore
+  EXPORT pkgcoreTargets
+  RUNTIME COMPONENT pkgcore_runtime
+  LIBRARY COMPONENT pkgcore_runtime NAMELINK_COMPONENT pkgcore_development
+  ARCHIVE COMPONENT pkgcore_development
+  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT pkgcore_development)
+
+install(
+  EXPORT pkgcoreTargets
+  NAMESPACE pkgcore::
+  DESTINATION "${pkgcore_package_dir}"
+  COMPONENT pkgcore_development)
+
+configure_package_config_file(
+  "${PROJECT_SOURCE_DIR}/cmake/pkgcoreConfig.cmake.in" "${PROJECT_BINARY_DIR}/pkgcoreConfig.cmake"
+  INSTALL_DESTINATION "${pkgcore_package_dir}"
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(
+  "${PROJECT_BINARY_DIR}/pkgcoreConfigVersion.cmake"
+  VERSION "${PROJECT_VERSION}"
+  COMPATIBILITY SameMajorVersion)
+install(
+  FILES "${PROJECT_BINARY_DIR}/pkgcoreConfig.cmake" "${PROJECT_BINARY_DIR}/pkgcoreConfigVersion.cmake"
+  DESTINATION "${pkgcore_package_dir}"
+  COMPONENT pkgcore_development)

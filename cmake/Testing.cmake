@@ -1,0 +1,51 @@
+# Tests in the manner of this project; needs the targets of pkgcore/CMakeLists.txt.
+
+include(GoogleTest)
+
+# Everything that carries the label "concurrent", so that a build with the thread sanitizer can make these tests alone.
+add_custom_target(pkgcore_concurrent_tests)
+
+# pkgcore_add_test(NAME <name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...])
+#
+# Makes a GoogleTest program and registers each of its tests with CTest as <name>/<Suite>.<Test>. LIBRARIES says what is
+# tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted platform, or pkgcore::pkgcore. Each test
+# carries the first folder below tests/ as a label, in addition to LABELS.
+function(pkgcore_add_test)
+  cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES;LABELS")
+  if(NOT arg_NAME OR NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "pkgcore_add_test needs NAME and SOURCES; not understood: '${arg_UNPARSED_ARGUMENTS}'")
+  endif()
+  if(NOT arg_LIBRARIES)
+    set(arg_LIBRARIES pkgcore_objects)
+  endif()
+
+  add_executable(${arg_NAME} ${arg_SOURCES})
+  target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} pkgcore_test_support_headers pkgcore_build_options
+                                            GTest::gmock GTest::gtest_main)
+
+  pkgcore_folder_label(folder)
+  set(labels ${folder} ${arg_LABELS})
+  if("concurrent" IN_LIST labels)
+    add_dependencies(pkgcore_concurrent_tests ${arg_NAME})
+  endif()
+  # The list goes through two more evaluations on its way into the test file.
+  list(JOIN labels "\\;" labels)
+  gtest_discover_tests(
+    ${arg_NAME}
+    TEST_PREFIX "${arg_NAME}/"
+    DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 120
+    PROPERTIES TIMEOUT 300 LABELS "${labels}")
+endfunction()
+
+# Sets <result> to the name of the first folder below tests/ that the caller stands in.
+function(pkgcore_folder_label result)
+  file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}/tests" "${CMAKE_CURRENT_SOURCE_DIR}")
+  string(REGEX REPLACE "/.*" "" folder "${folder}")
+  set(${result} "${folder}" PARENT_SCOPE)
+endfunction()
+
+# For libraries of test support: the root of the repository as include path and the requirements of pkgcore's headers,
+# without any object of it. What is tested is chosen by each test program.
+add_library(pkgcore_test_support_headers INTERFACE)
+target_link_libraries(pkgcore_test_support_headers INTERFACE pkgcore_headers)

@@ -1,0 +1,18 @@
+#include <pkgcore/core/Exception.hpp>
+
+namespace opc {
+
+Exception::Exception(const std::string& message, boost::system::error_code code)
+    : std::runtime_error(message), code_(code) {}
+
+Exception::Exception(const Exception& other) noexcept = default;
+
+// std::runtime_error has no move of its own to speak of: its text is shared by count, so this cannot fail.
+Exception::Exception(Exception&& other) noexcept
+    : std::runtime_error(static_cast<const std::runtime_error&>(other)), code_(other.code_) {}
+
+Exception::~Exception() noexcept = default;
+
+const boost::system::error_code& Exception::code() const { return code_; }
+
+}  // namespace opc

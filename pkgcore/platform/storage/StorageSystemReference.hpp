@@ -1,0 +1,23 @@
+#pragma once
+
+#include <pkgcore/platform/Export.hpp>
+
+#include <memory>
+#include <utility>
+
+namespace foundation::storage::vfs {
+
+class StorageSystem;
+
+/// A handle to an immutable virtual storage system: cheap to copy, shared by count, usable from any thread.
+/// The system lives as long as any handle to it.
+class PKGCORE_PLATFORM_API StorageSystemReference {
+public:
+    explicit StorageSystemReference(std::shared_ptr<const StorageSystem> system)
+        : system_(std::move(system)) {}
+
+private:
+    std::shared_ptr<const StorageSystem> system_;
+};
+
+}  // namespace foundation::storage::vfs

@@ -1,0 +1,80 @@
+#include <pkgcore/portable/filesystem/NativePath.hpp>
+
+#include <pkgcore/platform/filesystem/Exceptions.hpp>
+#include <pkgcore/portable/filesystem/Errors.hpp>
+#include <pkgcore/portable/filesystem/PathText.hpp>
+#include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
+
+#include <fcntl.h>
+#include <limits.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+namespace fl::filesystem::posix {
+
+NativePath::NativePath(const std::u16string& path) : text_(path) {
+    if (path.empty()) {
+        throw PathNotFound(path);
+    }
+    const std::size_t room = path.size() * maxBytesPerUnit + 1;
+    if (room > shortCapacity) {
+        longBytes_.reset(new char[room]);  // not make_unique: it would clear what is overwritten at once
+    }
+    size_ = encodeText(path, bytes());
+    if (size_ == invalidText) {
+        throw FileNameConversionFailure(path);
+    }
+    while (size_ > 1 && bytes()[size_ - 1] == '/') {
+        --size_;
+    }
+    bytes()[size_] = '\0';
+}
+
+Place::Place(const std::u16string& path) : path_(path), rest_(path_.bytes()) {
+    if (path_.size() >= PATH_MAX) {
+        walk();
+    }
+}
+
+const Place& Place::orThrow() const {
+    if (error_ != 0) {
+        throwError(error_, text());
+    }
+    return *this;
+}
+
+int Place::directory() const noexcept { return folder_.isOpen() ? folder_.get() : AT_FDCWD; }
+
+bool Place::endsInDots() const noexcept {
+    const std::string_view whole(rest_);
+    const std::string_view last = whole.substr(whole.rfind('/') + 1);
+    return last == "." || last == "..";
+}
+
+// Opens the folder of each piece of up to PATH_MAX - 1 bytes and goes on from there; the separator behind a piece becomes
+// its end. An element longer than that is left for the system to refuse.
+void Place::walk() {
+    char* piece = path_.bytes();
+    const char* const end = piece + path_.size();
+    while (end - piece >= PATH_MAX) {
+        char* const cut = static_cast<char*>(::memrchr(piece + 1, '/', PATH_MAX - 1));
+        if (cut == nullptr) {
+            return;
+        }
+        *cut = '\0';
+        folder_ = openAt(directory(), piece, O_PATH | O_DIRECTORY);
+        if (!folder_.isOpen()) {
+            error_ = errno;
+            return;
+        }
+        piece = cut + 1;
+        while (*piece == '/') {
+            ++piece;
+        }
+        rest_ = piece;
+    }
+}
+
+}  // namespace fl::filesystem::posix

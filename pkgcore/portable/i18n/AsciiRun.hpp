@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+/// Converts the ASCII at the beginning of a text, in vector steps where the processor has them.
+///
+/// Each function handles the leading run of units below 0x80 (a NUL is one of them) and returns its length. `out` must
+/// have room for `length` elements and not overlap `in`; elements behind the run may be overwritten with anything, none
+/// behind `length` is touched.
+namespace fl::i18n::portable {
+
+std::size_t narrowAsciiRun(const char16_t* in, std::size_t length, char* out) noexcept;
+
+std::size_t widenAsciiRun(const char* in, std::size_t length, char16_t* out) noexcept;
+
+/// Copies the run with A to Z turned into a to z.
+std::size_t lowerAsciiRun(const char16_t* in, std::size_t length, char16_t* out) noexcept;
+
+}  // namespace fl::i18n::portable
