@@ -1,3 +1,6 @@
+# Every fuzz target.
+add_custom_target(pkgcore_fuzzers)
+
 # pkgcore_add_fuzzer(NAME <name> SOURCES <source>... CORPUS <folder> [LIBRARIES <target>...])
 #
 # SOURCES define LLVMFuzzerTestOneInput. With PKGCORE_FUZZ the program is a libFuzzer binary, and the test runs it over the
@@ -19,11 +22,14 @@ function(pkgcore_add_fuzzer)
 
   add_executable(${arg_NAME} ${arg_SOURCES})
   target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} pkgcore_test_support_headers pkgcore_build_options)
+  add_dependencies(pkgcore_fuzzers ${arg_NAME})
   if(PKGCORE_FUZZ)
     target_link_options(${arg_NAME} PRIVATE -fsanitize=fuzzer)
     add_test(NAME ${arg_NAME}/corpus COMMAND ${arg_NAME} -runs=0 "${corpus}")
+    # scripts/fuzz reads where the seeds are.
+    file(WRITE "${CMAKE_CURRENT_BINARY_DIR}/${arg_NAME}.corpus" "${corpus}\n")
   else()
-    target_sources(${arg_NAME} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/CorpusReplay.cpp")
+    target_link_libraries(${arg_NAME} PRIVATE corpus_replay)
     add_test(NAME ${arg_NAME}/corpus COMMAND ${arg_NAME} "${corpus}")
   endif()
   set_tests_properties(${arg_NAME}/corpus PROPERTIES LABELS fuzz TIMEOUT 300)

@@ -28,14 +28,29 @@ function(pkgcore_add_test)
   if("concurrent" IN_LIST labels)
     add_dependencies(pkgcore_concurrent_tests ${arg_NAME})
   endif()
-  # The list goes through two more evaluations on its way into the test file.
-  list(JOIN labels "\\;" labels)
+  # The names of parameterized tests are those that the test gives; printed values may be long, or alike.
   gtest_discover_tests(
     ${arg_NAME}
     TEST_PREFIX "${arg_NAME}/"
+    TEST_LIST discovered_tests
+    NO_PRETTY_VALUES
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 120
-    PROPERTIES TIMEOUT 300 LABELS "${labels}")
+    PROPERTIES TIMEOUT 300)
+  pkgcore_label_discovered_tests(${arg_NAME} "${labels}")
+endfunction()
+
+# Gives the tests that CTest has just discovered in a program their labels. gtest_discover_tests cannot: it flattens the list
+# and keeps the first one alone.
+function(pkgcore_label_discovered_tests name labels)
+  set(label_file "${CMAKE_CURRENT_BINARY_DIR}/${name}_labels.cmake")
+  file(CONFIGURE OUTPUT "${label_file}" @ONLY CONTENT [=[
+if(discovered_tests)
+  set_tests_properties(${discovered_tests} PROPERTIES LABELS "@labels@")
+endif()
+unset(discovered_tests)
+]=])
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${label_file}")
 endfunction()
 
 # Sets <result> to the name of the first folder below tests/ that the caller stands in.

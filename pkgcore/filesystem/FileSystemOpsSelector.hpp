@@ -10,9 +10,9 @@ namespace opc {
 
 /// Hands out the back end that fits a path: the local one for native paths, the virtual one for IRIs.
 ///
-/// A cheap handle. Copies share the same two back ends, and a reference to one is good as long as any of these handles
-/// lives; copies may be made and dropped on different threads. A selector that was moved from has nothing to hand out:
-/// destroy it or assign to it. What a selector supports is settled when it is made.
+/// A cheap handle. Copies share the same two back ends, and a reference to one is good as long as any of
+/// these handles lives; copies may be made and dropped on different threads. A selector that was moved from
+/// has nothing to hand out: destroy it or assign to it. What a selector supports is settled when it is made.
 class PKGCORE_API FileSystemOpsSelector {
 public:
     /// For native paths only.
@@ -24,8 +24,8 @@ public:
     FileSystemOpsSelector& operator=(FileSystemOpsSelector&& other) noexcept;
     ~FileSystemOpsSelector();
 
-    /// The virtual back end for a path that begins with the scheme of a storage system and "://", else the local one.
-    /// Nothing else about the path counts. Throws as getVirtual does.
+    /// The virtual back end for a path that begins with the scheme of a storage system and "://", else the
+    /// local one. Nothing else about the path counts. Throws as getVirtual does.
     FileSystemOps& getForPath(const ustring& path) const;
 
     /// The back end for native paths; never fails.

@@ -5,12 +5,13 @@
 
 #include <string>
 
-/// Pieces and forms of native paths, by their text alone: the disk is not asked. Each takes a path in native or generic
-/// notation, tidied or not; an empty path gives an empty result. They fail for want of memory only, unless the
-/// platform's path library has failures of its own, which pass unchanged.
+/// Pieces and forms of native paths, by their text alone: the disk is not asked. Each takes a path in native
+/// or generic notation, tidied or not; an empty path gives an empty result. They fail for want of memory
+/// only, unless the platform's path library has failures of its own, which pass unchanged.
 ///
-/// getExtension and getFilename give their piece as the native form spells it, getParentPath and normalizePath give the
-/// generic form: on a host where the two differ, do not compare results of the one pair with those of the other.
+/// getExtension and getFilename give their piece as the native form spells it, getParentPath and
+/// normalizePath give the generic form: on a host where the two differ, do not compare results of the one
+/// pair with those of the other.
 namespace opc::detail {
 
 /// The text after the last "." of the last name, without the dot.

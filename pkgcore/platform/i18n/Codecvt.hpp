@@ -5,17 +5,19 @@
 #include <memory>
 #include <string>
 
-/// Converters between UTF-16 text and narrow text. One is made for one conversion or for several in a row; it belongs to
-/// one thread at a time. The functions of Conversion.hpp do the work.
+/// Converters between UTF-16 text and narrow text. One is made for one conversion or for several in a row; it
+/// belongs to one thread at a time. The functions of Conversion.hpp do the work.
 ///
-/// The flag of every converter has one meaning. false: strict, the first malformed sequence or unmappable character
-/// ends the conversion with an exception. true: lenient, each maximal malformed subsequence of the input becomes one
-/// U+FFFD (Unicode, section 3.9, "U+FFFD Substitution of Maximal Subparts"), and a character that the target encoding lacks becomes that
-/// encoding's substitution character. A lenient conversion fails for want of memory alone.
+/// The flag of every converter has one meaning. false: strict, the first malformed sequence or unmappable
+/// character ends the conversion with an exception. true: lenient, each maximal malformed subsequence of the
+/// input becomes one U+FFFD (Unicode, section 3.9, "U+FFFD Substitution of Maximal Subparts"), and a
+/// character that the target encoding lacks becomes that encoding's substitution character. A lenient
+/// conversion fails for want of memory alone.
 ///
-/// Encoding names are those of the IANA registry, letter case and punctuation aside ("UTF-8", "utf8", "ISO-8859-15",
-/// "Shift_JIS"). An empty name is the platform's default narrow encoding, which is the user's default encoding too: that
-/// of the locale that the environment names. An unknown name makes the constructor throw CvtUnknownEncoding.
+/// Encoding names are those of the IANA registry, letter case and punctuation aside ("UTF-8", "utf8",
+/// "ISO-8859-15", "Shift_JIS"). An empty name is the platform's default narrow encoding, which is the user's
+/// default encoding too: that of the locale that the environment names. An unknown name makes the constructor
+/// throw CvtUnknownEncoding.
 namespace fl::i18n {
 
 namespace detail {
@@ -57,7 +59,8 @@ private:
     bool lenient_;
 };
 
-/// From UTF-16 to ASCII. Anything else is unmappable; the substitution character is SUBSTITUTE (0x1A, ECMA-48).
+/// From UTF-16 to ASCII. Anything else is unmappable; the substitution character is SUBSTITUTE (0x1A,
+/// ECMA-48).
 class PKGCORE_PLATFORM_API codecvt_ustring_to_ascii {
 public:
     explicit codecvt_ustring_to_ascii(bool lenient);

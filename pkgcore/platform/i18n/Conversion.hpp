@@ -5,9 +5,9 @@
 
 #include <string>
 
-/// Text from one form into another. Required of all: the whole text is converted, a NUL included, or an exception
-/// leaves and nothing else does; a failure of the text is a CvtExceptionBase; any thread may call at any time. None
-/// needs initialize() to have been called.
+/// Text from one form into another. Required of all: the whole text is converted, a NUL included, or an
+/// exception leaves and nothing else does; a failure of the text is a CvtExceptionBase; any thread may call
+/// at any time. None needs initialize() to have been called.
 namespace fl::i18n {
 
 PKGCORE_PLATFORM_API std::u16string to_ustring(const std::string& text,
@@ -16,8 +16,8 @@ PKGCORE_PLATFORM_API std::u16string to_ustring(const std::string& text,
 /// `text` ends at its first NUL; a null pointer counts as empty.
 PKGCORE_PLATFORM_API std::u16string to_ustring(const char* text, const codecvt_ascii_to_ustring& converter);
 
-/// From UTF-16 or UTF-32, whichever fits wchar_t. An unpaired surrogate passes unchanged, so that no file name is lost
-/// on the way. A value that is no code point, above U+10FFFF or negative, is CvtInvalidSequence.
+/// From UTF-16 or UTF-32, whichever fits wchar_t. An unpaired surrogate passes unchanged, so that no file
+/// name is lost on the way. A value that is no code point, above U+10FFFF or negative, is CvtInvalidSequence.
 PKGCORE_PLATFORM_API std::u16string to_ustring(const std::wstring& text);
 
 PKGCORE_PLATFORM_API std::string to_string(const std::u16string& text,
@@ -29,7 +29,8 @@ PKGCORE_PLATFORM_API std::string to_string(const std::u16string& text,
 /// Into the user's default encoding, strictly.
 PKGCORE_PLATFORM_API std::string to_string(const std::u16string& text);
 
-/// Into UTF-16 or UTF-32, whichever fits wchar_t. An unpaired surrogate passes unchanged. Never fails but for memory.
+/// Into UTF-16 or UTF-32, whichever fits wchar_t. An unpaired surrogate passes unchanged. Never fails but for
+/// memory.
 PKGCORE_PLATFORM_API std::wstring to_wstring(const std::u16string& text);
 
 }  // namespace fl::i18n

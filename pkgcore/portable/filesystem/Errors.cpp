@@ -13,7 +13,8 @@ void detail::throw_invalid_operation_exception() {
 
 namespace posix {
 
-// ENOTSUP and EOPNOTSUPP are one number on Linux and two elsewhere; EPERM also stands for an item made immutable.
+// ENOTSUP and EOPNOTSUPP are one number on Linux and two elsewhere; EPERM also stands for an item made
+// immutable.
 void throwError(int error, const std::u16string& path) {
     switch (error) {
         case EACCES:

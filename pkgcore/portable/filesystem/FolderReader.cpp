@@ -15,19 +15,19 @@ namespace fl::filesystem::posix {
 namespace {
 
 // The C library lays out its dirent64 as the system does its records.
-constexpr std::size_t lengthOffset = offsetof(dirent64, d_reclen);
-constexpr std::size_t typeOffset = offsetof(dirent64, d_type);
-constexpr std::size_t nameOffset = offsetof(dirent64, d_name);
+constexpr std::size_t kLengthOffset = offsetof(dirent64, d_reclen);
+constexpr std::size_t kTypeOffset = offsetof(dirent64, d_type);
+constexpr std::size_t kNameOffset = offsetof(dirent64, d_name);
 
-constexpr std::size_t blockSize = 32 * 1024;
-constexpr std::size_t longestRecord = sizeof(dirent64);
+constexpr std::size_t kBlockSize = 32 * 1024;
+constexpr std::size_t kLongestRecord = sizeof(dirent64);
 
-constexpr int maxStreaming = 32;
+constexpr int kMaxStreaming = 32;
 std::atomic<int> streaming{0};
 
 std::size_t recordLength(const char* record) noexcept {
     std::uint16_t length;
-    std::memcpy(&length, record + lengthOffset, sizeof length);
+    std::memcpy(&length, record + kLengthOffset, sizeof length);
     return length;
 }
 
@@ -36,7 +36,7 @@ bool isDots(const char* name) noexcept {
 }
 
 const char* skipDots(const char* record, const char* end) noexcept {
-    while (record != end && isDots(record + nameOffset)) {
+    while (record != end && isDots(record + kNameOffset)) {
         record += recordLength(record);
     }
     return record;
@@ -45,7 +45,7 @@ const char* skipDots(const char* record, const char* end) noexcept {
 }  // namespace
 
 bool StreamingSlot::acquire() noexcept {
-    held_ = streaming.fetch_add(1, std::memory_order_relaxed) < maxStreaming;
+    held_ = streaming.fetch_add(1, std::memory_order_relaxed) < kMaxStreaming;
     if (!held_) {
         streaming.fetch_sub(1, std::memory_order_relaxed);
     }
@@ -59,11 +59,11 @@ void StreamingSlot::release() noexcept {
 }
 
 FolderReader::FolderReader(int folder) : folder_(folder) {
-    alignas(dirent64) char scratch[blockSize];  // left uninitialised: only what was read is looked at
+    alignas(dirent64) char scratch[kBlockSize];  // left uninitialised: only what was read is looked at
     const std::size_t size = readWhatFits(scratch);
     const char* const first = skipDots(scratch, scratch + size);
     const auto left = static_cast<std::size_t>(scratch + size - first);
-    keep(first, left, complete_ ? left : blockSize);
+    keep(first, left, complete_ ? left : kBlockSize);
     if (!complete_ && !slot_.acquire()) {
         drain();
     }
@@ -80,11 +80,11 @@ bool FolderReader::next() {
     return true;
 }
 
-const char* FolderReader::name() const noexcept { return entry_ + nameOffset; }
+const char* FolderReader::name() const noexcept { return entry_ + kNameOffset; }
 
 std::size_t FolderReader::nameLength() const noexcept { return std::strlen(name()); }
 
-unsigned char FolderReader::type() const noexcept { return static_cast<unsigned char>(entry_[typeOffset]); }
+unsigned char FolderReader::type() const noexcept { return static_cast<unsigned char>(entry_[kTypeOffset]); }
 
 void FolderReader::drain() {
     if (complete_) {
@@ -94,8 +94,8 @@ void FolderReader::drain() {
     std::vector<char> records(stands ? entry_ : next_, end_);
     while (!complete_) {
         const std::size_t size = records.size();
-        records.resize(size + blockSize);
-        records.resize(size + readBatch(records.data() + size, blockSize));
+        records.resize(size + kBlockSize);
+        records.resize(size + readBatch(records.data() + size, kBlockSize));
     }
     keep(records.data(), records.size(), records.size());
     if (stands) {
@@ -112,7 +112,8 @@ std::size_t FolderReader::readBatch(char* to, std::size_t room) noexcept {
         return static_cast<std::size_t>(size);
     }
     complete_ = true;
-    // A folder that was removed after it was opened says ENOENT; POSIX has that be the end, as of an empty folder.
+    // A folder that was removed after it was opened says ENOENT; POSIX has that be the end, as of an empty
+    // folder.
     error_ = size < 0 && errno != ENOENT ? errno : 0;
     return 0;
 }
@@ -120,8 +121,8 @@ std::size_t FolderReader::readBatch(char* to, std::size_t room) noexcept {
 /// Reads until the end or until the block might not hold a further record.
 std::size_t FolderReader::readWhatFits(char* block) noexcept {
     std::size_t size = 0;
-    while (!complete_ && blockSize - size >= longestRecord) {
-        size += readBatch(block + size, blockSize - size);
+    while (!complete_ && kBlockSize - size >= kLongestRecord) {
+        size += readBatch(block + size, kBlockSize - size);
     }
     return size;
 }
@@ -141,7 +142,7 @@ bool FolderReader::refill() {
         return false;
     }
     next_ = block_.get();
-    end_ = next_ + readBatch(block_.get(), blockSize);
+    end_ = next_ + readBatch(block_.get(), kBlockSize);
     if (complete_) {
         slot_.release();
     }

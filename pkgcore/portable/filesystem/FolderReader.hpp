@@ -6,8 +6,8 @@
 
 namespace fl::filesystem::posix {
 
-/// One of the few places for readers that keep a descriptor in use: descriptors belong to the whole process, so these
-/// places do too. Given back when the owner ends.
+/// One of the few places for readers that keep a descriptor in use: descriptors belong to the whole process,
+/// so these places do too. Given back when the owner ends.
 class StreamingSlot {
 public:
     StreamingSlot() noexcept = default;
@@ -29,9 +29,9 @@ private:
 
 /// Reads the entries of an open folder, "." and ".." left out, in the order of the system.
 ///
-/// A folder whose records fit into one block is read at once and kept as exactly those records, so that nested listings
-/// hold neither a descriptor nor a block each. Bigger ones are read a block at a time; while many of those are under
-/// way, a further one is read into memory as a whole.
+/// A folder whose records fit into one block is read at once and kept as exactly those records, so that
+/// nested listings hold neither a descriptor nor a block each. Bigger ones are read a block at a time; while
+/// many of those are under way, a further one is read into memory as a whole.
 class FolderReader {
 public:
     /// Reads from `folder`, which stays the caller's and must be open until isComplete().
@@ -46,7 +46,8 @@ public:
     const char* name() const noexcept;
     std::size_t nameLength() const noexcept;
 
-    /// The kind of the entry as one of the system's DT_ constants, DT_UNKNOWN where the file system does not tell.
+    /// The kind of the entry as one of the system's DT_ constants, DT_UNKNOWN where the file system does not
+    /// tell.
     unsigned char type() const noexcept;
 
     /// Once next() has given false: 0 at the end, or the error number with which reading ended.

@@ -18,12 +18,12 @@ NativePath::NativePath(const std::u16string& path) : text_(path) {
     if (path.empty()) {
         throw PathNotFound(path);
     }
-    const std::size_t room = path.size() * maxBytesPerUnit + 1;
-    if (room > shortCapacity) {
+    const std::size_t room = path.size() * kMaxBytesPerUnit + 1;
+    if (room > kShortCapacity) {
         longBytes_.reset(new char[room]);  // not make_unique: it would clear what is overwritten at once
     }
     size_ = encodeText(path, bytes());
-    if (size_ == invalidText) {
+    if (size_ == kInvalidText) {
         throw FileNameConversionFailure(path);
     }
     while (size_ > 1 && bytes()[size_ - 1] == '/') {
@@ -32,7 +32,7 @@ NativePath::NativePath(const std::u16string& path) : text_(path) {
     bytes()[size_] = '\0';
 }
 
-Place::Place(const std::u16string& path) : path_(path), rest_(path_.bytes()) {
+Place::Place(const std::u16string& path) : path_(path), rest_(path_.bytes()), directory_(AT_FDCWD) {
     if (path_.size() >= PATH_MAX) {
         walk();
     }
@@ -45,16 +45,14 @@ const Place& Place::orThrow() const {
     return *this;
 }
 
-int Place::directory() const noexcept { return folder_.isOpen() ? folder_.get() : AT_FDCWD; }
-
 bool Place::endsInDots() const noexcept {
     const std::string_view whole(rest_);
     const std::string_view last = whole.substr(whole.rfind('/') + 1);
     return last == "." || last == "..";
 }
 
-// Opens the folder of each piece of up to PATH_MAX - 1 bytes and goes on from there; the separator behind a piece becomes
-// its end. An element longer than that is left for the system to refuse.
+// Opens the folder of each piece of up to PATH_MAX - 1 bytes and goes on from there; the separator behind a
+// piece becomes its end. An element longer than that is left for the system to refuse.
 void Place::walk() {
     char* piece = path_.bytes();
     const char* const end = piece + path_.size();
@@ -64,11 +62,12 @@ void Place::walk() {
             return;
         }
         *cut = '\0';
-        folder_ = openAt(directory(), piece, O_PATH | O_DIRECTORY);
+        folder_ = openAt(directory_, piece, O_PATH | O_DIRECTORY);
         if (!folder_.isOpen()) {
             error_ = errno;
             return;
         }
+        directory_ = folder_.get();
         piece = cut + 1;
         while (*piece == '/') {
             ++piece;

@@ -8,8 +8,8 @@
 
 namespace fl::filesystem::posix {
 
-/// A path as the bytes that the system takes: NUL-terminated, without trailing separators (so that a link is itself and
-/// not what it points to), in the object itself unless it is long.
+/// A path as the bytes that the system takes: NUL-terminated, without trailing separators (so that a link is
+/// itself and not what it points to), in the object itself unless it is long.
 class NativePath {
 public:
     /// FileNameConversionFailure for a NUL or a text without a form in bytes; PathNotFound for an empty path.
@@ -25,16 +25,16 @@ public:
     const std::u16string& text() const noexcept { return text_; }
 
 private:
-    static constexpr std::size_t shortCapacity = 1024;
+    static constexpr std::size_t kShortCapacity = 1024;
 
     const std::u16string& text_;
     std::size_t size_;
     std::unique_ptr<char[]> longBytes_;
-    char shortBytes_[shortCapacity];  // left uninitialised: only what is written is read
+    char shortBytes_[kShortCapacity];  // left uninitialised: only what is written is read
 };
 
-/// Where an item is, in the form that the `*at` calls take: a folder and a path relative to it that is short enough for
-/// one call. A path longer than the system's limit is walked in pieces, holding one open folder.
+/// Where an item is, in the form that the `*at` calls take: a folder and a path relative to it that is short
+/// enough for one call. A path longer than the system's limit is walked in pieces, holding one open folder.
 class Place {
 public:
     /// Of a path as it is. Walking a long one can fail: see error().
@@ -49,7 +49,7 @@ public:
     const Place& orThrow() const;
 
     /// A descriptor, or AT_FDCWD.
-    int directory() const noexcept;
+    int directory() const noexcept { return directory_; }
     const char* path() const noexcept { return rest_; }
     const std::u16string& text() const noexcept { return path_.text(); }
 
@@ -62,6 +62,7 @@ private:
     NativePath path_;
     const char* rest_;
     FileDescriptor folder_;
+    int directory_;
     int error_ = 0;
 };
 

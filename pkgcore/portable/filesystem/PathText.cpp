@@ -1,11 +1,15 @@
 #include <pkgcore/portable/filesystem/PathText.hpp>
 
 #include <pkgcore/portable/i18n/AsciiRun.hpp>
+#include <pkgcore/portable/i18n/CodePoints.hpp>
 
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <memory>
 
 namespace fl::filesystem::posix {
 
@@ -13,58 +17,53 @@ namespace {
 
 using Byte = unsigned char;
 
-constexpr char16_t firstEscape = 0xDC80;  // stands for byte 0x80
-constexpr char16_t lastEscape = 0xDCFF;
+constexpr char16_t kFirstEscape = 0xDC80;  // stands for byte 0x80
+constexpr char16_t kLastEscape = 0xDCFF;
 
-bool isEscapedByte(UChar32 point) { return point >= firstEscape && point <= lastEscape; }
+constexpr std::size_t kShortName = 256;  // as long as a name can be on any file system of Linux
+
+/// `byte` is from 0x80 on.
+char16_t escapeOf(Byte byte) { return static_cast<char16_t>(kFirstEscape + (byte - 0x80)); }
+
+bool isEscapedByte(char32_t point) { return point >= kFirstEscape && point <= kLastEscape; }
 
 /// Writes one scalar value, or the byte that an escape stands for; false for anything else.
-bool encodeOne(UChar32 point, char* out, std::size_t& size) {
+bool encodeOne(char32_t point, char* out, std::size_t& size) {
     if (isEscapedByte(point)) {
-        out[size++] = static_cast<char>(point - firstEscape + 0x80);
+        out[size++] = static_cast<char>(point - kFirstEscape + 0x80);
         return true;
     }
-    if (point < 0 || point > 0x10FFFF || U_IS_SURROGATE(point)) {
+    if (point > 0x10FFFF || U_IS_SURROGATE(point)) {
         return false;
     }
-    U8_APPEND_UNSAFE(out, size, point);
+    auto* const bytes = reinterpret_cast<Byte*>(out);
+    U8_APPEND_UNSAFE(bytes, size, point);
     return true;
 }
 
-bool holdsNul(const char* bytes, std::size_t size) { return std::memchr(bytes, '\0', size) != nullptr; }
-
-/// Encodes the character at `at`, of one unit or two, and moves past it.
-bool encodeAt(std::u16string_view text, std::size_t& at, char* out, std::size_t& size) {
-    UChar32 point = 0;
-    U16_NEXT(text.data(), at, text.size(), point);
-    return encodeOne(point, out, size);
-}
-
-void appendEscaped(const Byte* bytes, std::size_t from, std::size_t to, std::u16string& out) {
-    for (; from < to; ++from) {
-        out.push_back(static_cast<char16_t>(firstEscape + (bytes[from] - 0x80)));
+/// By words and not by memchr, whose wide loads would wait for the narrower stores that have just written the text.
+bool holdsNul(const char* bytes, std::size_t size) {
+    constexpr std::uint64_t kLowBits = 0x0101'0101'0101'0101;
+    constexpr std::uint64_t kHighBits = kLowBits << 7;
+    std::uint64_t word;
+    for (; size >= sizeof word; bytes += sizeof word, size -= sizeof word) {
+        std::memcpy(&word, bytes, sizeof word);
+        if (((word - kLowBits) & ~word & kHighBits) != 0) return true;
     }
-}
-
-void appendPoint(UChar32 point, std::u16string& out) {
-    if (U_IS_BMP(point)) {
-        out.push_back(static_cast<char16_t>(point));
-    } else {
-        out.push_back(U16_LEAD(point));
-        out.push_back(U16_TRAIL(point));
-    }
+    return std::find(bytes, bytes + size, '\0') != bytes + size;
 }
 
 /// Decodes the sequence at `at` and moves past it; each byte of a malformed one is escaped by itself.
-void decodeAt(const Byte* bytes, std::size_t length, std::size_t& at, std::u16string& out) {
+char16_t* decodeAt(const Byte* bytes, std::size_t length, std::size_t& at, char16_t* out) {
     const std::size_t start = at;
     UChar32 point = 0;
     U8_NEXT(bytes, at, length, point);
     if (point < 0) {
-        appendEscaped(bytes, start, at, out);
-    } else {
-        appendPoint(point, out);
+        return std::transform(bytes + start, bytes + at, out, escapeOf);
     }
+    std::size_t units = 0;
+    U16_APPEND_UNSAFE(out, units, point);
+    return out + units;
 }
 
 }  // namespace
@@ -73,15 +72,15 @@ std::size_t encodeText(std::u16string_view text, char* out) noexcept {
     std::size_t at = i18n::portable::narrowAsciiRun(text.data(), text.size(), out);
     std::size_t size = at;
     while (at < text.size()) {
-        if (!encodeAt(text, at, out, size)) {
-            return invalidText;
+        if (!encodeOne(i18n::portable::nextCodePoint(text.data(), at, text.size()), out, size)) {
+            return kInvalidText;
         }
         const std::size_t run =
             i18n::portable::narrowAsciiRun(text.data() + at, text.size() - at, out + size);
         at += run;
         size += run;
     }
-    return holdsNul(out, size) ? invalidText : size;
+    return holdsNul(out, size) ? kInvalidText : size;
 }
 
 static_assert(sizeof(wchar_t) == 4, "wide characters are UTF-32 on every POSIX host");
@@ -91,27 +90,36 @@ std::size_t encodeText(std::wstring_view text, char* out) noexcept {
     for (const wchar_t character : text) {
         if (character > 0 && character < 0x80) {
             out[size++] = static_cast<char>(character);
-        } else if (character == 0 || !encodeOne(static_cast<UChar32>(character), out, size)) {
-            return invalidText;
+        } else if (character == 0 || !encodeOne(static_cast<char32_t>(character), out, size)) {
+            return kInvalidText;
         }
     }
     return size;
 }
 
-void appendDecoded(std::string_view bytes, std::u16string& out) {
+std::size_t decodeText(std::string_view bytes, char16_t* out) noexcept {
     const auto* const units = reinterpret_cast<const Byte*>(bytes.data());
-    std::size_t at = 0;
-    while (at < bytes.size()) {
-        const std::size_t start = out.size();
-        out.resize(start + (bytes.size() - at));
-        const std::size_t run =
-            i18n::portable::widenAsciiRun(bytes.data() + at, bytes.size() - at, out.data() + start);
-        out.resize(start + run);
+    char16_t* end = out;
+    for (std::size_t at = 0; at < bytes.size();) {
+        const std::size_t run = i18n::portable::widenAsciiRun(bytes.data() + at, bytes.size() - at, end);
         at += run;
+        end += run;
         while (at < bytes.size() && units[at] >= 0x80) {
-            decodeAt(units, bytes.size(), at, out);
+            end = decodeAt(units, bytes.size(), at, end);
         }
     }
+    return static_cast<std::size_t>(end - out);
+}
+
+// By way of another buffer, since growing a string first clears what is written over at once.
+void appendDecoded(std::string_view bytes, std::u16string& out) {
+    char16_t shortName[kShortName];
+    if (bytes.size() <= kShortName) {
+        out.append(shortName, decodeText(bytes, shortName));
+        return;
+    }
+    const std::unique_ptr<char16_t[]> longText(new char16_t[bytes.size()]);
+    out.append(longText.get(), decodeText(bytes, longText.get()));
 }
 
 }  // namespace fl::filesystem::posix

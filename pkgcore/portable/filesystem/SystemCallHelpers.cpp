@@ -5,8 +5,8 @@
 namespace fl::filesystem::posix {
 
 FileDescriptor openAt(int directory, const char* path, int flags, mode_t mode) noexcept {
-    return FileDescriptor(retryInterrupted(
-        [&] { return systemCalls().openat(directory, path, flags | O_CLOEXEC, mode); }));
+    return FileDescriptor(
+        retryInterrupted([&] { return systemCalls().openat(directory, path, flags | O_CLOEXEC, mode); }));
 }
 
 ssize_t readSome(int descriptor, void* bytes, std::size_t count) noexcept {

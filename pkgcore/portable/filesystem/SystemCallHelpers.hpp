@@ -18,7 +18,8 @@ auto retryInterrupted(Call call) noexcept {
     return result;
 }
 
-/// openat with O_CLOEXEC, so that no child inherits the descriptor; holds none, with errno set, where it fails.
+/// openat with O_CLOEXEC, so that no child inherits the descriptor; holds none, with errno set, where it
+/// fails.
 FileDescriptor openAt(int directory, const char* path, int flags, mode_t mode = 0) noexcept;
 
 /// One read; fewer bytes than asked for is normal. -1 with errno set on failure, 0 at the end.

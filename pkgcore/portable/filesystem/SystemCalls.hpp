@@ -9,9 +9,9 @@
 
 namespace fl::filesystem::posix {
 
-/// Every call that this folder makes of the system, as POSIX or Linux names it. Nothing here calls the system past this
-/// table, so that a test can replace one entry to fail, to shorten a transfer or to count. Results and errno are those
-/// of the system; EINTR is dealt with by the helpers in SystemCallHelpers.hpp.
+/// Every call that this folder makes of the system, as POSIX or Linux names it. Nothing here calls the system
+/// past this table, so that a test can replace one entry to fail, to shorten a transfer or to count. Results
+/// and errno are those of the system; EINTR is dealt with by the helpers in SystemCallHelpers.hpp.
 struct SystemCalls {
     int (*openat)(int directory, const char* path, int flags, mode_t mode);
     int (*close)(int descriptor);
@@ -30,7 +30,7 @@ struct SystemCalls {
     int (*symlinkat)(const char* target, int directory, const char* path);
     ssize_t (*readlinkat)(int directory, const char* path, char* text, size_t size);
     int (*fchmod)(int descriptor, mode_t mode);
-    int (*fchmodat)(int directory, const char* path, mode_t mode, int flags);
+    int (*fchmodat)(int directory, const char* path, mode_t mode, int flags);  ///< knows AT_SYMLINK_NOFOLLOW
     int (*utimensat)(int directory, const char* path, const timespec times[2], int flags);
     int (*futimens)(int descriptor, const timespec times[2]);
     ssize_t (*getrandom)(void* bytes, size_t count, unsigned flags);

@@ -2,12 +2,14 @@
 
 #include <cstddef>
 
-/// Converts the ASCII at the beginning of a text, in vector steps where the processor has them.
+/// Counts or converts the ASCII at the beginning of a text, in vector steps where the processor has them.
 ///
-/// Each function handles the leading run of units below 0x80 (a NUL is one of them) and returns its length. `out` must
-/// have room for `length` elements and not overlap `in`; elements behind the run may be overwritten with anything, none
-/// behind `length` is touched.
+/// Each function handles the leading run of units below 0x80 (a NUL is one of them) and returns its length.
+/// `out` must have room for `length` elements and not overlap `in`; elements behind the run may be
+/// overwritten with anything, none behind `length` is touched.
 namespace fl::i18n::portable {
+
+std::size_t asciiRun(const char16_t* in, std::size_t length) noexcept;
 
 std::size_t narrowAsciiRun(const char16_t* in, std::size_t length, char* out) noexcept;
 

@@ -4,6 +4,8 @@
 
 namespace fl::i18n::portable {
 
+std::size_t asciiRun(const char16_t* in, std::size_t length) noexcept { return asciiUnits(in, length); }
+
 std::size_t narrowAsciiRun(const char16_t* in, std::size_t length, char* out) noexcept {
     return narrowAsciiUnits(in, length, out);
 }

@@ -33,6 +33,14 @@ std::size_t firstUnit(unsigned mask) noexcept {
     return mask == 0 ? kNoStop : static_cast<std::size_t>(__builtin_ctz(mask)) / 2;
 }
 
+/// Writes nothing; what stands for the output is the input.
+struct CountStep {
+    static constexpr std::size_t kWidth = kUnits;
+    static std::size_t take(const char16_t* in, const char16_t*) noexcept {
+        return firstUnit(nonAsciiUnits(load(in)));
+    }
+};
+
 /// Saturation turns units beyond ASCII into anything; they are not counted.
 struct NarrowStep {
     static constexpr std::size_t kWidth = kUnits;
@@ -67,8 +75,8 @@ struct LowerStep {
     }
 };
 
-/// Steps over a text of at least one width. The last step ends at the end of the text, over units that are done
-/// already: doing a few of them twice is cheaper than doing the rest one by one.
+/// Steps over a text of at least one width. The last step ends at the end of the text, over units that are
+/// done already: doing a few of them twice is cheaper than doing the rest one by one.
 template <typename Step, typename In, typename Out>
 std::size_t run(const In* in, std::size_t start, std::size_t length, Out* out) noexcept {
     for (std::size_t i = start; i + Step::kWidth < length; i += Step::kWidth) {
@@ -80,7 +88,8 @@ std::size_t run(const In* in, std::size_t start, std::size_t length, Out* out) n
     return stop == kNoStop ? length : last + stop;
 }
 
-/// Narrows two vectors at a time while all is ASCII: half the stores and half the tests. Stops where it is not.
+/// Narrows two vectors at a time while all is ASCII: half the stores and half the tests. Stops where it is
+/// not.
 std::size_t narrowPairs(const char16_t* in, std::size_t length, char* out) noexcept {
     std::size_t i = 0;
     for (; i + 2 * kUnits <= length; i += 2 * kUnits) {
@@ -93,6 +102,10 @@ std::size_t narrowPairs(const char16_t* in, std::size_t length, char* out) noexc
 }
 
 }  // namespace
+
+std::size_t asciiRun(const char16_t* in, std::size_t length) noexcept {
+    return length < kUnits ? asciiUnits(in, length) : run<CountStep>(in, 0, length, in);
+}
 
 std::size_t narrowAsciiRun(const char16_t* in, std::size_t length, char* out) noexcept {
     if (length < kUnits) return narrowAsciiUnits(in, length, out);

@@ -2,7 +2,8 @@
 
 #include <cstddef>
 
-/// The functions of AsciiRun.hpp one unit at a time: all there is where no vectors are, and for texts shorter than one.
+/// The functions of AsciiRun.hpp one unit at a time: all there is where no vectors are, and for texts shorter
+/// than one.
 namespace fl::i18n::portable {
 
 constexpr bool isAscii(char16_t unit) noexcept { return unit < 0x80; }
@@ -10,6 +11,12 @@ constexpr bool isAscii(char byte) noexcept { return (static_cast<unsigned char>(
 
 constexpr char16_t lowerAscii(char16_t unit) noexcept {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
+}
+
+inline std::size_t asciiUnits(const char16_t* in, std::size_t length) noexcept {
+    std::size_t i = 0;
+    while (i < length && isAscii(in[i])) ++i;
+    return i;
 }
 
 inline std::size_t narrowAsciiUnits(const char16_t* in, std::size_t length, char* out) noexcept {

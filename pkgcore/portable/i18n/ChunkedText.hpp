@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -8,28 +7,29 @@ namespace fl::i18n::portable {
 
 /// How long a whole result will be if its rest is like its beginning, and a little for luck.
 inline std::size_t extrapolate(std::size_t produced, std::size_t consumed, std::size_t remaining) noexcept {
-    const std::size_t total = produced + remaining / consumed * produced + remaining % consumed * produced / consumed;
-    return total + total / 64;
+    const std::size_t rest = remaining / consumed * produced + remaining % consumed * produced / consumed;
+    return produced + rest + rest / 64;
 }
 
 /// Collects in a string what a source produces piece by piece.
 ///
-/// The pieces go through a buffer on the stack: a string cannot be made longer without being filled first, and filling
-/// megabytes costs as much as converting them. A short result costs one allocation of exact size, or none.
+/// The pieces go through a buffer on the stack: a string cannot be made longer without being filled first,
+/// and filling megabytes costs as much as converting them. A short result costs one allocation of exact size,
+/// or none.
 ///
-/// A source has `std::size_t fill(Unit* out, std::size_t capacity)`, which returns how many units it wrote, and
-/// `consumed()` and `remaining()`, which count units of its input.
+/// A source has `std::size_t fill(Unit* out, std::size_t capacity)`, which returns how many units it wrote,
+/// `bool done()`, and `consumed()` and `remaining()`, which count units of its input.
 template <typename Unit, typename Source>
 std::basic_string<Unit> collectChunks(Source source) {
     constexpr std::size_t kChunk = 8192;
     Unit chunk[kChunk];
     std::size_t length = source.fill(chunk, kChunk);
-    if (source.remaining() == 0) return std::basic_string<Unit>(chunk, length);
+    if (source.done()) return std::basic_string<Unit>(chunk, length);
 
     std::basic_string<Unit> text;
     text.reserve(extrapolate(length, source.consumed(), source.remaining()));
     text.append(chunk, length);
-    while (source.remaining() != 0) {
+    while (!source.done()) {
         length = source.fill(chunk, kChunk);
         text.append(chunk, length);
     }

@@ -38,7 +38,8 @@ std::string atOffset(const char* unitName, std::size_t offset) {
 
 void throwMalformedBytes(const std::string& encoding, std::size_t offset, const char* bytes,
                          std::size_t count) {
-    throw CvtInvalidSequence("Malformed " + encoding + atOffset("byte", offset) + ":" + hexBytes(bytes, count));
+    throw CvtInvalidSequence("Malformed " + encoding + atOffset("byte", offset) + ":" +
+                             hexBytes(bytes, count));
 }
 
 void throwTruncatedBytes(const std::string& encoding, std::size_t offset, const char* bytes,

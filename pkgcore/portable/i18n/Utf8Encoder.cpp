@@ -2,10 +2,10 @@
 
 #include <pkgcore/portable/i18n/AsciiRun.hpp>
 #include <pkgcore/portable/i18n/ChunkedText.hpp>
+#include <pkgcore/portable/i18n/CodePoints.hpp>
 #include <pkgcore/portable/i18n/ConversionErrors.hpp>
 
 #include <unicode/ustring.h>
-#include <unicode/utf16.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -18,17 +18,20 @@ public:
     Utf8Encoder(const char16_t* text, std::size_t length, bool lenient) noexcept
         : text_(text), length_(length), lenient_(lenient) {}
 
+    bool done() const noexcept { return position_ == length_; }
     std::size_t consumed() const noexcept { return position_; }
     std::size_t remaining() const noexcept { return length_ - position_; }
 
     std::size_t fill(char* out, std::size_t capacity) {
         std::size_t written = 0;
-        while (remaining() != 0 && capacity - written >= kMinRoom) {
+        while (!done() && capacity - written >= kMinRoom) {
             const std::size_t room = capacity - written;
-            const std::size_t run = narrowAsciiRun(text_ + position_, std::min(remaining(), room), out + written);
+            const std::size_t run =
+                narrowAsciiRun(text_ + position_, std::min(remaining(), room), out + written);
             position_ += run;
             written += run;
-            if (remaining() != 0) written += encodePiece(out + written, std::min((room - run) / kBytesPerUnit, kMaxPiece));
+            if (!done())
+                written += encodePiece(out + written, std::min((room - run) / kBytesPerUnit, kMaxPiece));
         }
         return written;
     }
@@ -58,9 +61,9 @@ private:
     [[noreturn]] void throwFirstUnpaired() const {
         std::size_t start = position_;
         std::size_t end = start;
-        for (UChar32 c = 0; !U_IS_SURROGATE(c);) {
+        for (char32_t c = 0; !U_IS_SURROGATE(c);) {
             start = end;
-            U16_NEXT(text_, end, length_, c);
+            c = nextCodePoint(text_, end, length_);
         }
         throwUnpairedSurrogate(start, text_[start]);
     }

@@ -17,14 +17,16 @@ std::uint64_t fourUnits(const char16_t* units) noexcept {
     return word;
 }
 
-/// The top bit of some unit is set exactly where one of the four pairs that begin at `units` is two separators.
+/// The top bit of some unit is set exactly where one of the four pairs that begin at `units` is two
+/// separators.
 std::uint64_t pairsOfSeparators(const char16_t* units, std::uint64_t separators) noexcept {
     const std::uint64_t differences = (fourUnits(units) ^ separators) | (fourUnits(units + 1) ^ separators);
     return (differences - kOneInEachUnit) & ~differences;
 }
 
-/// Whether two separators stand side by side. A listing asks this of each path, and almost never is it so: four pairs
-/// are compared at once, without a way out in the middle. The last four may have been compared before.
+/// Whether two separators stand side by side. A listing asks this of each path, and almost never is it so:
+/// four pairs are compared at once, without a way out in the middle. The last four may have been compared
+/// before.
 bool hasAdjacentSeparators(std::u16string_view text, char16_t separator) noexcept {
     if (text.size() <= 4) {
         const char16_t pair[] = {separator, separator};

@@ -40,8 +40,7 @@ std::u16string extract_parent_path(const std::u16string& nativePath) {
     return std::u16string(withoutLastElement(nativePath, rootLength(nativePath), kSeparators));
 }
 
-std::u16string concatenate_pathname(const std::u16string& base, const std::u16string& rest,
-                                    bool /*native*/) {
+std::u16string concatenate_pathname(const std::u16string& base, const std::u16string& rest, bool /*native*/) {
     return join(base, kSeparators, rest, kSeparators);
 }
 

@@ -2,12 +2,13 @@
 
 #include <string>
 
-/// Paths as POSIX writes them (POSIX.1-2017, 4.13): "/" separates and stands for the root; every other character but
-/// NUL may be part of a name, a backslash and a colon included. Pure functions; they carry the contracts of
-/// pkgcore/platform/path/PathSyntax.hpp. A NUL passes through: whoever talks to the host refuses it.
+/// Paths as POSIX writes them (POSIX.1-2017, 4.13): "/" separates and stands for the root; every other
+/// character but NUL may be part of a name, a backslash and a colon included. Pure functions; they carry the
+/// contracts of pkgcore/platform/path/PathSyntax.hpp. A NUL passes through: whoever talks to the host refuses
+/// it.
 ///
-/// Two leading slashes are taken as one. POSIX leaves their meaning to the host, and the hosts that this syntax serves
-/// give them none.
+/// Two leading slashes are taken as one. POSIX leaves their meaning to the host, and the hosts that this
+/// syntax serves give them none.
 namespace fl::filesystem::syntax::posix {
 
 std::u16string make_native_form(std::u16string path, bool tidy);

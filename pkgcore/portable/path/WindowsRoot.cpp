@@ -64,7 +64,7 @@ std::size_t endOfShare(std::basic_string_view<Char> path, std::size_t from) {
 
 template <typename Char>
 std::size_t endOfDevice(std::basic_string_view<Char> path) {
-    constexpr std::size_t kMarkLength = 3;  // \\? or \\.
+    constexpr std::size_t kMarkLength = 3;   // \\? or \\.
     constexpr std::size_t kShortestUNC = 7;  // \\?\UNC
     const std::size_t end = endOfNextElement(path, kMarkLength);
     const bool isUNC = end >= kShortestUNC && endsInUNC(path.substr(0, end));
@@ -75,7 +75,8 @@ template <typename Char>
 Root rootName(std::basic_string_view<Char> path) {
     if (beginsWithTwoSeparators(path)) {
         const bool isDevice = isDeviceMark(path.substr(2, endOfNextElement(path, 2) - 2));
-        return isDevice ? Root{RootKind::device, endOfDevice(path)} : Root{RootKind::share, endOfShare(path, 2)};
+        return isDevice ? Root{RootKind::device, endOfDevice(path)}
+                        : Root{RootKind::share, endOfShare(path, 2)};
     }
     if (path.size() > 1 && isLetter(path[0]) && path[1] == Char(':')) {
         return {RootKind::drive, 2};

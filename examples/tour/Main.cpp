@@ -1,0 +1,87 @@
+// A tour of what the library does, on a real folder of this machine:
+//
+//     tour FOLDER
+//
+// The folder is only read. Everything else happens in a scratch folder, which is removed at the end. The exit
+// status is 0 if every check held, 1 if one did not, and 2 if the tour could not begin.
+//
+// Read on in the order of the steps below: List, Compare, Items, Folders, Words.
+
+#include "ScratchFolder.hpp"
+#include "Tour.hpp"
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+using tour::Report;
+using tour::Step;
+using tour::Tour;
+
+struct Chapter {
+    const char* title;
+    void (*work)(Tour& tour, Step& step);
+};
+
+constexpr Chapter kChapters[] = {
+    {"list the folder", tour::listFolder},
+    {"copy a part of it", tour::copyPart},
+    {"read back and compare", tour::compareCopies},
+    {"set times and permissions", tour::setTimesAndPermissions},
+    {"make and follow links", tour::makeAndFollowLinks},
+    {"copy folders", tour::copyFolders},
+    {"rename", tour::renameItems},
+    {"remove", tour::removeItems},
+    {"fail, in both styles", tour::provokeFailures},
+    {"take paths apart", tour::takePathsApart},
+    {"draw temporary names", tour::drawTempNames},
+};
+
+/// Throws if the folder cannot be listed, with the reason in words. Asking by doing leaves no moment in
+/// between.
+void requireFolder(opc::FileSystemOps& files, const opc::ustring& folder) {
+    std::vector<opc::ustring> ignored;
+    files.getFiles(folder, ignored, false);
+}
+
+void takeSteps(Tour& tour, Report& report) {
+    for (const Chapter& chapter : kChapters) {
+        report.run(chapter.title, [&](Step& step) { chapter.work(tour, step); });
+    }
+    report.run("remove the scratch folder", [&](Step& step) {
+        step.count(tour::relativeListing(tour.files, tour.scratch).size());
+        tour.files.removeAll(tour.scratch);
+        step.checkEqual("exists(scratch folder)", tour.files.exists(tour.scratch), false);
+    });
+}
+
+/// True if every check held.
+bool visit(const opc::ustring& given) {
+    const opc::FileSystemOpsSelector selector;
+    opc::FileSystemOps& files = selector.getForPath(given);
+    const opc::ustring folder = files.normalizePath(given);
+    requireFolder(files, folder);
+    const tour::ScratchFolder scratch(files);
+    std::cout << "A tour of " << tour::printable(folder) << ", with a scratch folder at "
+              << tour::printable(scratch.path()) << "\n\n";
+    Report report;
+    Tour tour{files, folder, scratch.path(), files.appendPath(scratch.path(), u"copies")};
+    takeSteps(tour, report);
+    return report.conclude();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2 || argv[1][0] == '\0') {
+        std::cerr << "usage: tour FOLDER\n";
+        return 2;
+    }
+    try {
+        return visit(opc::detail::toStringFromUTF8String(argv[1], false)) ? 0 : 1;
+    } catch (const std::exception& failure) {
+        std::cerr << "tour: " << failure.what() << "\n";
+        return 2;
+    }
+}

@@ -1,0 +1,42 @@
+#include "Text.hpp"
+
+#include <boost/date_time/posix_time/posix_time.hpp>
+
+#include <algorithm>
+#include <sstream>
+
+namespace tour {
+
+std::string printable(const opc::ustring& path) {
+    std::string text =
+        opc::detail::toUTF8String(path, true);  // true: a substitute for what cannot be converted
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char unit) { return unit < 0x20 || unit == 0x7F; }, '?');
+    return text;
+}
+
+std::string describe(bool value) { return value ? "true" : "false"; }
+
+std::string describe(const std::string& text) { return '"' + text + '"'; }
+
+std::string describe(const opc::ustring& path) { return describe(printable(path)); }
+
+std::string describe(opc::Perms::Perms_tag permissions) {
+    std::ostringstream text;
+    text << '0' << std::oct << static_cast<unsigned>(permissions);
+    return text.str();
+}
+
+std::string describe(const boost::posix_time::ptime& time) {
+    return boost::posix_time::to_iso_extended_string(time);
+}
+
+std::string describe(const boost::system::error_code& code) {
+    if (!code.failed()) {
+        return "no failure";
+    }
+    return std::string(code.category().name()) + ':' + std::to_string(code.value()) + " (" + code.message() +
+           ')';
+}
+
+}  // namespace tour

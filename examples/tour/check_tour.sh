@@ -1,0 +1,87 @@
+#!/usr/bin/env bash
+# Runs the tour on a small made-up folder, and on what is no folder:
+#
+#     check_tour.sh TOUR_PROGRAM WORK_FOLDER
+#
+# WORK_FOLDER is emptied first.
+set -euo pipefail
+umask 022
+
+tour=$(realpath "$1")
+rm -rf "$2"
+mkdir -p "$2"
+cd "$2"
+export TMPDIR=$PWD/temp
+mkdir temp
+
+fail() {
+    echo "check_tour: $*" >&2
+    cat output >&2
+    exit 1
+}
+
+# expect_status STATUS COMMAND...: the output goes to the file "output".
+expect_status() {
+    local expected=$1 status=0
+    shift
+    "$@" > output 2>&1 || status=$?
+    [[ $status == "$expected" ]] || fail "status $status instead of $expected: $*"
+    [[ -z $(ls -A temp) ]] || fail "left behind: $(ls -A temp)"
+}
+
+expect_line() {
+    grep --quiet --text --extended-regexp "$1" output || fail "no line like: $1"
+}
+
+make_folder() {
+    mkdir -p "$1/sub/deeper" "$1/without files"
+    printf 'some text' > "$1/text.txt"
+    : > "$1/empty"
+    head -c 200000 /dev/zero > "$1/sub/zeros"
+    printf 'odd' > "$1/sub/deeper/"$'name \xff with a line\nbreak'
+    ln -s nowhere "$1/dangling"
+    ln -s sub "$1/link to a folder"
+    chmod 4751 "$1/text.txt"
+}
+
+make_folder made-up
+expect_status 0 "$tour" made-up
+expect_line '^  list the folder +6 +- .* ok$'
+expect_line '^  copy a part of it +6 +200012 .* ok$'
+expect_line '^  read back and compare +6 +200012 .* ok$'
+expect_line '^  copy folders +18 .* ok$'
+expect_line 'thrown: +remove failed: Path not found: .*/no such item$'
+expect_line 'error code: generic:2 \('
+expect_line '^[0-9]+ checks held, 0 did not\.$'
+
+# The same without the rights of root, which reads everything.
+unprivileged=()
+if [[ $(id -u) == 0 ]]; then
+    unprivileged=(setpriv --inh-caps=-all --bounding-set=-all)
+fi
+printf 'secret' > made-up/secret
+mkdir made-up/locked
+chmod 000 made-up/secret made-up/locked
+expect_status 0 "${unprivileged[@]}" "$tour" made-up
+expect_line 'not all of it: getFiles failed: Access denied: made-up/locked$'
+expect_line 'left out, not readable: 1$'
+expect_line '^ +made-up/secret$'
+
+mkdir nothing-in-it
+expect_status 0 "$tour" nothing-in-it
+expect_line '^  list the folder +- .* ok$'
+
+expect_status 2 "$tour" missing
+expect_line '^tour: getFiles failed: Path not found: missing$'
+
+expect_status 2 "$tour" made-up/text.txt
+expect_line '^tour: getFiles failed: Not a directory: made-up/text.txt$'
+
+expect_status 2 "$tour"
+expect_line '^usage: tour FOLDER$'
+
+# A scratch folder that cannot be made is no reason to write elsewhere.
+chmod 500 temp
+expect_status 2 "${unprivileged[@]}" "$tour" made-up
+expect_line '^tour: createFolder failed: Access denied: '
+chmod 700 temp

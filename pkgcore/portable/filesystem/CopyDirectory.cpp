@@ -1,0 +1,65 @@
+#include <pkgcore/platform/filesystem/Operations.hpp>
+#include <pkgcore/portable/filesystem/ParentFolder.hpp>
+#include <pkgcore/portable/filesystem/TreeCopy.hpp>
+
+#include <utility>
+
+namespace fl::filesystem {
+
+using posix::FileDescriptor;
+using posix::Place;
+using posix::throwError;
+
+namespace {
+
+/// None, with errno set, where no folder is there.
+FileDescriptor openFolder(const Place& place) {
+    return posix::openAt(place.directory(), place.path(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+}
+
+FileDescriptor openSource(const Place& source) {
+    FileDescriptor folder = openFolder(source);
+    if (!folder.isOpen()) {
+        throwError(posix::folderError(errno), source.text());
+    }
+    return folder;
+}
+
+/// Looks upwards from the destination, or from the folder that will hold it, for the source.
+int refusalOfTarget(const Place& target, const struct stat& source) {
+    const FileDescriptor existing = openFolder(target);
+    if (existing.isOpen()) {
+        return posix::refusalIfWithin(existing.get(), source);
+    }
+    if (errno != ENOENT) {
+        return posix::folderError(errno);
+    }
+    return posix::refusalIfWithin(posix::ParentFolder(target).folder(), source);
+}
+
+void refuseCopyIntoItself(int source, const Place& target) {
+    struct stat status;
+    if (const int error = posix::readStatus(source, status); error != 0) {
+        throwError(error, target.text());
+    }
+    if (const int error = refusalOfTarget(target, status); error != 0) {
+        throwError(error, target.text());
+    }
+}
+
+}  // namespace
+
+void copy_directory(const std::u16string& from, const std::u16string& to) {
+    const Place source(from);
+    const Place target(to);
+    FileDescriptor folder = openSource(source.orThrow());
+    refuseCopyIntoItself(folder.get(), target.orThrow());
+    posix::DestinationFolder destination = posix::openOrCreateFolder({target.directory(), target.path()});
+    if (destination.error != 0) {
+        throwError(destination.error, to);
+    }
+    posix::copyTree({std::move(folder), from}, {std::move(destination.folder), to}, destination.created,
+                    posix::Times::kNew);
+}
+
+}  // namespace fl::filesystem

@@ -1,0 +1,126 @@
+#include <pkgcore/portable/filesystem/DeviceMove.hpp>
+
+#include <pkgcore/portable/filesystem/FolderReader.hpp>
+#include <pkgcore/portable/filesystem/TemporarySibling.hpp>
+#include <pkgcore/portable/filesystem/TreeCopy.hpp>
+#include <pkgcore/portable/filesystem/TreeRemoval.hpp>
+
+#include <utility>
+
+namespace fl::filesystem::posix {
+
+namespace {
+
+Item itemAt(const Place& place) { return {place.directory(), place.path()}; }
+
+FileDescriptor openFolder(Item item) {
+    return openAt(item.folder, item.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+}
+
+/// False also where that cannot be told; the renaming will.
+bool holdsSomething(Item item) {
+    const FileDescriptor folder = openFolder(item);
+    return folder.isOpen() && FolderReader(folder.get()).next();
+}
+
+/// What renaming will refuse in the end, found before gigabytes are copied for nothing: 0 or the error
+/// number.
+int refusalToReplace(Item target, const struct stat& targetStatus, const struct stat& sourceStatus) {
+    const bool ontoFolder = S_ISDIR(targetStatus.st_mode);
+    if (ontoFolder != S_ISDIR(sourceStatus.st_mode)) {
+        return ontoFolder ? EISDIR : ENOTDIR;
+    }
+    return ontoFolder && holdsSomething(target) ? ENOTEMPTY : 0;
+}
+
+class DeviceMove {
+public:
+    DeviceMove(const Place& source, const Place& target) : source_(source), target_(target) {}
+
+    void run() {
+        checkSource(readStatus(itemAt(source_), status_));
+        if (isThereAlready()) {
+            return;
+        }
+        makeCopy();
+        removeTree(itemAt(source_), source_.text());
+    }
+
+private:
+    void checkSource(int error) const { check(atSource(error)); }
+    void checkTarget(int error) const { check(atDestination(error)); }
+    void check(Outcome outcome) const { throwIfFailed(outcome, source_.text(), target_.text()); }
+
+    /// Looks at what is at the destination. One item under two names, as through a folder that is mounted
+    /// twice, is left alone, as POSIX has rename do: to remove the source would be to remove the item.
+    bool isThereAlready() const {
+        struct stat status;
+        const int error = readStatus(itemAt(target_), status);
+        if (error != 0) {
+            checkTarget(error == ENOENT ? 0 : error);
+            return false;
+        }
+        if (isSameItem(status, status_)) {
+            return true;
+        }
+        checkTarget(refusalToReplace(itemAt(target_), status, status_));
+        return false;
+    }
+
+    void makeCopy() const {
+        TemporarySibling sibling(target_);
+        switch (status_.st_mode & S_IFMT) {
+            case S_IFREG:
+                copyFile(sibling);
+                break;
+            case S_IFLNK:
+                copyLinkWithTimes(sibling);
+                break;
+            case S_IFDIR:
+                copyFolder(sibling);
+                break;
+            default:
+                checkSource(ENOTSUP);
+        }
+        checkTarget(sibling.moveIntoPlace());
+    }
+
+    void copyFile(TemporarySibling& sibling) const {
+        CreationBits known;
+        check(FileCopy(Times::kCarried).copyNew(itemAt(source_), sibling.item(), known));
+        sibling.setMade();
+    }
+
+    void copyLinkWithTimes(TemporarySibling& sibling) const {
+        const Item to = sibling.item();
+        check(copyLink(itemAt(source_), to));
+        sibling.setMade();
+        const timespec times[2] = {status_.st_atim, status_.st_mtim};
+        checkTarget(
+            errorOf([&] { return systemCalls().utimensat(to.folder, to.name, times, AT_SYMLINK_NOFOLLOW); }));
+    }
+
+    void copyFolder(TemporarySibling& sibling) const {
+        FileDescriptor folder = openFolder(itemAt(source_));
+        checkSource(folder.isOpen() ? 0 : folderError(errno));
+        checkTarget(refusalIfWithin(sibling.item().folder, status_));
+        DestinationFolder destination = openOrCreateFolder(sibling.item());
+        if (destination.created) {
+            sibling.setMade();
+        }
+        checkTarget(destination.error);
+        checkTarget(destination.created ? 0 : EEXIST);
+        copyTree({std::move(folder), source_.text()}, {std::move(destination.folder), target_.text()},
+                 destination.created, Times::kCarried);
+    }
+
+    const Place& source_;
+    const Place& target_;
+    struct stat status_;
+};
+
+}  // namespace
+
+void moveToOtherDevice(const Place& source, const Place& target) { DeviceMove(source, target).run(); }
+
+}  // namespace fl::filesystem::posix

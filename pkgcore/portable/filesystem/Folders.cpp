@@ -1,0 +1,122 @@
+#include <pkgcore/platform/filesystem/Operations.hpp>
+
+#include <pkgcore/portable/filesystem/Errors.hpp>
+#include <pkgcore/portable/filesystem/NativePath.hpp>
+#include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
+
+#include <fcntl.h>
+#include <limits.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace fl::filesystem {
+
+using posix::FileDescriptor;
+using posix::NativePath;
+using posix::Place;
+using posix::systemCalls;
+
+namespace {
+
+constexpr mode_t kFolderMode = 0777;  // less what the process's umask takes
+
+/// 0 or the error number.
+int makeFolder(int directory, const char* path) {
+    return systemCalls().mkdirat(directory, path, kFolderMode) == 0 ? 0 : errno;
+}
+
+/// Whether a folder is there, or a link to one.
+bool isFolder(int directory, const char* path) {
+    struct stat status;
+    return systemCalls().fstatat(directory, path, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+FileDescriptor enterFolder(int directory, const char* name) {
+    return posix::openAt(directory, name, O_PATH | O_DIRECTORY);
+}
+
+/// Walks a path downwards and makes what is missing, holding one open folder, so that the path may have any
+/// length.
+class FolderMaker {
+public:
+    explicit FolderMaker(const std::u16string& path) : path_(path) {}
+
+    /// Whether the last folder was made.
+    bool run() {
+        char* at = path_.bytes();
+        if (*at == '/') {
+            folder_ = enterFolder(AT_FDCWD, "/");
+        }
+        for (at += std::strspn(at, "/"); *at != '\0'; at += std::strspn(at, "/")) {
+            char* const end = at + std::strcspn(at, "/");
+            const bool last = *end == '\0';
+            *end = '\0';
+            enter(at);
+            at = last ? end : end + 1;
+        }
+        return made_;
+    }
+
+private:
+    int directory() const { return folder_.isOpen() ? folder_.get() : AT_FDCWD; }
+
+    void enter(const char* name) {
+        made_ = false;
+        FileDescriptor next = enterFolder(directory(), name);
+        if (!next.isOpen() && errno == ENOENT) {
+            next = make(name);
+        }
+        if (!next.isOpen()) {
+            posix::throwError(errno, path_.text());
+        }
+        folder_ = std::move(next);
+    }
+
+    /// Makes and enters a folder. Somebody else may make it at the same moment; that is as good.
+    FileDescriptor make(const char* name) {
+        const int error = makeFolder(directory(), name);
+        made_ = error == 0;
+        if (error != 0 && error != EEXIST) {
+            posix::throwError(error, path_.text());
+        }
+        FileDescriptor folder = enterFolder(directory(), name);
+        if (!folder.isOpen() && error == EEXIST && errno == ENOENT) {
+            errno = ENOTDIR;  // a link that leads nowhere is in the way
+        }
+        return folder;
+    }
+
+    NativePath path_;
+    FileDescriptor folder_;
+    bool made_ = false;
+};
+
+}  // namespace
+
+bool create_directory(const std::u16string& path) {
+    const Place place(path);
+    const int error = makeFolder(place.orThrow().directory(), place.path());
+    if (error != 0) {
+        posix::throwError(error, path);
+    }
+    return true;
+}
+
+bool create_directories(const std::u16string& path) {
+    const NativePath whole(path);
+    const int error = makeFolder(AT_FDCWD, whole.bytes());
+    if (error == 0) {
+        return true;
+    }
+    if (error == ENOENT || whole.size() >= PATH_MAX) {
+        return FolderMaker(path).run();
+    }
+    // Also where the error is not EEXIST: some file systems say first that they are read-only.
+    if (isFolder(AT_FDCWD, whole.bytes())) {
+        return false;
+    }
+    posix::throwError(error == EEXIST ? ENOTDIR : error, path);
+}
+
+}  // namespace fl::filesystem

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <pkgcore/portable/filesystem/FileCopy.hpp>
+
+#include <string>
+
+namespace fl::filesystem::posix {
+
+/// An open folder and its path, for messages.
+struct FolderAt {
+    FileDescriptor folder;
+    const std::u16string& path;
+};
+
+/// A folder to copy to.
+struct DestinationFolder {
+    int error = 0;  ///< if not 0, nothing is open
+    bool created = false;
+    FileDescriptor folder;
+};
+
+/// Opens a folder, following no link, or creates it, for its owner alone while it is being filled.
+DestinationFolder openOrCreateFolder(Item item) noexcept;
+
+/// The error number for a folder that was not opened with O_NOFOLLOW: a link in its place is no folder.
+inline int folderError(int openError) noexcept { return openError == ELOOP ? ENOTDIR : openError; }
+
+/// 0 where `folder` is neither the folder whose status is `item` nor anywhere below it; EINVAL if it is;
+/// another error number where that could not be found out.
+int refusalIfWithin(int folder, const struct stat& item) noexcept;
+
+/// Makes at `to` a link with the text of the one at `from`.
+Outcome copyLink(Item from, Item to);
+
+/// Copies everything in `from` into `to`, which is completed as well if it was `created`: a created folder
+/// gets the nine permission bits of its source when it is full. Throws the first failure, with the path of
+/// the item concerned, and leaves what was copied until then; folders that were not completed are for their
+/// owner alone.
+void copyTree(FolderAt from, FolderAt to, bool created, Times times);
+
+}  // namespace fl::filesystem::posix

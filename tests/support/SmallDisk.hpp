@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace test {
+
+/// Mounts a file system of the given size on an existing folder, seen by this process alone and gone with it:
+/// for use in a child. False where the host does not let us.
+bool mountSmallDisk(const std::string& folder, const std::string& size);
+
+/// Whether mountSmallDisk works here; tried in a child.
+bool canMountSmallDisk();
+
+}  // namespace test

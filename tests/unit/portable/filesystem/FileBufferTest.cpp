@@ -1,0 +1,352 @@
+#include <pkgcore/platform/filesystem/FileStreams.hpp>
+
+#include "tests/support/DescriptorCount.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
+#include "tests/support/ScopedSystemCalls.hpp"
+#include "tests/support/TempTree.hpp"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <thread>
+
+namespace {
+
+using fl::filesystem::file_buffer;
+using fl::filesystem::posix::hostCalls;
+using std::ios_base;
+using Traits = std::char_traits<char>;
+
+constexpr ios_base::openmode kInOut = ios_base::in | ios_base::out;
+
+std::unique_ptr<file_buffer> opened(const std::string& path, ios_base::openmode mode) {
+    auto buffer = std::make_unique<file_buffer>();
+    EXPECT_TRUE(
+        buffer->open(std::wstring(path.begin(), path.end()), mode, fl::filesystem::share_mode::deny_none))
+        << path;
+    return buffer;
+}
+
+std::streamsize put(std::streambuf& buffer, const std::string& bytes) {
+    return buffer.sputn(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string get(std::streambuf& buffer, std::size_t size) {
+    std::string bytes(size, '\0');
+    bytes.resize(static_cast<std::size_t>(buffer.sgetn(bytes.data(), static_cast<std::streamsize>(size))));
+    return bytes;
+}
+
+std::streamoff tell(std::streambuf& buffer) { return buffer.pubseekoff(0, ios_base::cur); }
+
+TEST(FileBuffer, ReadingAndWritingFollowEachOtherWithoutASeek) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "abcdef");
+    const auto buffer = opened(tree / "file", kInOut);
+
+    EXPECT_EQ(get(*buffer, 2), "ab");
+    EXPECT_EQ(put(*buffer, "XY"), 2);
+    EXPECT_EQ(get(*buffer, 1), "e");
+    EXPECT_EQ(buffer->sputc('Z'), 'Z');
+    EXPECT_TRUE(buffer->close());
+    EXPECT_EQ(test::contentOf(tree / "file"), "abXYeZ");
+}
+
+TEST(FileBuffer, UngetGoesBackOverALargeRead) {
+    const test::TempTree tree;
+    const std::string content = test::someBytes(200000);
+    test::makeFile(tree / "file", content);
+    const auto buffer = opened(tree / "file", ios_base::in);
+    EXPECT_EQ(buffer->sbumpc(), Traits::to_int_type(content[0]));
+    EXPECT_EQ(get(*buffer, 150000), content.substr(1, 150000));
+
+    for (std::size_t at = 150000; at > 149000; --at) {
+        ASSERT_NE(buffer->sungetc(), Traits::eof());
+        ASSERT_EQ(buffer->sgetc(), Traits::to_int_type(content[at])) << at;
+    }
+}
+
+TEST(FileBuffer, NothingCanBePutBackBeforeTheBeginning) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "a");
+    const auto buffer = opened(tree / "file", ios_base::in);
+
+    EXPECT_EQ(buffer->sungetc(), Traits::eof());
+    EXPECT_EQ(buffer->sputbackc('x'), Traits::eof());
+    EXPECT_EQ(get(*buffer, 5), "a");
+}
+
+TEST(FileBuffer, APutBackByteIsReadAndNeverWritten) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "abc");
+    const auto buffer = opened(tree / "file", kInOut);
+    EXPECT_EQ(get(*buffer, 2), "ab");
+
+    EXPECT_EQ(buffer->sputbackc('X'), 'X');
+    EXPECT_EQ(tell(*buffer), 1);
+    EXPECT_EQ(get(*buffer, 2), "Xc");
+    EXPECT_TRUE(buffer->close());
+    EXPECT_EQ(test::contentOf(tree / "file"), "abc");
+}
+
+TEST(FileBuffer, AfterTheEndMoreCanBeReadOnceItIsThere) {
+    const test::TempTree tree;
+    test::makeFile(tree / "log", "one");
+    const auto reader = opened(tree / "log", ios_base::in);
+    EXPECT_EQ(get(*reader, 10), "one");
+    EXPECT_EQ(reader->sgetc(), Traits::eof());
+
+    put(*opened(tree / "log", ios_base::app), "two");
+    EXPECT_EQ(get(*reader, 10), "two");
+}
+
+TEST(FileBuffer, AfterASeekTheFileIsReadAnew) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "old");
+    const auto reader = opened(tree / "file", ios_base::in);
+    EXPECT_EQ(get(*reader, 3), "old");
+
+    put(*opened(tree / "file", kInOut), "new");
+    EXPECT_EQ(std::streamoff(reader->pubseekpos(0)), 0);
+    EXPECT_EQ(get(*reader, 3), "new");
+}
+
+TEST(FileBuffer, TellsWhereAppendedBytesWent) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "12345");
+    const auto first = opened(tree / "file", ios_base::app);
+    EXPECT_EQ(tell(*first), 5) << "the end, before anything is written";
+
+    put(*opened(tree / "file", ios_base::app), "others");
+    put(*first, "mine");
+    EXPECT_EQ(tell(*first), 15);
+    EXPECT_EQ(test::contentOf(tree / "file"), "12345othersmine");
+}
+
+TEST(FileBuffer, ASeekToNowhereFailsAndChangesNothing) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "abc");
+    const auto buffer = opened(tree / "file", kInOut);
+    EXPECT_EQ(buffer->sbumpc(), 'a');
+
+    EXPECT_EQ(std::streamoff(buffer->pubseekoff(-2, ios_base::cur)), -1);
+    EXPECT_EQ(std::streamoff(buffer->pubseekoff(std::numeric_limits<std::streamoff>::min(), ios_base::cur)),
+              -1);
+    EXPECT_EQ(std::streamoff(buffer->pubseekoff(-4, ios_base::end)), -1);
+    EXPECT_EQ(tell(*buffer), 1);
+    EXPECT_EQ(get(*buffer, 5), "bc");
+}
+
+TEST(FileBuffer, PromisesTheRestOfARegularFile) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", test::someBytes(100000));
+    const auto buffer = opened(tree / "file", kInOut);
+
+    EXPECT_EQ(buffer->in_avail(), 100000);
+    buffer->pubseekpos(99990);
+    EXPECT_EQ(buffer->in_avail(), 10);
+    put(*buffer, "123");
+    EXPECT_EQ(buffer->in_avail(), 7);
+    buffer->pubseekpos(200000);
+    EXPECT_EQ(buffer->in_avail(), 0);
+}
+
+TEST(FileBuffer, PromisesNothingOfWhatHasNoSize) {
+    EXPECT_EQ(opened("/proc/self/status", ios_base::in)->in_avail(), 0);
+    EXPECT_EQ(opened("/dev/zero", ios_base::in)->in_avail(), 0);
+    EXPECT_EQ(opened("/dev/null", ios_base::out)->in_avail(), -1);
+    EXPECT_EQ(file_buffer().in_avail(), -1);
+}
+
+TEST(FileBuffer, ReadsFilesWhoseSizeIsNotKnown) {
+    const std::string known = test::contentOf("/proc/version");
+    const auto buffer = opened("/proc/version", ios_base::in);
+
+    EXPECT_EQ(get(*buffer, 100000), known);
+    EXPECT_EQ(buffer->sungetc() != Traits::eof(), true);
+    EXPECT_EQ(get(*buffer, 2), "\n");
+}
+
+TEST(FileBuffer, ReadsAPipeToItsEndHoweverSmallThePieces) {
+    const test::TempTree tree;
+    test::makePipe(tree / "pipe");
+    std::thread writer([&] {
+        const auto pipe = opened(tree / "pipe", ios_base::out);
+        for (int piece = 0; piece < 500; ++piece) {
+            put(*pipe, std::to_string(piece) + '\n');
+            pipe->pubsync();
+        }
+    });
+    const auto pipe = opened(tree / "pipe", ios_base::in);
+    const std::string all = get(*pipe, 100000);
+    writer.join();
+
+    EXPECT_EQ(all.size(), 10 * 2 + 90 * 3 + 400 * 4U);
+    EXPECT_EQ(all.substr(0, 6), "0\n1\n2\n");
+    EXPECT_EQ(tell(*pipe), -1);
+}
+
+TEST(FileBuffer, APipeCanBeSteppedBackOverTheBorderOfTwoFillings) {
+    const test::TempTree tree;
+    test::makePipe(tree / "pipe");
+    std::thread writer([&] { put(*opened(tree / "pipe", ios_base::out), "ab"); });
+    const auto pipe = opened(tree / "pipe", ios_base::in);
+    EXPECT_EQ(get(*pipe, 1), "a");
+    EXPECT_EQ(get(*pipe, 1), "b");
+    EXPECT_EQ(pipe->sgetc(), Traits::eof());
+    writer.join();
+
+    EXPECT_NE(pipe->sungetc(), Traits::eof());
+    EXPECT_NE(pipe->sungetc(), Traits::eof());
+    EXPECT_EQ(get(*pipe, 5), "ab");
+}
+
+TEST(FileBuffer, GoesOnAfterInterruptionsAndShortTransfers) {
+    const test::TempTree tree;
+    const std::string content = test::someBytes(30000);
+    static int turn;
+    turn = 0;
+    test::ScopedSystemCalls calls;
+    calls->write = [](int descriptor, const void* bytes, size_t count) -> ssize_t {
+        if (++turn % 2 == 0) {
+            errno = EINTR;
+            return -1;
+        }
+        return hostCalls.write(descriptor, bytes, std::min<size_t>(count, 77));
+    };
+    calls->read = [](int descriptor, void* bytes, size_t count) -> ssize_t {
+        if (++turn % 2 == 0) {
+            errno = EINTR;
+            return -1;
+        }
+        return hostCalls.read(descriptor, bytes, std::min<size_t>(count, 99));
+    };
+
+    EXPECT_EQ(put(*opened(tree / "file", ios_base::out), content), 30000);
+    EXPECT_EQ(test::contentOf(tree / "file"), content);
+    EXPECT_EQ(get(*opened(tree / "file", ios_base::in), 40000), content);
+}
+
+/// A disk with room for `roomLeft` bytes.
+struct SmallDisk {
+    explicit SmallDisk(size_t room) {
+        roomLeft = room;
+        calls->write = [](int descriptor, const void* bytes, size_t count) -> ssize_t {
+            const size_t fitting = std::min(count, roomLeft);
+            if (fitting == 0) {
+                errno = ENOSPC;
+                return -1;
+            }
+            roomLeft -= fitting;
+            return hostCalls.write(descriptor, bytes, fitting);
+        };
+    }
+    static inline size_t roomLeft;
+    test::ScopedSystemCalls calls;
+};
+
+TEST(FileBuffer, AfterAFullDiskEachByteIsWrittenOnce) {
+    const test::TempTree tree;
+    const std::string content = test::someBytes(3000);
+    const auto buffer = opened(tree / "file", ios_base::out);
+    SmallDisk disk(1234);
+    EXPECT_EQ(put(*buffer, content), 3000) << "buffered";
+
+    EXPECT_EQ(buffer->pubsync(), -1);
+    EXPECT_EQ(buffer->pubsync(), -1);
+    EXPECT_EQ(std::streamoff(buffer->pubseekpos(0)), -1) << "what waits cannot be left behind";
+    EXPECT_EQ(tell(*buffer), 3000);
+    SmallDisk::roomLeft = 1000000;
+    EXPECT_EQ(put(*buffer, content), 3000);
+    EXPECT_TRUE(buffer->close());
+    EXPECT_EQ(test::contentOf(tree / "file"), content + content);
+}
+
+TEST(FileBuffer, AFullDiskTellsHowMuchOfALargeWriteWasTaken) {
+    const test::TempTree tree;
+    const std::string content = test::someBytes(300000);
+    const auto buffer = opened(tree / "file", ios_base::out);
+    put(*buffer, "begin");
+    SmallDisk disk(100000);
+
+    const auto taken = static_cast<std::size_t>(put(*buffer, content));
+    EXPECT_LT(taken, content.size());
+    SmallDisk::roomLeft = 1000000;
+    EXPECT_TRUE(buffer->close());
+    EXPECT_EQ(test::contentOf(tree / "file"), "begin" + content.substr(0, taken));
+}
+
+TEST(FileBuffer, AFullBufferOnAFullDiskTakesNoByteMore) {
+    const test::TempTree tree;
+    const auto buffer = opened(tree / "file", ios_base::out);
+    SmallDisk disk(0);
+    int taken = 0;
+    while (buffer->sputc('x') == 'x') {
+        ++taken;
+    }
+
+    EXPECT_EQ(taken, 64 * 1024);
+    SmallDisk::roomLeft = 1000000;
+    EXPECT_TRUE(buffer->close());
+    EXPECT_EQ(test::contentOf(tree / "file"), std::string(64 * 1024, 'x'));
+}
+
+TEST(FileBuffer, ClosingReportsWhatCouldNotBeWritten) {
+    const test::NoDescriptorLeft guard;
+    const auto buffer = opened("/dev/full", ios_base::out);
+    put(*buffer, "x");
+
+    EXPECT_FALSE(buffer->close());
+    EXPECT_FALSE(buffer->isOpen());
+}
+
+TEST(FileBuffer, ClosingReportsAFailureOfTheCloseItself) {
+    const test::NoDescriptorLeft guard;
+    const test::TempTree tree;
+    const auto buffer = opened(tree / "file", ios_base::out);
+    test::ScopedSystemCalls calls;
+    calls->close = [](int descriptor) {
+        hostCalls.close(descriptor);
+        errno = EIO;
+        return -1;
+    };
+
+    EXPECT_FALSE(buffer->close());
+    EXPECT_FALSE(buffer->isOpen());
+}
+
+TEST(FileBuffer, AClosedOneDoesNothing) {
+    file_buffer buffer;
+
+    EXPECT_FALSE(buffer.close());
+    EXPECT_EQ(buffer.sgetc(), Traits::eof());
+    EXPECT_EQ(buffer.sputc('x'), Traits::eof());
+    EXPECT_EQ(put(buffer, test::someBytes(10000)), 0);
+    EXPECT_EQ(get(buffer, 10000), "");
+    EXPECT_EQ(tell(buffer), -1);
+    EXPECT_EQ(buffer.sungetc(), Traits::eof());
+}
+
+TEST(FileBuffer, ReadingFromAFailingDiskIsNoEndOfFile) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "abc");
+    const auto buffer = opened(tree / "file", ios_base::in);
+    test::ScopedSystemCalls calls;
+    calls->read = [](int, void*, size_t) {
+        errno = EIO;
+        return ssize_t{-1};
+    };
+
+    EXPECT_THROW(buffer->sgetc(), ios_base::failure);
+    EXPECT_THROW(get(*buffer, 3), ios_base::failure);
+    EXPECT_THROW(get(*buffer, 100000), ios_base::failure);
+    calls->read = hostCalls.read;
+    EXPECT_EQ(get(*buffer, 5), "abc");
+}
+
+}  // namespace
