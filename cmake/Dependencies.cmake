@@ -3,7 +3,7 @@
 set(PKGCORE_BOOST_VERSION 1.74)
 
 find_package(Threads REQUIRED)
-find_package(Boost ${PKGCORE_BOOST_VERSION} REQUIRED CONFIG COMPONENTS filesystem)
+find_package(Boost ${PKGCORE_BOOST_VERSION} REQUIRED CONFIG COMPONENTS filesystem thread)
 
 if(PKGCORE_PLATFORM STREQUAL "portable")
   find_package(ICU 70 REQUIRED COMPONENTS uc i18n)
@@ -12,6 +12,7 @@ elseif(NOT PKGCORE_PLATFORM STREQUAL "external")
 endif()
 
 if(PKGCORE_BUILD_TESTS)
+  find_package(Boost ${PKGCORE_BOOST_VERSION} REQUIRED CONFIG COMPONENTS iostreams)
   find_package(GTest 1.12 REQUIRED CONFIG)
   find_package(benchmark REQUIRED CONFIG)
 endif()
