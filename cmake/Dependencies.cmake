@@ -14,5 +14,8 @@ endif()
 if(PKGCORE_BUILD_TESTS)
   find_package(Boost ${PKGCORE_BOOST_VERSION} REQUIRED CONFIG COMPONENTS iostreams)
   find_package(GTest 1.12 REQUIRED CONFIG)
+endif()
+
+if(PKGCORE_BUILD_BENCHMARKS)
   find_package(benchmark REQUIRED CONFIG)
 endif()

@@ -5,15 +5,24 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <optional>
 #include <stdexcept>
 
 namespace tour {
 
 namespace {
 
-constexpr std::size_t kChunk = 64 * 1024;
+constexpr std::size_t kChunk = std::size_t{64} * 1024;
 using Chunk = std::array<char, kChunk>;
+
+/// A stream that did not open says nothing but that: the words are the caller's.
+boost::shared_ptr<std::istream> openInput(opc::FileSystemOps& files, const opc::ustring& path) {
+    boost::system::error_code ec;
+    auto stream = files.createInputStream(path, std::ios_base::binary, ec);
+    if (!stream) {
+        throw std::runtime_error("cannot be opened for reading: " + printable(path));
+    }
+    return stream;
+}
 
 std::size_t readChunk(std::istream& stream, Chunk& chunk) {
     stream.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
@@ -43,8 +52,8 @@ Comparison compareStreams(std::istream& one, std::istream& other) {
 }
 
 void compareFiles(opc::FileSystemOps& files, const Copied& pair, Step& step) {
-    const auto source = files.createInputStream(pair.source, std::ios_base::binary);
-    const auto copy = files.createInputStream(pair.copy, std::ios_base::binary);
+    const auto source = openInput(files, pair.source);
+    const auto copy = openInput(files, pair.copy);
     const Comparison comparison = compareStreams(*source, *copy);
     step.count(1, comparison.equalBytes);
     // badbit: reading itself failed, which looks like an early end otherwise.
@@ -93,7 +102,7 @@ void writeText(opc::FileSystemOps& files, const opc::ustring& path, const std::s
 }
 
 std::string readText(opc::FileSystemOps& files, const opc::ustring& path) {
-    const auto stream = files.createInputStream(path, std::ios_base::binary);
+    const auto stream = openInput(files, path);
     return {std::istreambuf_iterator<char>(*stream), std::istreambuf_iterator<char>()};
 }
 

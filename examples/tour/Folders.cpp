@@ -21,7 +21,7 @@ void checkListing(const std::string& what, const Listing& found, const Listing& 
 
 /// Puts a file into `folder` whose name is free in `elsewhere` too, and returns that name.
 opc::ustring addFile(opc::FileSystemOps& files, const opc::ustring& folder, const opc::ustring& elsewhere) {
-    const opc::ustring name = files.getFilename(files.getTempName(elsewhere));
+    opc::ustring name = files.getFilename(files.getTempName(elsewhere));
     writeText(files, files.appendPath(folder, name), "in the way");
     return name;
 }

@@ -72,6 +72,8 @@ private:
             leftOut_["gone since they were listed"].push_back(source);
         } else {
             step_.check(!ec.failed(), "copy of " + printable(source) + ": " + describe(ec));
+        }
+        if (!ec.failed()) {
             tour_.copied.push_back({source, target});
         }
         return !ec.failed();

@@ -90,7 +90,7 @@ void Report::print(const Step& step, double milliseconds) const {
         std::cout << "      " << note << "\n";
     }
     for (const std::string& difference : step.differences_) {
-        std::cout << "      DIFFERS: " << difference << "\n";
+        std::cout << "      failed: " << difference << "\n";
     }
     std::cout << std::flush;
 }

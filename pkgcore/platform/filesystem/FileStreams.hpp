@@ -18,9 +18,11 @@ enum class share_mode : unsigned {
 
 /// The buffer between a standard stream and one open file of the host.
 ///
-/// Large reads and writes go straight to the host, smaller ones through a buffer of 64 KiB that is made on
-/// first need (a much smaller one serves where memory is short). One position serves reading and writing, as
-/// in std::filebuf, and one may follow the other without a seek between them. Bytes are passed as they are:
+/// Transfers of half a buffer and more go straight to the host, smaller ones through a buffer of 64 KiB that
+/// is made on first need (a much smaller one serves where memory is short). The first read after opening or
+/// seeking goes straight from 4 KiB on, so that a file which is read in one piece needs no buffer, and
+/// reading here and there does not read much ahead. One position serves reading and writing, as in
+/// std::filebuf, and one may follow the other without a seek between them. Bytes are passed as they are:
 /// std::ios_base::binary makes no difference and the stream's locale is not asked.
 ///
 /// A host that fails to read makes the reading functions throw std::ios_base::failure, which the stream above
@@ -65,13 +67,14 @@ protected:
 
 private:
     static constexpr std::intptr_t kClosedHandle = -1;
-    static constexpr std::size_t kSpareSize = 512;
+    static constexpr std::size_t kSpareSize = 256;
 
     int descriptor() const noexcept { return static_cast<int>(handle_); }
     std::streamsize unread() const noexcept { return egptr() - gptr(); }
     std::streamsize pending() const noexcept { return pptr() - pbase(); }
 
     void makeArea() noexcept;
+    bool readsDirectly(std::streamsize count) const noexcept;
     bool startReading() noexcept;
     std::size_t refill();
     std::streamsize takeBuffered(char* out, std::streamsize count) noexcept;
@@ -87,6 +90,7 @@ private:
 
     std::intptr_t handle_ = kClosedHandle;
     std::ios_base::openmode mode_{};
+    bool readsOn_ = false;  // whether bytes were read since opening or the last seek
     char* area_ =
         nullptr;  // buffer_, or spare_ where there was no memory for a buffer; null before the first need
     std::size_t areaSize_ = 0;

@@ -1,13 +1,8 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
-#include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/FileTimes.hpp>
 #include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/SystemCalls.hpp>
-
-#include <fcntl.h>
-
-#include <cerrno>
+#include <pkgcore/portable/filesystem/Outcome.hpp>
 
 namespace fl::filesystem {
 
@@ -18,35 +13,39 @@ namespace {
 
 timespec readTime(const Place& place) {
     struct stat status;
-    if (systemCalls().fstatat(place.directory(), place.path(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        posix::throwError(errno, place.text());
+    if (const int error = posix::readStatus({place.directory(), place.path()}, status); error != 0) {
+        posix::throwError(error, place.text());
     }
     return status.st_mtim;
 }
 
+/// 0 or the error number.
 int writeTime(const Place& place, const timespec& time) {
     const timespec times[2] = {{0, UTIME_OMIT}, time};  // access, modification
-    const int result = systemCalls().utimensat(place.directory(), place.path(), times, AT_SYMLINK_NOFOLLOW);
-    return result == 0 ? 0 : errno;
+    return posix::errorOf(
+        [&] { return systemCalls().utimensat(place.directory(), place.path(), times, AT_SYMLINK_NOFOLLOW); });
 }
 
-/// Whether `kept` is `asked`, but for a file system's coarser steps: the coarsest, those of FAT, are of two
-/// seconds.
+/// Whether `kept` is `asked` in the coarser steps of a file system: of up to a second, or the two seconds of
+/// FAT. The end of a file system's span of time, at which other times are kept, is no such step.
 bool isRoundedDown(const timespec& kept, const timespec& asked) {
-    constexpr time_t kCoarsestStep = 2;
-    const bool later =
-        kept.tv_sec > asked.tv_sec || (kept.tv_sec == asked.tv_sec && kept.tv_nsec > asked.tv_nsec);
-    return !later && kept.tv_sec > asked.tv_sec - kCoarsestStep;
+    if (kept.tv_sec == asked.tv_sec) {
+        return kept.tv_nsec <= asked.tv_nsec;
+    }
+    return kept.tv_sec == asked.tv_sec - 1 && kept.tv_sec % 2 == 0 && kept.tv_nsec == 0;
 }
 
 }  // namespace
 
 void permissions(const std::u16string& path, unsigned bits) {
     const Place place(path);
+    const int directory = place.orThrow().directory();
     const int flags = (bits & file_status::perms_symlink) != 0 ? AT_SYMLINK_NOFOLLOW : 0;
-    if (systemCalls().fchmodat(place.orThrow().directory(), place.path(), bits & file_status::perms_all,
-                               flags) != 0) {
-        posix::throwError(errno, path);
+    const int error = posix::errorOf([&] {
+        return systemCalls().fchmodat(directory, place.path(), bits & file_status::perms_all, flags);
+    });
+    if (error != 0) {
+        posix::throwError(error, path);
     }
 }
 

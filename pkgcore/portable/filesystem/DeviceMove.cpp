@@ -1,6 +1,7 @@
 #include <pkgcore/portable/filesystem/DeviceMove.hpp>
 
 #include <pkgcore/portable/filesystem/FolderReader.hpp>
+#include <pkgcore/portable/filesystem/LinkCopy.hpp>
 #include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
@@ -74,7 +75,7 @@ private:
                 copyFile(sibling);
                 break;
             case S_IFLNK:
-                copyLinkWithTimes(sibling);
+                copyLink(sibling);
                 break;
             case S_IFDIR:
                 copyFolder(sibling);
@@ -91,13 +92,9 @@ private:
         sibling.setMade();
     }
 
-    void copyLinkWithTimes(TemporarySibling& sibling) const {
-        const Item to = sibling.item();
-        check(copyLink(itemAt(source_), to));
+    void copyLink(TemporarySibling& sibling) const {
+        check(posix::copyLink(itemAt(source_), sibling.item(), Times::kCarried));
         sibling.setMade();
-        const timespec times[2] = {status_.st_atim, status_.st_mtim};
-        checkTarget(
-            errorOf([&] { return systemCalls().utimensat(to.folder, to.name, times, AT_SYMLINK_NOFOLLOW); }));
     }
 
     void copyFolder(TemporarySibling& sibling) const {

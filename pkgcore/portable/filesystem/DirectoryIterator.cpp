@@ -41,6 +41,14 @@ std::u16string entryPrefix(const std::u16string& folder) {
     return prefix;
 }
 
+/// The folder that entryPrefix() was made from.
+std::u16string folderOf(std::u16string prefix) {
+    if (prefix.size() > 1) {
+        prefix.pop_back();
+    }
+    return prefix;
+}
+
 }  // namespace
 
 file_status upath_directory_entry::status() const {
@@ -95,7 +103,7 @@ void upath_directory_iterator_impl::increment() {
         const int error = source_->reader().error();
         source_.reset();
         if (error != 0) {
-            posix::throwError(error, path);
+            posix::throwError(error, folderOf(path));
         }
         return;
     }

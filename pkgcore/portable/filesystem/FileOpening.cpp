@@ -9,9 +9,9 @@
 
 #include <fcntl.h>
 #include <limits.h>
-#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 #include <optional>
 
@@ -86,15 +86,10 @@ FileDescriptor openLong(const std::wstring& path, int flags) {
     }
 }
 
+/// Asks for no entry at all: what has none refuses at once, whatever it is, and nothing is waited for or
+/// taken. That is less work for the system than a status.
 bool isFolder(int descriptor) {
-    struct stat status;
-    return systemCalls().fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-/// Reading nothing fails on a folder, neither waits nor takes anything elsewhere, and costs less than asking
-/// for the status, which is left for the files that refuse it as well.
-bool opensForReading(int descriptor) {
-    return readSome(descriptor, nullptr, 0) == 0 || !isFolder(descriptor);
+    return systemCalls().getdents64(descriptor, nullptr, 0) >= 0 || errno != ENOTDIR;
 }
 
 }  // namespace
@@ -107,7 +102,7 @@ FileDescriptor openFile(const std::wstring& path, OpenMode mode) {
     const bool isShort = path.size() < PATH_MAX / kMaxBytesPerWideCharacter;
     FileDescriptor file = isShort ? openShort(path, *flags) : openLong(path, *flags);
     // For writing, the system itself refuses a folder.
-    if (file.isOpen() && *flags == O_RDONLY && !opensForReading(file.get())) {
+    if (file.isOpen() && *flags == O_RDONLY && isFolder(file.get())) {
         file.reset();
     }
     return file;

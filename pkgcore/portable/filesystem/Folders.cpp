@@ -1,21 +1,18 @@
 #include <pkgcore/platform/filesystem/Operations.hpp>
 
-#include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
+#include <pkgcore/portable/filesystem/Outcome.hpp>
 
-#include <fcntl.h>
 #include <limits.h>
 
-#include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace fl::filesystem {
 
 using posix::FileDescriptor;
 using posix::NativePath;
 using posix::Place;
-using posix::systemCalls;
 
 namespace {
 
@@ -23,13 +20,7 @@ constexpr mode_t kFolderMode = 0777;  // less what the process's umask takes
 
 /// 0 or the error number.
 int makeFolder(int directory, const char* path) {
-    return systemCalls().mkdirat(directory, path, kFolderMode) == 0 ? 0 : errno;
-}
-
-/// Whether a folder is there, or a link to one.
-bool isFolder(int directory, const char* path) {
-    struct stat status;
-    return systemCalls().fstatat(directory, path, &status, 0) == 0 && S_ISDIR(status.st_mode);
+    return posix::errorOf([&] { return posix::systemCalls().mkdirat(directory, path, kFolderMode); });
 }
 
 FileDescriptor enterFolder(int directory, const char* name) {
@@ -46,7 +37,7 @@ public:
     bool run() {
         char* at = path_.bytes();
         if (*at == '/') {
-            folder_ = enterFolder(AT_FDCWD, "/");
+            enterRoot();
         }
         for (at += std::strspn(at, "/"); *at != '\0'; at += std::strspn(at, "/")) {
             char* const end = at + std::strcspn(at, "/");
@@ -60,6 +51,14 @@ public:
 
 private:
     int directory() const { return folder_.isOpen() ? folder_.get() : AT_FDCWD; }
+
+    /// Without the root, everything would be made in the working directory instead.
+    void enterRoot() {
+        folder_ = enterFolder(AT_FDCWD, "/");
+        if (!folder_.isOpen()) {
+            posix::throwError(errno, path_.text());
+        }
+    }
 
     void enter(const char* name) {
         made_ = false;
@@ -113,7 +112,7 @@ bool create_directories(const std::u16string& path) {
         return FolderMaker(path).run();
     }
     // Also where the error is not EEXIST: some file systems say first that they are read-only.
-    if (isFolder(AT_FDCWD, whole.bytes())) {
+    if (posix::isFolder(AT_FDCWD, whole.bytes())) {
         return false;
     }
     posix::throwError(error == EEXIST ? ENOTDIR : error, path);

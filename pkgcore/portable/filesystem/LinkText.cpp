@@ -1,6 +1,6 @@
 #include <pkgcore/portable/filesystem/LinkText.hpp>
 
-#include <pkgcore/portable/filesystem/SystemCalls.hpp>
+#include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
 
 #include <cerrno>
 
@@ -12,7 +12,8 @@ int readLinkText(int directory, const char* path, std::string& text) {
     constexpr std::size_t kFirstSize = 256;
     for (std::size_t size = kFirstSize;; size *= 2) {
         text.resize(size);
-        const ssize_t length = systemCalls().readlinkat(directory, path, text.data(), size);
+        const ssize_t length =
+            retryInterrupted([&] { return systemCalls().readlinkat(directory, path, text.data(), size); });
         if (length < 0) {
             return errno;
         }

@@ -1,12 +1,9 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
-#include <pkgcore/portable/filesystem/Errors.hpp>
+#include <pkgcore/portable/filesystem/LinkCopy.hpp>
 #include <pkgcore/portable/filesystem/LinkText.hpp>
 #include <pkgcore/portable/filesystem/NativePath.hpp>
 #include <pkgcore/portable/filesystem/PathText.hpp>
-#include <pkgcore/portable/filesystem/SystemCalls.hpp>
-
-#include <cerrno>
 
 namespace fl::filesystem {
 
@@ -25,34 +22,37 @@ std::string targetBytes(const std::u16string& target) {
     return bytes;
 }
 
-void makeLink(const std::string& target, const std::u16string& link) {
-    const Place place(link);
-    if (posix::systemCalls().symlinkat(target.c_str(), place.orThrow().directory(), place.path()) != 0) {
-        posix::throwError(errno, link);
-    }
-}
-
-std::string readLink(const std::u16string& path) {
-    const Place place(path);
-    std::string text;
-    if (const int error = posix::readLinkText(place.orThrow().directory(), place.path(), text); error != 0) {
-        posix::throwError(error, path);
-    }
-    return text;
-}
-
 }  // namespace
 
 void create_symlink(const std::u16string& target, const std::u16string& link, unsigned /*kind*/) {
-    makeLink(targetBytes(target), link);
+    const std::string bytes = targetBytes(target);
+    const Place place(link);
+    const int directory = place.orThrow().directory();
+    const int error = posix::errorOf(
+        [&] { return posix::systemCalls().symlinkat(bytes.c_str(), directory, place.path()); });
+    if (error != 0) {
+        posix::throwError(error, link);
+    }
 }
 
 std::u16string read_symlink(const std::u16string& path) {
+    const Place place(path);
+    std::string bytes;
+    const int error = posix::readLinkText(place.orThrow().directory(), place.path(), bytes);
+    if (error != 0) {
+        posix::throwError(error, path);
+    }
     std::u16string text;
-    posix::appendDecoded(readLink(path), text);
+    posix::appendDecoded(bytes, text);
     return text;
 }
 
-void copy_symlink(const std::u16string& from, const std::u16string& to) { makeLink(readLink(from), to); }
+void copy_symlink(const std::u16string& from, const std::u16string& to) {
+    const Place source(from);
+    const Place target(to);
+    const posix::Item link = {source.orThrow().directory(), source.path()};
+    const posix::Item copy = {target.orThrow().directory(), target.path()};
+    posix::throwIfFailed(posix::copyLink(link, copy, posix::Times::kNew), from, to);
+}
 
 }  // namespace fl::filesystem

@@ -41,7 +41,8 @@ bool encodeOne(char32_t point, char* out, std::size_t& size) {
     return true;
 }
 
-/// By words and not by memchr, whose wide loads would wait for the narrower stores that have just written the text.
+/// By words and not by memchr, whose wide loads would wait for the narrower stores that have just written the
+/// text.
 bool holdsNul(const char* bytes, std::size_t size) {
     constexpr std::uint64_t kLowBits = 0x0101'0101'0101'0101;
     constexpr std::uint64_t kHighBits = kLowBits << 7;

@@ -1,28 +1,17 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
-#include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/SystemCalls.hpp>
-
-#include <fcntl.h>
-
-#include <cerrno>
+#include <pkgcore/portable/filesystem/Outcome.hpp>
 
 namespace fl::filesystem {
 
 using posix::Place;
-using posix::systemCalls;
 
 namespace {
 
-/// 0 or the error number.
-int unlink(const Place& place, int flags) {
-    return systemCalls().unlinkat(place.directory(), place.path(), flags) == 0 ? 0 : errno;
-}
-
 /// For an item that unlinking refused with `refusal`: that it is a folder, or a reason of its own.
-int removeFolder(const Place& place, int refusal) {
-    const int error = unlink(place, AT_REMOVEDIR);
+int removeFolder(posix::Item item, int refusal) {
+    const int error = posix::unlinkItem(item, AT_REMOVEDIR);
     if (error == EEXIST) {
         return ENOTEMPTY;  // POSIX lets a host say either
     }
@@ -38,9 +27,10 @@ void remove(const std::u16string& path) {
     if (place.orThrow().endsInDots()) {
         throw InvalidArgument(path);
     }
-    int error = unlink(place, 0);
+    const posix::Item item = {place.directory(), place.path()};
+    int error = posix::unlinkItem(item, 0);
     if (error == EISDIR || error == EPERM) {
-        error = removeFolder(place, error);
+        error = removeFolder(item, error);
     }
     if (error != 0) {
         posix::throwError(error, path);

@@ -1,27 +1,13 @@
 #include <pkgcore/platform/filesystem/Operations.hpp>
 
-#include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/FileTimes.hpp>
 #include <pkgcore/portable/filesystem/ItemKind.hpp>
 #include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/SystemCalls.hpp>
-
-#include <fcntl.h>
-
-#include <cerrno>
+#include <pkgcore/portable/filesystem/Outcome.hpp>
 
 namespace fl::filesystem {
 
 namespace {
-
-int readStatus(const posix::Place& place, struct stat& status) {
-    if (place.error() != 0) {
-        return place.error();
-    }
-    const int result =
-        posix::systemCalls().fstatat(place.directory(), place.path(), &status, AT_SYMLINK_NOFOLLOW);
-    return result == 0 ? 0 : errno;
-}
 
 /// Whether anything is at the path, and its status. Nothing there is the most frequent answer of all and
 /// throws nothing.
@@ -30,7 +16,8 @@ bool findItem(const std::u16string& path, struct stat& status) {
         return false;
     }
     const posix::Place place(path);
-    const int error = readStatus(place, status);
+    const int error =
+        place.error() != 0 ? place.error() : posix::readStatus({place.directory(), place.path()}, status);
     if (error != 0 && error != ENOENT && error != ENOTDIR) {
         posix::throwError(error, path);
     }

@@ -9,6 +9,12 @@ FileDescriptor openAt(int directory, const char* path, int flags, mode_t mode) n
         retryInterrupted([&] { return systemCalls().openat(directory, path, flags | O_CLOEXEC, mode); }));
 }
 
+bool isFolder(int directory, const char* path) noexcept {
+    struct stat status;
+    const int result = retryInterrupted([&] { return systemCalls().fstatat(directory, path, &status, 0); });
+    return result == 0 && S_ISDIR(status.st_mode);
+}
+
 ssize_t readSome(int descriptor, void* bytes, std::size_t count) noexcept {
     return retryInterrupted([&] { return systemCalls().read(descriptor, bytes, count); });
 }

@@ -22,6 +22,9 @@ auto retryInterrupted(Call call) noexcept {
 /// fails.
 FileDescriptor openAt(int directory, const char* path, int flags, mode_t mode = 0) noexcept;
 
+/// Whether a folder is there, or a link to one; false also where that cannot be told.
+bool isFolder(int directory, const char* path) noexcept;
+
 /// One read; fewer bytes than asked for is normal. -1 with errno set on failure, 0 at the end.
 ssize_t readSome(int descriptor, void* bytes, std::size_t count) noexcept;
 

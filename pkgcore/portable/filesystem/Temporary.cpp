@@ -27,11 +27,6 @@ namespace {
 // is broken.
 constexpr int kMostDraws = 1000;
 
-bool isFolder(const char* path) {
-    struct stat status;
-    return systemCalls().fstatat(AT_FDCWD, path, &status, 0) == 0 && S_ISDIR(status.st_mode);
-}
-
 std::u16string decoded(const char* bytes) {
     std::u16string text;
     posix::appendDecoded(bytes, text);
@@ -65,11 +60,11 @@ std::FILE* toStream(FileDescriptor file, const Place& place) {
 std::u16string temp_directory_name() {
     for (const char* const variable : {"TMPDIR", "TMP", "TEMP", "TEMPDIR"}) {
         const char* const folder = std::getenv(variable);
-        if (folder != nullptr && isFolder(folder)) {
+        if (folder != nullptr && posix::isFolder(AT_FDCWD, folder)) {
             return decoded(folder);
         }
     }
-    return isFolder("/tmp") ? u"/tmp" : std::u16string();
+    return posix::isFolder(AT_FDCWD, "/tmp") ? u"/tmp" : std::u16string();
 }
 
 std::u16string get_current_path() {

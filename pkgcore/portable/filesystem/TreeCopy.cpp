@@ -1,6 +1,6 @@
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 
-#include <pkgcore/portable/filesystem/LinkText.hpp>
+#include <pkgcore/portable/filesystem/LinkCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeWalk.hpp>
 
 #include <dirent.h>
@@ -66,7 +66,7 @@ private:
             case DT_REG:
                 return checkEntry(files_.copyNew(from(), to(), levels_.back().known));
             case DT_LNK:
-                return checkEntry(copyLink(from(), to()));
+                return checkEntry(copyLink(from(), to(), times_));
             case DT_DIR:
                 return enterFolder();
             default:
@@ -179,14 +179,6 @@ int refusalIfWithin(int folder, const struct stat& item) noexcept {
         }
         folder = above.get();
     }
-}
-
-Outcome copyLink(Item from, Item to) {
-    std::string text;
-    if (const int error = readLinkText(from.folder, from.name, text); error != 0) {
-        return atSource(error);
-    }
-    return atDestination(errorOf([&] { return systemCalls().symlinkat(text.c_str(), to.folder, to.name); }));
 }
 
 void copyTree(FolderAt from, FolderAt to, bool created, Times times) {

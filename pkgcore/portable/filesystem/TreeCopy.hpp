@@ -29,9 +29,6 @@ inline int folderError(int openError) noexcept { return openError == ELOOP ? ENO
 /// another error number where that could not be found out.
 int refusalIfWithin(int folder, const struct stat& item) noexcept;
 
-/// Makes at `to` a link with the text of the one at `from`.
-Outcome copyLink(Item from, Item to);
-
 /// Copies everything in `from` into `to`, which is completed as well if it was `created`: a created folder
 /// gets the nine permission bits of its source when it is full. Throws the first failure, with the path of
 /// the item concerned, and leaves what was copied until then; folders that were not completed are for their

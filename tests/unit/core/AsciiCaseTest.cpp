@@ -44,8 +44,6 @@ TEST(AsciiCase, ThrowsWhatSaysItsKindAndCanBeCloned) {
     }
 }
 
-bool isCommon(char16_t a, char16_t b) { return a < 128 && b < 128 && folded(a) == folded(b); }
-
 char16_t folded(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
 }
@@ -71,6 +69,8 @@ TEST(LowerASCIIPrefix, StopsBeforeAUnitBeyondAscii) {
         EXPECT_EQ(text.substr(0, 6), u"abcdAB");
     }
 }
+
+bool isCommon(char16_t a, char16_t b) { return a < 128 && b < 128 && folded(a) == folded(b); }
 
 TEST(CaselessPrefix, TellsEveryPairOfAsciiUnitsInEveryLane) {
     for (std::size_t lane = 0; lane < 4; ++lane) {

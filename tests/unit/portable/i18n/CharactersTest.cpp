@@ -1,7 +1,5 @@
 #include <pkgcore/platform/i18n/Characters.hpp>
 
-#include <pkgcore/platform/i18n/Initialize.hpp>
-
 #include "tests/unit/portable/i18n/Shown.hpp"
 
 #include <gtest/gtest.h>
@@ -14,7 +12,6 @@
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace fl::i18n;
@@ -139,17 +136,6 @@ TEST(Scanning, FindsNothingInClassesThatAreNone) {
     EXPECT_EQ(detail::scan(u" ", 1, 0, is_posix), 1U);
     EXPECT_EQ(detail::scan(u" ", 1, ~16U, is_posix), 1U);
     EXPECT_EQ(detail::scan(u" ", 1, ~0U, is_posix), 0U);
-}
-
-TEST(Initialize, MayBeCalledAgainAndFromManyThreads) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([] {
-            for (int call = 0; call < 1000; ++call) initialize();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_NO_THROW(initialize());
 }
 
 }  // namespace

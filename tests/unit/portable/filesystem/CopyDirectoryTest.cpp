@@ -1,0 +1,443 @@
+#include <pkgcore/platform/filesystem/Exceptions.hpp>
+#include <pkgcore/platform/filesystem/Operations.hpp>
+
+#include "tests/support/DescriptorCount.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
+#include "tests/support/TempTree.hpp"
+#include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/PrivateMounts.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
+#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using fl::filesystem::copy_directory;
+using fl::filesystem::FileExistsError;
+using fl::filesystem::InvalidArgument;
+using fl::filesystem::InvalidOperation;
+using fl::filesystem::NotDirectoryError;
+using fl::filesystem::PathNotFound;
+using fl::filesystem::posix::hostCalls;
+using test::isThere;
+using test::makeFile;
+using test::makeFolder;
+using test::makeLink;
+using test::ScopedSystemCalls;
+using test::snapshot;
+using test::SystemCalls;
+using test::TempTree;
+using test::throwsFor;
+
+class CopyDirectory : public ::testing::Test {
+protected:
+    explicit CopyDirectory(const std::string& parent = "/tmp") : tree_(parent) {}
+
+    void copy(std::string_view from = "a", std::string_view to = "b") const {
+        copy_directory(tree_.text(from), tree_.text(to));
+    }
+
+    template <typename Failure>
+    ::testing::AssertionResult copyThrows(std::string_view about, std::string_view from = "a",
+                                          std::string_view to = "b") const {
+        return throwsFor<Failure>(tree_.text(about), [&] { copy(from, to); });
+    }
+
+    void fill(const std::string& top) const {
+        makeFolder(tree_ / top, 0750);
+        makeFolder(tree_ / (top + "/inner"), 0755);
+        makeFolder(tree_ / (top + "/inner/empty"), 0700);
+        makeFile(tree_ / (top + "/inner/file"), "text", 0640);
+        makeFile(tree_ / (top + "/file"), test::someBytes(20'000), 0444);
+        makeLink("nowhere", tree_ / (top + "/dangling"));
+        makeLink("inner", tree_ / (top + "/link"));
+    }
+
+    void expectSame() const {
+        EXPECT_EQ(snapshot(tree_ / "a"), snapshot(tree_ / "b"));
+        EXPECT_EQ(test::modeOf(tree_ / "a"), test::modeOf(tree_ / "b"));
+    }
+
+    TempTree tree_;
+    test::NoDescriptorLeft noDescriptorLeft_;
+};
+
+/// Large trees, in memory: a disk without a journal takes very long to make what was just removed.
+class CopyLargeDirectory : public CopyDirectory {
+protected:
+    CopyLargeDirectory() : CopyDirectory("/dev/shm") {}
+};
+
+TEST_F(CopyDirectory, CopiesAWholeTree) {
+    fill("a");
+    copy();
+    expectSame();
+}
+
+TEST_F(CopyDirectory, CopiesAnEmptyFolder) {
+    makeFolder(tree_ / "a");
+    copy();
+    expectSame();
+}
+
+TEST_F(CopyDirectory, TakesTrailingSeparatorsAndRelativePaths) {
+    fill("a");
+    copy("a//", "b/");
+    expectSame();
+    test::runInChild([&] {
+        ASSERT_EQ(0, ::chdir((tree_ / "a").c_str()));
+        copy_directory(u".", u"../c");
+        copy_directory(u"inner", u"../d");
+    });
+    EXPECT_EQ(snapshot(tree_ / "a"), snapshot(tree_ / "c"));
+    EXPECT_EQ(snapshot(tree_ / "a/inner"), snapshot(tree_ / "d"));
+}
+
+TEST_F(CopyDirectory, CopiesLinksByteByByte) {
+    makeFolder(tree_ / "a");
+    makeLink("\xFF\xFE/../x//", tree_ / "a/odd");
+    makeLink("/", tree_ / "a/absolute");
+    makeLink(std::string(4095, 'x'), tree_ / "a/long");
+    copy();
+    expectSame();
+}
+
+TEST_F(CopyDirectory, CopiesNamesOfEveryKind) {
+    makeFolder(tree_ / "a");
+    for (const char* const name : {"...", " ", "\n", "\xFF\xFE", "\\", "\xC3\xA4"}) {
+        makeFolder(tree_ / ("a/" + std::string(name)));
+        makeFile(tree_ / ("a/" + std::string(name) + "/" + name), name);
+    }
+    copy();
+    expectSame();
+}
+
+TEST_F(CopyLargeDirectory, CopiesAFolderOfManyEntries) {
+    makeFolder(tree_ / "a");
+    for (int i = 0; i < 3000; ++i) {
+        makeFile(tree_ / ("a/a rather long name of a file, number " + std::to_string(i)), std::to_string(i));
+    }
+    copy();
+    expectSame();
+}
+
+TEST_F(CopyDirectory, GivesThePermissionBitsWhateverTheMask) {
+    fill("a");
+    makeFile(tree_ / "a/open", "", 0666);
+    makeFile(tree_ / "a/runs", "", 0777);
+    makeFolder(tree_ / "a/everyones", 01777);
+    test::setMode(tree_ / "a/everyones", 0777);
+    test::runInChild([&] {
+        ::umask(077);
+        copy();
+    });
+    expectSame();
+}
+
+TEST_F(CopyDirectory, FillsAFolderThatMayNotBeWritten) {
+    test::runAsOrdinaryUser([] {
+        const TempTree own;
+        makeFolder(own / "a");
+        makeFile(own / "a/file", "text");
+        test::setMode(own / "a", 0555);
+        copy_directory(own.text("a"), own.text("b"));
+        EXPECT_EQ((test::TreeSnapshot{{"a", "folder 0555"},
+                                      {"a/file", "file 0644 'text'"},
+                                      {"b", "folder 0555"},
+                                      {"b/file", "file 0644 'text'"}}),
+                  snapshot(own.path()));
+    });
+}
+
+TEST_F(CopyDirectory, LetsNobodyElseIntoAFolderThatIsBeingFilled) {
+    fill("a");
+    test::setMode(tree_ / "a", 0777);
+    static int files = 0;
+    files = 0;
+    test::runInChild([&] {
+        ::umask(0);
+        ScopedSystemCalls calls;
+        calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
+            struct stat status {};
+            if ((flags & O_CREAT) != 0) {
+                EXPECT_EQ(0, ::fstat(folder, &status));
+                EXPECT_EQ(0700U, status.st_mode & 07777U);
+                ++files;
+            }
+            return hostCalls.openat(folder, name, flags, mode);
+        };
+        copy();
+        EXPECT_EQ(2, files);
+    });
+    expectSame();
+}
+
+TEST_F(CopyDirectory, MergesAndLeavesTheBitsOfFoldersThatExist) {
+    fill("a");
+    makeFolder(tree_ / "b", 0711);
+    makeFolder(tree_ / "b/inner", 0733);
+    makeFile(tree_ / "b/inner/old", "old");
+    copy();
+    EXPECT_EQ(0711U, test::modeOf(tree_ / "b"));
+    EXPECT_EQ(0733U, test::modeOf(tree_ / "b/inner"));
+    EXPECT_EQ("old", test::contentOf(tree_ / "b/inner/old"));
+    EXPECT_EQ("text", test::contentOf(tree_ / "b/inner/file"));
+    EXPECT_EQ("nowhere", test::linkTextOf(tree_ / "b/dangling"));
+}
+
+TEST_F(CopyDirectory, DoesNotReplaceFilesOrLinks) {
+    makeFolder(tree_ / "a");
+    makeFolder(tree_ / "a/inner");
+    makeFile(tree_ / "a/inner/file", "new");
+    makeFolder(tree_ / "b");
+    makeFolder(tree_ / "b/inner");
+    makeFile(tree_ / "b/inner/file", "old");
+    EXPECT_TRUE(copyThrows<FileExistsError>("b/inner/file"));
+    EXPECT_EQ("old", test::contentOf(tree_ / "b/inner/file"));
+    ::unlink((tree_ / "b/inner/file").c_str());
+    makeLink("nowhere", tree_ / "b/inner/file");
+    EXPECT_TRUE(copyThrows<FileExistsError>("b/inner/file"));
+    ::unlink((tree_ / "a/inner/file").c_str());
+    makeLink("x", tree_ / "a/inner/file");
+    EXPECT_TRUE(copyThrows<FileExistsError>("b/inner/file"));
+    EXPECT_EQ("nowhere", test::linkTextOf(tree_ / "b/inner/file"));
+}
+
+TEST_F(CopyDirectory, PutsAFolderInNoOtherItemsPlace) {
+    makeFolder(tree_ / "a");
+    makeFolder(tree_ / "a/inner");
+    makeFile(tree_ / "a/inner/file", "text");
+    makeFolder(tree_ / "canary");
+    makeFolder(tree_ / "b");
+    makeFile(tree_ / "b/inner", "file");
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("b/inner"));
+    ::unlink((tree_ / "b/inner").c_str());
+    makeLink("../canary", tree_ / "b/inner");
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("b/inner"));
+    EXPECT_EQ(test::TreeSnapshot(), snapshot(tree_ / "canary"));
+}
+
+TEST_F(CopyDirectory, TakesALinkAtEitherEndForALink) {
+    fill("a");
+    makeFolder(tree_ / "canary");
+    makeLink("a", tree_ / "toA");
+    makeLink("canary", tree_ / "toCanary");
+    makeLink("new", tree_ / "dangling");
+    const test::TreeSnapshot before = snapshot(tree_.path());
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("toA", "toA", "b"));
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("toA/", "toA/", "b"));
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("toCanary", "a", "toCanary"));
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("toCanary/", "a", "toCanary/"));
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("dangling", "a", "dangling"));
+    EXPECT_EQ(before, snapshot(tree_.path()));
+}
+
+TEST_F(CopyDirectory, FollowsLinksOnTheWayToEitherEnd) {
+    makeFolder(tree_ / "real");
+    fill("real/a");
+    makeLink("real", tree_ / "way");
+    copy("way/a", "way/b");
+    EXPECT_EQ(snapshot(tree_ / "real/a"), snapshot(tree_ / "real/b"));
+}
+
+TEST_F(CopyDirectory, TellsWhichPathIsWrong) {
+    fill("a");
+    EXPECT_TRUE(copyThrows<PathNotFound>("no", "no", "b"));
+    EXPECT_TRUE(copyThrows<PathNotFound>("no/b", "a", "no/b"));
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file", "a/file", "b"));
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file", "a", "a/file"));
+    EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file/b", "a", "a/file/b"));
+    EXPECT_TRUE(throwsFor<PathNotFound>(u"", [&] { copy_directory(u"", tree_.text("b")); }));
+    EXPECT_TRUE(throwsFor<PathNotFound>(u"", [&] { copy_directory(tree_.text("a"), u""); }));
+    EXPECT_FALSE(isThere(tree_ / "b"));
+}
+
+TEST_F(CopyDirectory, RefusesAFolderIntoItself) {
+    fill("a");
+    makeLink("a/inner", tree_ / "way");
+    const test::TreeSnapshot before = snapshot(tree_.path());
+    for (const char* const to : {"a", "a/", "a/.", "a/inner/..", "a/new", "a/inner", "a/inner/new", "way/new",
+                                 "way/empty", "a/inner/empty/new"}) {
+        EXPECT_TRUE(copyThrows<InvalidArgument>(to, "a", to));
+    }
+    EXPECT_EQ(before, snapshot(tree_.path()));
+}
+
+TEST_F(CopyDirectory, TakesASiblingWhoseNameBeginsLikeTheSource) {
+    fill("a");
+    copy("a", "ab");
+    EXPECT_EQ(snapshot(tree_ / "a"), snapshot(tree_ / "ab"));
+}
+
+TEST_F(CopyDirectory, CopiesAFolderIntoTheOneAroundIt) {
+    makeFolder(tree_ / "b");
+    fill("b/a");
+    copy("b/a/inner", "b");
+    EXPECT_EQ("text", test::contentOf(tree_ / "b/file"));
+}
+
+TEST_F(CopyDirectory, StopsAtItsOwnDestinationInATreeThatIsMountedTwice) {
+    if (!test::canMount()) {
+        GTEST_SKIP() << "needs the right to mount";
+    }
+    makeFolder(tree_ / "a");
+    makeFolder(tree_ / "a/inner");
+    makeFolder(tree_ / "mirror");
+    test::runInChild([&] {
+        test::mountMirror(tree_ / "a/inner", tree_ / "mirror");
+        EXPECT_TRUE(copyThrows<InvalidArgument>("a/inner/new", "a", "mirror/new"));
+    });
+    EXPECT_FALSE(isThere(tree_ / "a/inner/new/inner/new"));
+}
+
+TEST_F(CopyDirectory, RefusesOtherKindsByTheirPath) {
+    makeFolder(tree_ / "a");
+    makeFolder(tree_ / "a/inner");
+    test::makePipe(tree_ / "a/inner/pipe");
+    EXPECT_TRUE(copyThrows<InvalidOperation>("a/inner/pipe"));
+    EXPECT_FALSE(isThere(tree_ / "b/inner/pipe"));
+}
+
+TEST_F(CopyDirectory, DoesNotWaitForAPipeThatTookAFilesPlace) {
+    makeFolder(tree_ / "a");
+    makeFile(tree_ / "a/file");
+    static std::string path;
+    path = tree_ / "a/file";
+    ScopedSystemCalls calls;
+    calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
+        if (name == std::string("file") && (flags & O_CREAT) == 0) {
+            ::unlink(path.c_str());
+            test::makePipe(path);
+        }
+        return hostCalls.openat(folder, name, flags, mode);
+    };
+    EXPECT_TRUE(copyThrows<InvalidOperation>("a/file"));
+}
+
+TEST_F(CopyDirectory, WorksWhereListingsTellNoKinds) {
+    fill("a");
+    ScopedSystemCalls calls;
+    test::hideKinds(calls);
+    copy();
+    expectSame();
+}
+
+TEST_F(CopyDirectory, LosesNothingWhenSignalsInterruptEveryCall) {
+    fill("a");
+    test::makeChain(tree_ / "a/inner/empty", "level", 40);
+    test::makeSparseFile(tree_ / "a/sparse", 600'000, 300'000, "island");
+    ScopedSystemCalls calls;
+    test::interruptCalls<&SystemCalls::openat, &SystemCalls::read, &SystemCalls::write, &SystemCalls::lseek,
+                         &SystemCalls::ftruncate, &SystemCalls::fallocate, &SystemCalls::ficlone,
+                         &SystemCalls::fstat, &SystemCalls::fstatat, &SystemCalls::getdents64,
+                         &SystemCalls::mkdirat, &SystemCalls::symlinkat, &SystemCalls::fchmod>(calls);
+    copy();
+    expectSame();
+}
+
+TEST_F(CopyDirectory, StopsAtTheFirstFailureAndLeavesWhatWasCopied) {
+    makeFolder(tree_ / "a");
+    makeFolder(tree_ / "a/inner");
+    for (const char* const name : {"1", "2", "3", "4"}) {
+        makeFile(tree_ / ("a/inner/" + std::string(name)), name);
+    }
+    ScopedSystemCalls calls;
+    test::failCall<&SystemCalls::write>(calls, 3, ENOSPC);
+    try {
+        copy();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const fl::filesystem::SystemError& failure) {
+        EXPECT_EQ(ENOSPC, failure.get_error_code());
+        EXPECT_EQ(0U, failure.get_path_name().find(tree_.text("b/inner/")));
+    }
+    EXPECT_EQ(3U, snapshot(tree_ / "b").size());  // the inner folder and two files, not the third
+    EXPECT_EQ(0700U, test::modeOf(tree_ / "b"));
+}
+
+TEST_F(CopyDirectory, NamesAFileThatCannotBeRead) {
+    test::runAsOrdinaryUser([] {
+        const TempTree own;
+        makeFolder(own / "a");
+        makeFolder(own / "a/\xC3\xA4");
+        makeFile(own / "a/\xC3\xA4/secret", "text", 0);
+        const test::NoDescriptorLeft noDescriptorLeft;
+        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(
+            own.text(u"a/\u00E4/secret"), [&] { copy_directory(own.text("a"), own.text("b")); }));
+    });
+}
+
+TEST_F(CopyDirectory, OfAFolderThatCannotBeReadFails) {
+    fill("a");
+    ScopedSystemCalls calls;
+    test::failCall<&SystemCalls::getdents64>(calls, 1, EIO);
+    EXPECT_TRUE(test::throwsNumberFor(EIO, tree_.text("a"), [&] { copy(); }));
+}
+
+TEST_F(CopyLargeDirectory, WorksAt900LevelsWith256Descriptors) {
+    makeFolder(tree_ / "a");
+    test::makeChain(tree_ / "a", "level", 900);
+    test::runInChild([&] {
+        test::limitResource(RLIMIT_NOFILE, 256);
+        copy();
+        fl::filesystem::remove_all(tree_.text("b/level"));
+        copy("a", "b");
+    });
+    std::string leaf;
+    for (int level = 0; level < 600; ++level) {  // about as deep as one call can look
+        leaf += "/level";
+    }
+    EXPECT_TRUE(isThere(tree_ / ("b" + leaf)));
+}
+
+TEST_F(CopyLargeDirectory, WorksAt3000LevelsAndCopiesTheLast) {
+    makeFolder(tree_ / "a");
+    test::makeChain(tree_ / "a", "d", 3000);
+    copy();
+    int folder = ::open((tree_ / "b").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (int level = 0; level < 3000; ++level) {
+        const int inner = ::openat(folder, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::close(folder);
+        folder = inner;
+        ASSERT_GE(folder, 0) << level;
+    }
+    EXPECT_EQ(0, ::faccessat(folder, "leaf", R_OK, 0));
+    ::close(folder);
+}
+
+TEST_F(CopyDirectory, SpendsEightCallsOnASmallFile) {
+    makeFolder(tree_ / "a");
+    constexpr int kFiles = 50;
+    for (int i = 0; i < kFiles; ++i) {
+        makeFile(tree_ / ("a/" + std::to_string(i)), test::someBytes(4096));
+    }
+    ScopedSystemCalls calls;
+    test::countCall<&SystemCalls::openat>(calls);
+    test::countCall<&SystemCalls::fstat>(calls);
+    test::countCall<&SystemCalls::read>(calls);
+    test::countCall<&SystemCalls::write>(calls);
+    test::countCall<&SystemCalls::fstatat>(calls);
+    test::countCall<&SystemCalls::fchmod>(calls);
+    test::countCall<&SystemCalls::ficlone>(calls);
+    test::countCall<&SystemCalls::lseek>(calls);
+    test::countCall<&SystemCalls::fallocate>(calls);
+    test::countCall<&SystemCalls::ftruncate>(calls);
+    copy();
+    constexpr int kForFolders = 30;  // the two folders and the way up from the destination
+    EXPECT_LE(test::callsMade<&SystemCalls::openat>(), 2 * kFiles + kForFolders);
+    EXPECT_LE(test::callsMade<&SystemCalls::fstat>(), kFiles + kForFolders);
+    EXPECT_EQ(2 * kFiles, test::callsMade<&SystemCalls::read>());
+    EXPECT_EQ(kFiles, test::callsMade<&SystemCalls::write>());
+    EXPECT_EQ(0, test::callsMade<&SystemCalls::fstatat>());
+    EXPECT_EQ(1, test::callsMade<&SystemCalls::fchmod>());  // of the folder
+    EXPECT_LE(test::callsMade<&SystemCalls::ficlone>(), 1);
+    EXPECT_EQ(0, test::callsMade<&SystemCalls::lseek>() + test::callsMade<&SystemCalls::fallocate>() +
+                     test::callsMade<&SystemCalls::ftruncate>());
+}
+
+}  // namespace

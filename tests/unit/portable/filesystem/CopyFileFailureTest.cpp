@@ -1,0 +1,214 @@
+#include <pkgcore/platform/filesystem/Exceptions.hpp>
+#include <pkgcore/platform/filesystem/Operations.hpp>
+
+#include "tests/support/DescriptorCount.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
+#include "tests/support/TempTree.hpp"
+#include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/PrivateMounts.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
+#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using fl::filesystem::copy_file;
+using fl::filesystem::copy_option;
+using test::failCall;
+using test::makeFile;
+using test::ScopedSystemCalls;
+using test::snapshot;
+using test::someBytes;
+using test::SystemCalls;
+using test::throwsFor;
+using test::throwsNumberFor;
+
+constexpr std::size_t kSeveralBuffers = 1'000'000;
+
+/// A failed copy changes nothing: with "overwrite" the old destination stays whole, without it none appears.
+class CopyFileFailure : public ::testing::TestWithParam<copy_option> {
+protected:
+    CopyFileFailure() {
+        makeFile(tree_ / "a", someBytes(kSeveralBuffers), 0666);
+        if (GetParam() == copy_option::overwrite_if_exists) {
+            makeFile(tree_ / "b", "old");
+        }
+        before_ = snapshot(tree_.path());
+    }
+    ~CopyFileFailure() override { EXPECT_EQ(before_, snapshot(tree_.path())); }
+
+    void copy() const { copy_file(from_, to_, GetParam()); }
+
+    test::TempTree tree_;
+    const std::u16string from_ = tree_.text("a");
+    const std::u16string to_ = tree_.text("b");
+    test::TreeSnapshot before_;
+    test::NoDescriptorLeft noDescriptorLeft_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Option, CopyFileFailure,
+                         ::testing::Values(copy_option::fail_if_exists, copy_option::overwrite_if_exists),
+                         [](const auto& option) {
+                             return option.param == copy_option::fail_if_exists ? "FailIfExists"
+                                                                                : "OverwriteIfExists";
+                         });
+
+TEST_P(CopyFileFailure, OfReadingNamesTheSource) {
+    ScopedSystemCalls calls;
+    failCall<&SystemCalls::read>(calls, 3, EIO);
+    EXPECT_TRUE(throwsNumberFor(EIO, from_, [&] { copy(); }));
+}
+
+TEST_P(CopyFileFailure, OfWritingNamesTheDestination) {
+    for (const int number : {1, 2, 4}) {
+        ScopedSystemCalls calls;
+        failCall<&SystemCalls::write>(calls, number, ENOSPC);
+        EXPECT_TRUE(throwsNumberFor(ENOSPC, to_, [&] { copy(); })) << number;
+    }
+}
+
+TEST_P(CopyFileFailure, OfClosingTheDestinationIsOfWriting) {
+    static int last = -1;
+    ScopedSystemCalls calls;
+    calls->write = [](int file, const void* bytes, size_t count) {
+        last = file;
+        return fl::filesystem::posix::hostCalls.write(file, bytes, count);
+    };
+    calls->close = [](int file) {
+        const int result = fl::filesystem::posix::hostCalls.close(file);
+        return file == last ? (errno = EIO, -1) : result;
+    };
+    EXPECT_TRUE(throwsNumberFor(EIO, to_, [&] { copy(); }));
+}
+
+TEST_P(CopyFileFailure, OfReservingRoomIsReportedBeforeAnythingIsWritten) {
+    ScopedSystemCalls calls;
+    failCall<&SystemCalls::fallocate>(calls, 1, ENOSPC);
+    test::countCall<&SystemCalls::write>(calls);
+    EXPECT_TRUE(throwsNumberFor(ENOSPC, to_, [&] { copy(); }));
+    EXPECT_EQ(0, test::callsMade<&SystemCalls::write>());
+}
+
+TEST_P(CopyFileFailure, OfSettingThePermissionBits) {
+    test::runInChild([&] {
+        ::umask(077);
+        ScopedSystemCalls calls;
+        failCall<&SystemCalls::fchmod>(calls, 1, EPERM);
+        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(to_, [&] { copy(); }));
+    });
+}
+
+TEST_P(CopyFileFailure, OfLookingAtTheFiles) {
+    for (const int number : {1, 2}) {
+        ScopedSystemCalls calls;
+        failCall<&SystemCalls::fstat>(calls, number, EIO);
+        EXPECT_TRUE(throwsNumberFor(EIO, number == 1 ? from_ : to_, [&] { copy(); }));
+    }
+}
+
+TEST_P(CopyFileFailure, OfShorteningTheCopyOfAFileThatShrank) {
+    static std::string path;
+    path = tree_ / "shrinking";
+    makeFile(path, someBytes(kSeveralBuffers));
+    {
+        ScopedSystemCalls calls;
+        calls->read = [](int file, void* bytes, size_t count) {
+            EXPECT_EQ(0, ::truncate(path.c_str(), 300'000));
+            return fl::filesystem::posix::hostCalls.read(file, bytes, count);
+        };
+        failCall<&SystemCalls::ftruncate>(calls, 1, EIO);
+        EXPECT_TRUE(throwsNumberFor(EIO, to_, [&] { copy_file(tree_.text("shrinking"), to_, GetParam()); }));
+    }
+    ::unlink(path.c_str());
+}
+
+TEST_P(CopyFileFailure, AtTheLimitOfAFilesSize) {
+    test::runInChild([&] {
+        test::limitFileSize(500'000);
+        EXPECT_TRUE(throwsNumberFor(EFBIG, to_, [&] { copy(); }));
+    });
+}
+
+TEST_P(CopyFileFailure, AtTheLimitOfAFilesSizeWhereNothingCanBeReserved) {
+    test::runInChild([&] {
+        test::limitFileSize(500'000);
+        ScopedSystemCalls calls;
+        failCall<&SystemCalls::fallocate>(calls, 1, EOPNOTSUPP);
+        EXPECT_TRUE(throwsNumberFor(EFBIG, to_, [&] { copy(); }));
+    });
+}
+
+TEST_P(CopyFileFailure, WithoutTheRightToRead) {
+    test::runAsOrdinaryUser([&] {
+        const test::TempTree own;
+        makeFile(own / "a", "text", 0200);
+        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(
+            own.text("a"), [&] { copy_file(own.text("a"), own.text("b"), GetParam()); }));
+        EXPECT_FALSE(test::isThere(own / "b"));
+    });
+}
+
+TEST_P(CopyFileFailure, WithoutTheRightToWrite) {
+    test::runAsOrdinaryUser([&] {
+        const test::TempTree own;
+        makeFile(own / "a", "text");
+        test::makeFolder(own / "folder", 0555);
+        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(
+            own.text("folder/b"), [&] { copy_file(own.text("a"), own.text("folder/b"), GetParam()); }));
+    });
+}
+
+TEST(CopyFileOver, LeavesTheOldContentWhenRenamingFails) {
+    const test::TempTree tree;
+    makeFile(tree / "a", "new");
+    makeFile(tree / "b", "old");
+    const test::TreeSnapshot before = snapshot(tree.path());
+    ScopedSystemCalls calls;
+    failCall<&SystemCalls::renameat>(calls, 1, EIO);
+    EXPECT_TRUE(throwsNumberFor(EIO, tree.text("b"), [&] {
+        copy_file(tree.text("a"), tree.text("b"), copy_option::overwrite_if_exists);
+    }));
+    EXPECT_EQ(before, snapshot(tree.path()));
+}
+
+TEST(CopyFileOver, LeavesTheOldContentWithoutARandomName) {
+    const test::TempTree tree;
+    makeFile(tree / "a", "new");
+    makeFile(tree / "b", "old");
+    ScopedSystemCalls calls;
+    failCall<&SystemCalls::getrandom>(calls, 1, EIO);
+    EXPECT_THROW(copy_file(tree.text("a"), tree.text("b"), copy_option::overwrite_if_exists),
+                 fl::filesystem::SystemError);
+    EXPECT_EQ("old", test::contentOf(tree / "b"));
+}
+
+TEST(CopyFileFailureOnAFullDisk, LeavesTheOldContentAndNothingElse) {
+    if (!test::canMount()) {
+        GTEST_SKIP() << "needs the right to mount a small file system";
+    }
+    const test::TempTree tree;
+    makeFile(tree / "a", someBytes(kSeveralBuffers));
+    test::runInChild([&] {
+        test::makeFolder(tree / "small");
+        test::mountSmallDisk(tree / "small", "size=512k");
+        makeFile(tree / "small/b", "old");
+        for (const bool canReserve : {true, false}) {
+            ScopedSystemCalls calls;
+            if (!canReserve) failCall<&SystemCalls::fallocate>(calls, 1, EOPNOTSUPP);
+            EXPECT_TRUE(throwsNumberFor(ENOSPC, tree.text("small/b"), [&] {
+                copy_file(tree.text("a"), tree.text("small/b"), copy_option::overwrite_if_exists);
+            }));
+            EXPECT_TRUE(throwsNumberFor(ENOSPC, tree.text("small/c"), [&] {
+                copy_file(tree.text("a"), tree.text("small/c"), copy_option::fail_if_exists);
+            }));
+        }
+        EXPECT_EQ((test::TreeSnapshot{{"b", "file 0644 'old'"}}), snapshot(tree / "small"));
+    });
+}
+
+}  // namespace

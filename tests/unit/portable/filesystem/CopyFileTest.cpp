@@ -1,0 +1,305 @@
+#include <pkgcore/platform/filesystem/Exceptions.hpp>
+#include <pkgcore/platform/filesystem/Operations.hpp>
+
+#include "tests/support/DescriptorCount.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
+#include "tests/support/TempTree.hpp"
+#include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
+#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+
+using fl::filesystem::copy_file;
+using fl::filesystem::copy_option;
+using test::contentOf;
+using test::failCall;
+using test::makeFile;
+using test::makeFolder;
+using test::makeLink;
+using test::makePipe;
+using test::modeOf;
+using test::ScopedSystemCalls;
+using test::snapshot;
+using test::someBytes;
+using test::SystemCalls;
+using test::TempTree;
+using test::throwsFor;
+
+constexpr copy_option kNew = copy_option::fail_if_exists;
+constexpr copy_option kOver = copy_option::overwrite_if_exists;
+
+/// What holds for both options.
+class CopyFile : public ::testing::TestWithParam<copy_option> {
+protected:
+    void copy(std::string_view from, std::string_view to) const {
+        copy_file(tree_.text(from), tree_.text(to), GetParam());
+    }
+
+    template <typename Failure>
+    ::testing::AssertionResult copyThrows(std::string_view about, std::string_view from,
+                                          std::string_view to) const {
+        return throwsFor<Failure>(tree_.text(about), [&] { copy(from, to); });
+    }
+
+    TempTree tree_;
+    test::NoDescriptorLeft noDescriptorLeft_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Option, CopyFile, ::testing::Values(kNew, kOver), [](const auto& option) {
+    return option.param == kNew ? "FailIfExists" : "OverwriteIfExists";
+});
+
+TEST_P(CopyFile, CarriesTheContentOfAnySize) {
+    for (const std::size_t size :
+         {0U, 1U, 4096U, 16383U, 16384U, 16385U, 262143U, 262144U, 262145U, 1048579U}) {
+        const std::string name = std::to_string(size);
+        makeFile(tree_ / name, someBytes(size));
+        copy(name, name + ".copy");
+        EXPECT_EQ(contentOf(tree_ / name), contentOf(tree_ / (name + ".copy"))) << size;
+    }
+}
+
+TEST_P(CopyFile, CarriesThePermissionBitsWhateverTheMask) {
+    test::runInChild([&] {
+        ::umask(077);
+        makeFile(tree_ / "a", "text");
+        for (const mode_t bits : {0666U, 0444U, 0755U, 0600U, 0U, 0777U}) {
+            test::setMode(tree_ / "a", bits);
+            copy("a", "b");
+            EXPECT_EQ(bits, modeOf(tree_ / "b"));
+            ::unlink((tree_ / "b").c_str());
+        }
+    });
+}
+
+TEST_P(CopyFile, LeavesOutSetUidSetGidAndTheStickyBit) {
+    makeFile(tree_ / "a", "text", 07755);
+    copy("a", "b");
+    EXPECT_EQ(0755U, modeOf(tree_ / "b"));
+}
+
+TEST_P(CopyFile, CopiesAFileThatMayOnlyBeRead) {
+    test::runAsOrdinaryUser([&] {
+        const TempTree own;
+        makeFile(own / "a", "text", 0444);
+        copy_file(own.text("a"), own.text("b"), GetParam());
+        EXPECT_EQ("text", contentOf(own / "b"));
+        EXPECT_EQ(0444U, modeOf(own / "b"));
+    });
+}
+
+TEST_P(CopyFile, IsNeverMoreOpenThanItsSource) {
+    static bool written = false;
+    written = false;
+    test::runInChild([&] {
+        ::umask(0);
+        makeFile(tree_ / "a", "text", 0640);
+        ScopedSystemCalls calls;
+        calls->openat = [](int folder, const char* path, int flags, mode_t mode) {
+            EXPECT_EQ(0U, (flags & O_CREAT) != 0 ? mode & ~0640U : 0U);
+            return fl::filesystem::posix::hostCalls.openat(folder, path, flags, mode);
+        };
+        calls->write = [](int file, const void* bytes, size_t count) {
+            struct stat status {};
+            EXPECT_EQ(0, ::fstat(file, &status));
+            EXPECT_EQ(0640U, status.st_mode & 07777U);
+            written = true;
+            return fl::filesystem::posix::hostCalls.write(file, bytes, count);
+        };
+        copy("a", "b");
+        EXPECT_TRUE(written);
+    });
+}
+
+TEST_P(CopyFile, RefusesWhatIsNoFile) {
+    makeFolder(tree_ / "folder");
+    makePipe(tree_ / "pipe");
+    makeFile(tree_ / "file");
+    makeLink("file", tree_ / "link");
+    EXPECT_TRUE(copyThrows<fl::filesystem::FileIsDirectory>("folder", "folder", "new"));
+    EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("pipe", "pipe", "new"));
+    EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("link", "link", "new"));
+    EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("missing", "missing", "new"));
+    EXPECT_TRUE(throwsFor<fl::filesystem::InvalidOperation>(
+        u"/dev/null", [&] { copy_file(u"/dev/null", tree_.text("new"), GetParam()); }));
+    EXPECT_FALSE(test::isThere(tree_ / "new"));
+}
+
+TEST_P(CopyFile, RefusesASocket) {
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (tree_ / "socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(0, ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    ::close(listener);
+    EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("socket", "socket", "new"));
+}
+
+TEST_P(CopyFile, DoesNotOpenWhatIsNoFile) {
+    makePipe(tree_ / "pipe");
+    ScopedSystemCalls calls;
+    test::countCall<&SystemCalls::openat>(calls);
+    EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("pipe", "pipe", "new"));
+    EXPECT_EQ(0, test::callsMade<&SystemCalls::openat>());
+}
+
+TEST_P(CopyFile, DoesNotWaitForAPipeThatTookTheFilesPlace) {
+    makeFile(tree_ / "a", "text");
+    static std::string path;
+    path = tree_ / "a";
+    ScopedSystemCalls calls;
+    calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
+        if (path == name) {
+            ::unlink(path.c_str());
+            makePipe(path);
+        }
+        return fl::filesystem::posix::hostCalls.openat(folder, name, flags, mode);
+    };
+    EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("a", "a", "new"));
+    EXPECT_FALSE(test::isThere(tree_ / "new"));
+}
+
+TEST_P(CopyFile, RefusesAFileOntoItselfUnderAnyName) {
+    makeFolder(tree_ / "folder");
+    makeFile(tree_ / "folder/a", "text");
+    makeLink("folder", tree_ / "way");
+    ASSERT_EQ(0, ::link((tree_ / "folder/a").c_str(), (tree_ / "hard").c_str()));
+    const test::TreeSnapshot before = snapshot(tree_.path());
+    for (const char* const to : {"folder/a", "folder/../folder//./a", "way/a", "hard"}) {
+        EXPECT_TRUE(copyThrows<fl::filesystem::FileExistsError>(to, "folder/a", to));
+    }
+    EXPECT_EQ(before, snapshot(tree_.path()));
+}
+
+TEST_P(CopyFile, TellsWhichPathIsMissing) {
+    makeFile(tree_ / "a", "text");
+    EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("no/b", "a", "no/b"));
+    EXPECT_TRUE(copyThrows<fl::filesystem::NotDirectoryError>("a/b", "a", "a/b"));
+    EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("no/a", "no/a", "b"));
+    EXPECT_TRUE(
+        throwsFor<fl::filesystem::PathNotFound>(u"", [&] { copy_file(u"", tree_.text("b"), GetParam()); }));
+    EXPECT_TRUE(
+        throwsFor<fl::filesystem::PathNotFound>(u"", [&] { copy_file(tree_.text("a"), u"", GetParam()); }));
+}
+
+TEST_P(CopyFile, TakesNamesOfTheLongestLength) {
+    makeFile(tree_ / "a", "text");
+    const std::string longest(255, 'n');
+    copy("a", longest);
+    EXPECT_EQ("text", contentOf(tree_ / longest));
+    const std::string tooLong(256, 'n');
+    EXPECT_TRUE(copyThrows<fl::filesystem::FileNameTooLarge>(tooLong, "a", tooLong));
+}
+
+TEST_P(CopyFile, TakesNamesThatAreNotUtf8) {
+    makeFile(tree_ / "a\xFF", "text");
+    copy_file(tree_.text(u"a\xDCFF"), tree_.text(u"b\xDC80"), GetParam());
+    EXPECT_EQ("text", contentOf(tree_ / "b\x80"));
+}
+
+TEST_P(CopyFile, TakesRelativePaths) {
+    test::runInChild([&] {
+        ASSERT_EQ(0, ::chdir(tree_.path().c_str()));
+        makeFile("a", "text");
+        copy_file(u"a", u"b", GetParam());
+        EXPECT_EQ("text", contentOf("b"));
+    });
+}
+
+TEST_P(CopyFile, LosesNothingWhenSignalsInterruptEveryCall) {
+    makeFile(tree_ / "a", someBytes(600'000), 0777);
+    test::makeSparseFile(tree_ / "sparse", 600'000, 300'000, "island");
+    test::runInChild([&] {
+        ::umask(077);
+        ScopedSystemCalls calls;
+        test::interruptCalls<&SystemCalls::openat, &SystemCalls::read, &SystemCalls::write,
+                             &SystemCalls::lseek, &SystemCalls::ftruncate, &SystemCalls::fallocate,
+                             &SystemCalls::ficlone, &SystemCalls::fstat, &SystemCalls::fstatat,
+                             &SystemCalls::renameat, &SystemCalls::fchmod, &SystemCalls::getrandom>(calls);
+        copy("a", "b");
+        copy("sparse", "sparse.copy");
+    });
+    EXPECT_EQ(contentOf(tree_ / "a"), contentOf(tree_ / "b"));
+    EXPECT_EQ(0777U, modeOf(tree_ / "b"));
+    EXPECT_EQ(contentOf(tree_ / "sparse"), contentOf(tree_ / "sparse.copy"));
+}
+
+TEST_P(CopyFile, LeavesNoTemporaryNameBehind) {
+    makeFile(tree_ / "a", "text");
+    copy("a", "b");
+    EXPECT_EQ((test::TreeSnapshot{{"a", "file 0644 'text'"}, {"b", "file 0644 'text'"}}),
+              snapshot(tree_.path()));
+}
+
+TEST(CopyFileNew, LeavesWhatIsThere) {
+    const TempTree tree;
+    makeFile(tree / "a", "new");
+    makeFile(tree / "file", "old");
+    makeFolder(tree / "folder");
+    makeLink("nowhere", tree / "link");
+    const test::TreeSnapshot before = snapshot(tree.path());
+    for (const char* const to : {"file", "folder", "link", "link/"}) {
+        EXPECT_TRUE(throwsFor<fl::filesystem::FileExistsError>(
+            tree.text(to), [&] { copy_file(tree.text("a"), tree.text(to), kNew); }));
+    }
+    EXPECT_EQ(before, snapshot(tree.path()));
+}
+
+TEST(CopyFileOver, ReplacesAFileAndALinkItself) {
+    const TempTree tree;
+    makeFile(tree / "a", "new", 0640);
+    makeFile(tree / "file", "old and longer", 0400);
+    makeLink("file", tree / "link");
+    copy_file(tree.text("a"), tree.text("link"), kOver);
+    EXPECT_EQ("old and longer", contentOf(tree / "file"));
+    copy_file(tree.text("a"), tree.text("file"), kOver);
+    EXPECT_EQ((test::TreeSnapshot{
+                  {"a", "file 0640 'new'"}, {"file", "file 0640 'new'"}, {"link", "file 0640 'new'"}}),
+              snapshot(tree.path()));
+}
+
+TEST(CopyFileOver, ReplacesALinkToItsSourceByACopy) {
+    const TempTree tree;
+    makeFile(tree / "a", "text");
+    makeLink("a", tree / "link");
+    copy_file(tree.text("a"), tree.text("link"), kOver);
+    EXPECT_EQ((test::TreeSnapshot{{"a", "file 0644 'text'"}, {"link", "file 0644 'text'"}}),
+              snapshot(tree.path()));
+}
+
+TEST(CopyFileOver, ReplacesNeitherFoldersNorDevices) {
+    const TempTree tree;
+    makeFile(tree / "a", "text");
+    makeFolder(tree / "folder");
+    makePipe(tree / "pipe");
+    const test::TreeSnapshot before = snapshot(tree.path());
+    EXPECT_TRUE(throwsFor<fl::filesystem::FileIsDirectory>(
+        tree.text("folder"), [&] { copy_file(tree.text("a"), tree.text("folder"), kOver); }));
+    EXPECT_TRUE(throwsFor<fl::filesystem::InvalidOperation>(
+        tree.text("pipe"), [&] { copy_file(tree.text("a"), tree.text("pipe"), kOver); }));
+    EXPECT_EQ(before, snapshot(tree.path()));
+}
+
+TEST(CopyFileOver, KeepsReadersOfTheOldContent) {
+    const TempTree tree;
+    makeFile(tree / "a", "new");
+    makeFile(tree / "b", "old");
+    const int reader = ::open((tree / "b").c_str(), O_RDONLY | O_CLOEXEC);
+    copy_file(tree.text("a"), tree.text("b"), kOver);
+    char content[4] = {};
+    EXPECT_EQ(3, ::read(reader, content, sizeof content));
+    EXPECT_STREQ("old", content);
+    ::close(reader);
+}
+
+}  // namespace

@@ -1,0 +1,70 @@
+#include <pkgcore/portable/filesystem/Errors.hpp>
+
+#include <pkgcore/platform/filesystem/Exceptions.hpp>
+#include "tests/unit/portable/filesystem/FailedPath.hpp"
+
+#include <cerrno>
+#include <system_error>
+
+namespace {
+
+using namespace fl::filesystem;
+
+const std::u16string kPath = u"/a/p\u00E4th";
+
+struct Meaning {
+    int error;
+    std::u16string (*pathOf)(int error);
+    const char* text;
+};
+
+template <typename Failure>
+std::u16string pathOf(int error) {
+    return test::failedPath<Failure>([&] { posix::throwError(error, kPath); });
+}
+
+const Meaning kMeanings[] = {
+    {EACCES, pathOf<AccessDenied>, "Access denied"},
+    {EPERM, pathOf<AccessDenied>, "Access denied"},
+    {ENOENT, pathOf<PathNotFound>, "Path not found"},
+    {EEXIST, pathOf<FileExistsError>, "File exists"},
+    {ENAMETOOLONG, pathOf<FileNameTooLarge>, "File name too long"},
+    {ENOTDIR, pathOf<NotDirectoryError>, "Not a directory"},
+    {ENOTEMPTY, pathOf<DirectoryNotEmpty>, "Directory not empty"},
+    {EISDIR, pathOf<FileIsDirectory>, "File is a directory"},
+    {ENOTSUP, pathOf<InvalidOperation>, "Invalid operation"},
+    {EOPNOTSUPP, pathOf<InvalidOperation>, "Invalid operation"},
+    {ENOSYS, pathOf<InvalidOperation>, "Invalid operation"},
+    {EINVAL, pathOf<InvalidArgument>, "Invalid argument"},
+    {ELOOP, pathOf<InvalidArgument>, "Invalid argument"},
+    {EILSEQ, pathOf<FileNameConversionFailure>, "File name cannot be converted"},
+};
+
+std::string textOf(int error) {
+    try {
+        posix::throwError(error, kPath);
+    } catch (const FsysExceptionBase& failure) {
+        return failure.what();
+    }
+}
+
+TEST(Errors, EachNumberIsOneException) {
+    for (const Meaning& meaning : kMeanings) {
+        EXPECT_EQ(kPath, meaning.pathOf(meaning.error)) << meaning.error;
+        EXPECT_EQ(meaning.text, textOf(meaning.error));
+    }
+}
+
+TEST(Errors, AnyOtherKeepsItsNumberAndText) {
+    for (const int error : {EIO, ENOSPC, EDQUOT, EMFILE, EXDEV, EBUSY, EROFS, 4711}) {
+        EXPECT_EQ(error, test::failedNumber([&] { posix::throwError(error, kPath); }));
+        EXPECT_EQ(kPath, pathOf<SystemError>(error));
+        EXPECT_EQ(std::system_category().message(error), textOf(error));
+    }
+}
+
+TEST(Errors, EntryOfAnEndedListingIsAnInvalidOperationWithoutPath) {
+    EXPECT_EQ(u"", test::failedPath<InvalidOperation>(detail::throw_invalid_operation_exception));
+}
+
+}  // namespace

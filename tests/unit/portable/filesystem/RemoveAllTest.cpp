@@ -1,0 +1,334 @@
+#include <pkgcore/platform/filesystem/Exceptions.hpp>
+#include <pkgcore/platform/filesystem/Operations.hpp>
+
+#include "tests/support/DescriptorCount.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
+#include "tests/support/TempTree.hpp"
+#include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
+#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string_view>
+
+namespace {
+
+using fl::filesystem::AccessDenied;
+using fl::filesystem::remove_all;
+using fl::filesystem::posix::hostCalls;
+using test::isThere;
+using test::makeFile;
+using test::makeFolder;
+using test::makeLink;
+using test::makePipe;
+using test::ScopedSystemCalls;
+using test::snapshot;
+using test::SystemCalls;
+using test::TempTree;
+using test::throwsFor;
+
+class RemoveAll : public ::testing::Test {
+protected:
+    explicit RemoveAll(const std::string& parent = "/tmp") : tree_(parent) {}
+
+    TempTree tree_;
+    test::NoDescriptorLeft noDescriptorLeft_;
+};
+
+/// Large trees, in memory: a disk without a journal takes very long to make what was just removed.
+class RemoveLarge : public RemoveAll {
+protected:
+    RemoveLarge() : RemoveAll("/dev/shm") {}
+};
+
+void fillTree(const TempTree& tree, const std::string& top) {
+    makeFolder(tree / top);
+    makeFolder(tree / (top + "/inner"));
+    makeFolder(tree / (top + "/inner/empty"));
+    makeFile(tree / (top + "/inner/file"), "text");
+    makeFile(tree / (top + "/file"), "text", 0);
+    makePipe(tree / (top + "/pipe"));
+    makeLink("nowhere", tree / (top + "/dangling"));
+}
+
+TEST_F(RemoveAll, RemovesAFileALinkAndAPipe) {
+    makeFile(tree_ / "file");
+    makeLink("nowhere", tree_ / "link");
+    makePipe(tree_ / "pipe");
+    for (const char* const name : {"file", "link", "pipe"}) {
+        remove_all(tree_.text(name));
+        EXPECT_FALSE(isThere(tree_ / name)) << name;
+    }
+}
+
+TEST_F(RemoveAll, RemovesAWholeTree) {
+    fillTree(tree_, "top");
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveAll, TakesATrailingSeparator) {
+    fillTree(tree_, "top");
+    remove_all(tree_.text("top//"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveAll, RemovesALinkAndNotWhatItPointsTo) {
+    fillTree(tree_, "canary");
+    const test::TreeSnapshot before = snapshot(tree_.path());
+    for (const char* const path : {"link", "link/", "link//"}) {
+        makeLink("canary", tree_ / "link");
+        remove_all(tree_.text(path));
+        EXPECT_EQ(before, snapshot(tree_.path())) << path;
+    }
+    makeFolder(tree_ / "top");
+    makeLink("../canary", tree_ / "top/link");
+    remove_all(tree_.text("top"));
+    EXPECT_EQ(before, snapshot(tree_.path()));
+}
+
+TEST_F(RemoveAll, OfAMissingPathFails) {
+    makeFile(tree_ / "file");
+    EXPECT_TRUE(throwsFor<fl::filesystem::PathNotFound>(u"", [] { remove_all(u""); }));
+    EXPECT_TRUE(
+        throwsFor<fl::filesystem::PathNotFound>(tree_.text("no"), [&] { remove_all(tree_.text("no")); }));
+    EXPECT_TRUE(throwsFor<fl::filesystem::PathNotFound>(tree_.text("no/no"),
+                                                        [&] { remove_all(tree_.text("no/no")); }));
+    EXPECT_TRUE(throwsFor<fl::filesystem::NotDirectoryError>(tree_.text("file/no"),
+                                                             [&] { remove_all(tree_.text("file/no")); }));
+}
+
+TEST_F(RemoveAll, RefusesDotsBeforeAnythingIsRemoved) {
+    fillTree(tree_, "top");
+    const test::TreeSnapshot before = snapshot(tree_.path());
+    for (const char* const path : {"top/.", "top/..", "top/inner/..", "top/./", "top/..//"}) {
+        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(tree_.text(path),
+                                                               [&] { remove_all(tree_.text(path)); }));
+    }
+    test::runInChild([&] {
+        ASSERT_EQ(0, ::chdir((tree_ / "top/inner").c_str()));
+        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(u".", [] { remove_all(u"."); }));
+        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(u"..", [] { remove_all(u".."); }));
+    });
+    EXPECT_EQ(before, snapshot(tree_.path()));
+}
+
+TEST_F(RemoveAll, RefusesTheRoot) {
+    ScopedSystemCalls calls;  // should the refusal fail, nothing may happen to this machine
+    test::failCall<&SystemCalls::openat>(calls, 1, EROFS);
+    test::failCall<&SystemCalls::unlinkat>(calls, 1, EROFS);
+    for (const char16_t* const root : {u"/", u"//", u"///"}) {
+        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(root, [&] { remove_all(root); }));
+    }
+}
+
+TEST_F(RemoveAll, RemovesNamesOfEveryKind) {
+    makeFolder(tree_ / "top");
+    for (const char* const name : {"...", " ", "-rf", "*", "\n", "\xFF\xFE", "\\", "a:b", ".hidden"}) {
+        makeFile(tree_ / ("top/" + std::string(name)));
+    }
+    makeFile(tree_ / ("top/" + std::string(255, 'n')));
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveLarge, RemovesAFolderOfManyEntries) {
+    makeFolder(tree_ / "top");
+    for (int i = 0; i < 5000; ++i) {
+        makeFile(tree_ / ("top/a rather long name of a file, number " + std::to_string(i)));
+    }
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveAll, WorksWhereListingsTellNoKinds) {
+    fillTree(tree_, "top");
+    ScopedSystemCalls calls;
+    test::hideKinds(calls);
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveLarge, WorksAt900LevelsWith256Descriptors) {
+    makeFolder(tree_ / "top");
+    test::makeChain(tree_ / "top", "level", 900);
+    test::runInChild([&] {
+        test::limitResource(RLIMIT_NOFILE, 256);
+        remove_all(tree_.text("top"));
+    });
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveLarge, WorksAt3000Levels) {
+    makeFolder(tree_ / "top");
+    test::makeChain(tree_ / "top", "level", 3000);
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveAll, LosesNothingWhenSignalsInterruptEveryCall) {
+    fillTree(tree_, "top");
+    test::makeChain(tree_ / "top", "level", 40);
+    ScopedSystemCalls calls;
+    test::interruptCalls<&SystemCalls::openat, &SystemCalls::fstat, &SystemCalls::getdents64,
+                         &SystemCalls::unlinkat>(calls);
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveAll, GoesOnAfterAFailureAndThrowsTheFirst) {
+    fillTree(tree_, "top");
+    makeFile(tree_ / "top/inner/locked");
+    ScopedSystemCalls calls;
+    calls->unlinkat = [](int folder, const char* name, int flags) {
+        return name == std::string_view("locked") ? (errno = EBUSY, -1)
+                                                  : hostCalls.unlinkat(folder, name, flags);
+    };
+    EXPECT_TRUE(
+        test::throwsNumberFor(EBUSY, tree_.text("top/inner/locked"), [&] { remove_all(tree_.text("top")); }));
+    EXPECT_EQ(
+        (test::TreeSnapshot{
+            {"top", "folder 0755"}, {"top/inner", "folder 0755"}, {"top/inner/locked", "file 0644 ''"}}),
+        snapshot(tree_.path()));
+}
+
+TEST_F(RemoveAll, OfAFolderThatCannotBeReadFails) {
+    fillTree(tree_, "top");
+    ScopedSystemCalls calls;
+    test::failCall<&SystemCalls::getdents64>(calls, 1, EIO);
+    EXPECT_TRUE(test::throwsNumberFor(EIO, tree_.text("top"), [&] { remove_all(tree_.text("top")); }));
+    EXPECT_TRUE(isThere(tree_ / "top/inner/file"));
+}
+
+TEST_F(RemoveAll, ReadsAFolderAgainThatFilledUpMeanwhile) {
+    fillTree(tree_, "top");
+    static std::string path;
+    static int additions = 0;
+    path = tree_ / "top/inner";
+    additions = 3;
+    ScopedSystemCalls calls;
+    calls->unlinkat = [](int folder, const char* name, int flags) {
+        if (flags == AT_REMOVEDIR && name == std::string_view("inner") && additions-- > 0) {
+            makeFile(path + "/late");
+        }
+        return hostCalls.unlinkat(folder, name, flags);
+    };
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveAll, GivesUpOnAFolderThatStaysFull) {
+    fillTree(tree_, "top");
+    ScopedSystemCalls calls;
+    calls->unlinkat = [](int folder, const char* name, int flags) {
+        return name == std::string_view("inner") ? (errno = ENOTEMPTY, -1)
+                                                 : hostCalls.unlinkat(folder, name, flags);
+    };
+    EXPECT_TRUE(throwsFor<fl::filesystem::DirectoryNotEmpty>(tree_.text("top/inner"),
+                                                             [&] { remove_all(tree_.text("top")); }));
+    EXPECT_EQ((test::TreeSnapshot{{"top", "folder 0755"}, {"top/inner", "folder 0755"}}),
+              snapshot(tree_.path()));
+}
+
+TEST_F(RemoveAll, RemovesAFileThatTookTheFoldersPlace) {
+    fillTree(tree_, "top");
+    static std::string path;
+    path = tree_ / "top/inner";
+    ScopedSystemCalls calls;
+    calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
+        if (name == std::string_view("inner")) {
+            EXPECT_EQ(0, ::rename(path.c_str(), (path + "-moved").c_str()));
+            makeFile(path);
+        }
+        return hostCalls.openat(folder, name, flags, mode);
+    };
+    remove_all(tree_.text("top"));
+    EXPECT_FALSE(isThere(tree_ / "top"));
+}
+
+TEST_F(RemoveAll, DoesNotFollowAFolderThatWasMovedAway) {
+    makeFolder(tree_ / "top");
+    makeFolder(tree_ / "elsewhere");
+    makeFile(tree_ / "elsewhere/canary");
+    test::makeChain(tree_ / "top", "level", 40);
+    static TempTree* tree = nullptr;
+    tree = &tree_;
+    ScopedSystemCalls calls;
+    calls->unlinkat = [](int folder, const char* name, int flags) {
+        if (name == std::string_view("leaf")) {  // all the way down: move the second folder out of the tree
+            EXPECT_EQ(0, ::rename((*tree / "top/level/level").c_str(), (*tree / "elsewhere/level").c_str()));
+        }
+        return hostCalls.unlinkat(folder, name, flags);
+    };
+    EXPECT_TRUE(
+        test::throwsNumberFor(ESTALE, tree_.text("top/level/level"), [&] { remove_all(tree_.text("top")); }));
+    EXPECT_TRUE(isThere(tree_ / "elsewhere/canary"));
+}
+
+/// As a user whom permissions stop; root passes them all.
+class RemoveAllWithoutRights : public ::testing::Test {};
+
+TEST_F(RemoveAllWithoutRights, SkipsAndReportsFoldersThatCannotBeOpened) {
+    for (const mode_t bits : {0000U, 0300U, 0600U, 0500U}) {
+        test::runAsOrdinaryUser([&] {
+            const TempTree tree;
+            makeFolder(tree / "top");
+            makeFile(tree / "top/a");
+            makeFolder(tree / "top/locked");
+            makeFile(tree / "top/locked/file");
+            makeFile(tree / "top/z");
+            test::setMode(tree / "top/locked", bits);
+            const char* const about = (bits & 0400U) != 0 ? "top/locked/file" : "top/locked";
+            EXPECT_TRUE(throwsFor<AccessDenied>(tree.text(about), [&] { remove_all(tree.text("top")); }));
+            test::setMode(tree / "top/locked", 0700);
+            EXPECT_EQ((test::TreeSnapshot{{"top", "folder 0755"},
+                                          {"top/locked", "folder 0700"},
+                                          {"top/locked/file", "file 0644 ''"}}),
+                      snapshot(tree.path()));
+        });
+    }
+}
+
+TEST_F(RemoveAllWithoutRights, RemovesAnEmptyFolderThatCannotBeOpened) {
+    test::runAsOrdinaryUser([] {
+        const TempTree tree;
+        makeFolder(tree / "top");
+        makeFolder(tree / "top/locked", 0);
+        makeFolder(tree / "alone", 0);
+        remove_all(tree.text("top"));
+        remove_all(tree.text("alone"));
+        EXPECT_EQ(test::TreeSnapshot(), snapshot(tree.path()));
+    });
+}
+
+TEST_F(RemoveAllWithoutRights, EmptiesAFolderThatMustStayItself) {
+    test::runAsOrdinaryUser([] {
+        const TempTree tree;
+        makeFolder(tree / "around");
+        fillTree(tree, "around/top");
+        test::setMode(tree / "around", 0555);
+        EXPECT_TRUE(
+            throwsFor<AccessDenied>(tree.text("around/top"), [&] { remove_all(tree.text("around/top")); }));
+        EXPECT_EQ((test::TreeSnapshot{{"around", "folder 0555"}, {"around/top", "folder 0755"}}),
+                  snapshot(tree.path()));
+    });
+}
+
+TEST_F(RemoveAllWithoutRights, LeavesAFileThatMustStay) {
+    test::runAsOrdinaryUser([] {
+        const TempTree tree;
+        makeFolder(tree / "around");
+        makeFile(tree / "around/file");
+        test::setMode(tree / "around", 0555);
+        EXPECT_TRUE(
+            throwsFor<AccessDenied>(tree.text("around/file"), [&] { remove_all(tree.text("around/file")); }));
+    });
+}
+
+}  // namespace
