@@ -37,6 +37,7 @@ void setTimesAndPermissions(Tour& tour, Step& step) {
     step.checkEqual("getPermissions, unchanged", files.getPermissions(path), kOwnerAndGroup);
     step.count(1);
     step.note("time " + describe(kLongAgo) + ", permissions " + describe(kOwnerAndGroup));
+    step.note("time to the second: " + printable(opc::convertTimeToString(kLongAgo)));
 }
 
 namespace {

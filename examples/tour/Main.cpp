@@ -5,9 +5,8 @@
 // The folder is only read. Everything else happens in a scratch folder, which is removed at the end. The exit
 // status is 0 if every check held, 1 if one did not, and 2 if the tour could not begin.
 //
-// Read on in the order of the steps below: List, Compare, Items, Folders, Words.
+// Read on in the order of the steps below: List, Compare, Bytes, Items, Folders, Words.
 
-#include "ScratchFolder.hpp"
 #include "Tour.hpp"
 
 #include <exception>
@@ -28,6 +27,7 @@ constexpr Chapter kChapters[] = {
     {"list the folder", tour::listFolder},
     {"copy a part of it", tour::copyPart},
     {"read back and compare", tour::compareCopies},
+    {"pass bytes on", tour::passBytesOn},
     {"set times and permissions", tour::setTimesAndPermissions},
     {"make and follow links", tour::makeAndFollowLinks},
     {"copy folders", tour::copyFolders},
@@ -56,17 +56,28 @@ void takeSteps(Tour& tour, Report& report) {
     });
 }
 
+/// What lay in a private folder must not be readable for everybody in the temporary one.
+void makePrivate(opc::FileSystemOps& files, const opc::ustring& folder) {
+    files.setPermissions(folder,
+                         static_cast<opc::Perms::Perms_tag>(opc::Perms::OwnerRead | opc::Perms::OwnerWrite |
+                                                            opc::Perms::OwnerExecute));
+}
+
 /// True if every check held.
 bool visit(const opc::ustring& given) {
     const opc::FileSystemOpsSelector selector;
     opc::FileSystemOps& files = selector.getForPath(given);
     const opc::ustring folder = files.normalizePath(given);
     requireFolder(files, folder);
-    const tour::ScratchFolder scratch(files);
+    // Whatever happens from here on, the folder goes when the guard does. The last step removes it with a
+    // word.
+    const opc::util::TempdirGuard scratch({}, u"pkgcore-tour-");
+    makePrivate(files, scratch.getDirectoryName());
     std::cout << "A tour of " << tour::printable(folder) << ", with a scratch folder at "
-              << tour::printable(scratch.path()) << "\n\n";
+              << tour::printable(scratch.getDirectoryName()) << "\n\n";
     Report report;
-    Tour tour{files, folder, scratch.path(), files.appendPath(scratch.path(), u"copies")};
+    Tour tour{files, folder, scratch.getDirectoryName(),
+              files.appendPath(scratch.getDirectoryName(), u"copies")};
     takeSteps(tour, report);
     return report.conclude();
 }

@@ -28,6 +28,7 @@ struct Tour {
 void listFolder(Tour& tour, Step& step);
 void copyPart(Tour& tour, Step& step);
 void compareCopies(Tour& tour, Step& step);
+void passBytesOn(Tour& tour, Step& step);
 void setTimesAndPermissions(Tour& tour, Step& step);
 void makeAndFollowLinks(Tour& tour, Step& step);
 void copyFolders(Tour& tour, Step& step);

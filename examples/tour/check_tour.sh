@@ -49,6 +49,7 @@ expect_status 0 "$tour" made-up
 expect_line '^  list the folder +6 +- .* ok$'
 expect_line '^  copy a part of it +6 +200012 .* ok$'
 expect_line '^  read back and compare +6 +200012 .* ok$'
+expect_line '^  pass bytes on +1 +200000 .* ok$'
 expect_line '^  copy folders +18 .* ok$'
 expect_line 'thrown: +remove failed: Path not found: .*/no such item$'
 expect_line 'error code: generic:2 \('
@@ -83,5 +84,5 @@ expect_line '^usage: tour FOLDER$'
 # A scratch folder that cannot be made is no reason to write elsewhere.
 chmod 500 temp
 expect_status 2 "${unprivileged[@]}" "$tour" made-up
-expect_line '^tour: createFolder failed: Access denied: '
+expect_line '^tour: Temporary directory could not be created\. Access denied: '
 chmod 700 temp

@@ -1,6 +1,6 @@
 #include <pkgcore/filesystem/FsysExceptionTranslator.hpp>
 
-#include <pkgcore/core/MessageText.hpp>
+#include <pkgcore/core/FailureText.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 
 #include <boost/filesystem/exception.hpp>
@@ -14,20 +14,11 @@ namespace errc = boost::system::errc;
 
 namespace {
 
-std::string describe(const fl::filesystem::FsysExceptionBase& failure) {
-    std::string text = failure.what();
-    if (!failure.get_path_name().empty()) {
-        text += ": ";
-        text += toMessageText(failure.get_path_name());
-    }
-    return text;
-}
-
 /// The code is assigned first, so that a failure to describe leaves the caller with the right code.
 void report(const fl::filesystem::FsysExceptionBase& failure, error_code code, std::string& msg,
             error_code& ec) {
     ec = code;
-    msg = describe(failure);
+    msg = describeFailure(failure);
 }
 
 void report(const fl::filesystem::FsysExceptionBase& failure, errc::errc_t code, std::string& msg,

@@ -5,6 +5,7 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include <pkgcore/platform/filesystem/Temporary.hpp>
+#include <pkgcore/util/TempPlace.hpp>
 
 namespace opc::util {
 
@@ -17,10 +18,10 @@ ustring systemTempDir() {
     return known.empty() ? fsys::get_current_path() : known;
 }
 
-ustring drawFreeName(const ustring& directory, const ustring& prefix, const ustring& extension) {
+ustring drawFreeName(const TempPlace& place) {
     ustring name;
     do {
-        name = fsys::tmpnam(directory, prefix, extension);
+        name = fsys::tmpnam(place.directory, place.prefix, place.extension);
     } while (fsys::exists(name));
     return name;
 }
@@ -36,9 +37,7 @@ ustring getTempDir() {
 }
 
 ustring getTempName(const ustring& directory, const ustring& prefix, const ustring& extension) {
-    return opc::detail::normalizePath(drawFreeName(directory.empty() ? getTempDir() : directory,
-                                                   prefix.empty() ? u"." : prefix,
-                                                   extension.empty() ? u".tmp" : extension));
+    return opc::detail::normalizePath(drawFreeName(withDefaults(directory, prefix, extension)));
 }
 
 }  // namespace opc::util

@@ -16,6 +16,7 @@ pkgcore_build_packages=(
     libgmock-dev
     libgtest-dev
     libicu-dev
+    tzdata
 )
 
 # In addition: sanitizers, fuzzing, the linters.

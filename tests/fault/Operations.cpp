@@ -329,8 +329,8 @@ Operation temporaryFile() {
     operation.run = [](const TempTree& tree) {
         const std::string made = tree / "made";
         std::u16string name;
-        std::string narrowName(made.size() + 100,
-                               '\0');  // no memory of our own is needed once the file is there
+        std::string narrowName;
+        narrowName.reserve(made.size() + 100);  // no memory of our own is needed once the file is there
         std::FILE* const file = fsys::tmpfile(name, text(tree.path()), u".", u".tmp");
         if (file == nullptr) {
             throw ReportedFailure();

@@ -38,6 +38,10 @@ bool mountSmallDisk(const std::string& folder, const std::string& size) {
            ::mount("tmpfs", folder.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
 }
 
+bool makeReadOnly(const std::string& folder) {
+    return ::mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+}
+
 bool canMountSmallDisk() {
     const TempTree place;
     const pid_t child = ::fork();

@@ -37,24 +37,24 @@ enum class copy_option : unsigned {
 /// fail_if_exists: the destination is created exclusively; anything there is FileExistsError; a failed copy
 /// removes what it had created. overwrite_if_exists: the content goes to a temporary sibling that is renamed
 /// over the destination when it is complete, so that a failed copy leaves the old destination whole, and who
-/// has that open keeps reading it; a folder there is FileIsDirectory, a link there is itself replaced, and any
-/// other kind (a pipe, a device) is InvalidOperation. Either way nothing is written before that is known.
+/// has that open keeps reading it; a folder there is FileIsDirectory, a link there is itself replaced, and
+/// any other kind (a pipe, a device) is InvalidOperation. Either way nothing is written before that is known.
 ///
 /// A file onto itself, under whatever name, is FileExistsError. A source that is a folder is FileIsDirectory,
-/// one that is no regular file otherwise, a link included, InvalidOperation (copy_symlink copies links); it is
-/// not opened, and a pipe never blocks. The data is not forced to the disk.
+/// one that is no regular file otherwise, a link included, InvalidOperation (copy_symlink copies links); it
+/// is not opened, and a pipe never blocks. The data is not forced to the disk.
 PKGCORE_PLATFORM_API void copy_file(const std::u16string& from, const std::u16string& to, copy_option option);
 
 /// Copies a whole folder: files as copy_file with fail_if_exists, links as links, byte by byte; folders are
 /// created with the nine permission bits of their source or, where they exist, merged and left with their own
-/// bits. A folder that is being filled is its owner's alone until it is full. `to` may be missing, but not the
-/// folder around it.
+/// bits. A folder that is being filled is its owner's alone until it is full. `to` may be missing, but not
+/// the folder around it.
 ///
 /// Anything but a folder in a folder's place is NotDirectoryError; a link is such a thing, even one to a
 /// folder and even at `from` or `to` itself, so that nothing is written or read elsewhere than said. Links
-/// earlier in both paths are followed. Anything at all in a file's or a link's place is FileExistsError. Kinds
-/// other than files, links and folders are InvalidOperation. A folder into itself or below is InvalidArgument
-/// before anything is written.
+/// earlier in both paths are followed. Anything at all in a file's or a link's place is FileExistsError.
+/// Kinds other than files, links and folders are InvalidOperation. A folder into itself or below is
+/// InvalidArgument before anything is written.
 ///
 /// The first failure ends the copy and names the item at which it happened, on the side concerned. What was
 /// copied stays; the folders that were being filled stay their owner's alone. A folder exchanged for a link
@@ -64,10 +64,10 @@ PKGCORE_PLATFORM_API void copy_directory(const std::u16string& from, const std::
 /// Makes a link at `to` with the text of the link at `from`. FileExistsError if anything is at `to`.
 PKGCORE_PLATFORM_API void copy_symlink(const std::u16string& from, const std::u16string& to);
 
-/// Moves an item, a link itself, replacing what the host's rename replaces: a file or link, or an empty folder
-/// by a folder. A folder that holds something is DirectoryNotEmpty, a file onto a folder FileIsDirectory, a
-/// folder onto something else NotDirectoryError, a folder into itself InvalidArgument. Two names of one item
-/// stay as they are, as POSIX has it. "." or ".." as the last element is InvalidArgument.
+/// Moves an item, a link itself, replacing what the host's rename replaces: a file or link, or an empty
+/// folder by a folder. A folder that holds something is DirectoryNotEmpty, a file onto a folder
+/// FileIsDirectory, a folder onto something else NotDirectoryError, a folder into itself InvalidArgument. Two
+/// names of one item stay as they are, as POSIX has it. "." or ".." as the last element is InvalidArgument.
 ///
 /// Onto another file system the item is copied to a temporary sibling of the destination, with the nine
 /// permission bits and the times, then renamed into place, and then removed at its old place. That works for

@@ -15,9 +15,9 @@
 /// conversion fails for want of memory alone.
 ///
 /// Encoding names are those of the IANA registry, letter case and punctuation aside ("UTF-8", "utf8",
-/// "ISO-8859-15", "Shift_JIS"). An empty name is the platform's default narrow encoding, which is the user's
-/// default encoding too: that of the locale that the environment names. An unknown name makes the constructor
-/// throw CvtUnknownEncoding.
+/// "ISO-8859-15", "Shift_JIS"). An unknown name makes the constructor throw CvtUnknownEncoding. An empty name
+/// is the platform's default narrow encoding, which is the user's default encoding too: that of the locale
+/// that the environment names, and UTF-8 where it names none that is known.
 namespace fl::i18n {
 
 namespace detail {

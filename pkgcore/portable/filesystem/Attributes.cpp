@@ -1,8 +1,8 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
+#include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/FileTimes.hpp>
-#include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/Outcome.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 namespace fl::filesystem {
 
@@ -13,7 +13,7 @@ namespace {
 
 timespec readTime(const Place& place) {
     struct stat status;
-    if (const int error = posix::readStatus({place.directory(), place.path()}, status); error != 0) {
+    if (const int error = posix::readStatus(posix::itemAt(place), status); error != 0) {
         posix::throwError(error, place.text());
     }
     return status.st_mtim;

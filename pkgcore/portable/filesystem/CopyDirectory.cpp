@@ -7,32 +7,28 @@
 namespace fl::filesystem {
 
 using posix::FileDescriptor;
+using posix::itemAt;
 using posix::Place;
 using posix::throwError;
 
 namespace {
 
-/// None, with errno set, where no folder is there.
-FileDescriptor openFolder(const Place& place) {
-    return posix::openAt(place.directory(), place.path(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-}
-
 FileDescriptor openSource(const Place& source) {
-    FileDescriptor folder = openFolder(source);
+    FileDescriptor folder = posix::openFolder(itemAt(source));
     if (!folder.isOpen()) {
-        throwError(posix::folderError(errno), source.text());
+        throwError(errno, source.text());
     }
     return folder;
 }
 
 /// Looks upwards from the destination, or from the folder that will hold it, for the source.
 int refusalOfTarget(const Place& target, const struct stat& source) {
-    const FileDescriptor existing = openFolder(target);
+    const FileDescriptor existing = posix::openFolder(itemAt(target));
     if (existing.isOpen()) {
         return posix::refusalIfWithin(existing.get(), source);
     }
     if (errno != ENOENT) {
-        return posix::folderError(errno);
+        return errno;
     }
     return posix::refusalIfWithin(posix::ParentFolder(target).folder(), source);
 }
@@ -54,7 +50,7 @@ void copy_directory(const std::u16string& from, const std::u16string& to) {
     const Place target(to);
     FileDescriptor folder = openSource(source.orThrow());
     refuseCopyIntoItself(folder.get(), target.orThrow());
-    posix::DestinationFolder destination = posix::openOrCreateFolder({target.directory(), target.path()});
+    posix::DestinationFolder destination = posix::openOrCreateFolder(itemAt(target));
     if (destination.error != 0) {
         throwError(destination.error, to);
     }

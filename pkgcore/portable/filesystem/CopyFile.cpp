@@ -7,12 +7,11 @@ namespace fl::filesystem {
 using posix::atDestination;
 using posix::atSource;
 using posix::Item;
+using posix::itemAt;
 using posix::Outcome;
 using posix::Place;
 
 namespace {
-
-Item itemAt(const Place& place) { return {place.directory(), place.path()}; }
 
 /// Tells what is no file before it is opened, since opening a device can set something off.
 Outcome checkSource(const Place& source, struct stat& status) {

@@ -12,12 +12,6 @@ namespace fl::filesystem::posix {
 
 namespace {
 
-Item itemAt(const Place& place) { return {place.directory(), place.path()}; }
-
-FileDescriptor openFolder(Item item) {
-    return openAt(item.folder, item.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-}
-
 /// False also where that cannot be told; the renaming will.
 bool holdsSomething(Item item) {
     const FileDescriptor folder = openFolder(item);
@@ -99,7 +93,7 @@ private:
 
     void copyFolder(TemporarySibling& sibling) const {
         FileDescriptor folder = openFolder(itemAt(source_));
-        checkSource(folder.isOpen() ? 0 : folderError(errno));
+        checkSource(folder.isOpen() ? 0 : errno);
         checkTarget(refusalIfWithin(sibling.item().folder, status_));
         DestinationFolder destination = openOrCreateFolder(sibling.item());
         if (destination.created) {

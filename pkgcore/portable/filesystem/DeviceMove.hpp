@@ -1,7 +1,6 @@
 #pragma once
 
 #include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/Outcome.hpp>
 
 namespace fl::filesystem::posix {
 

@@ -10,6 +10,9 @@ struct CreationBits {
     mode_t taken = 0;
 };
 
+/// The nine bits that a copy carries; set-uid, set-gid and the sticky bit are never among them.
+inline constexpr mode_t kCopiedBits = 0777;
+
 /// Whether a copy carries the access and modification times of its source.
 enum class Times : unsigned char { kNew, kCarried };
 

@@ -1,6 +1,6 @@
 #include <pkgcore/portable/filesystem/FolderChain.hpp>
 
-#include <pkgcore/portable/filesystem/Outcome.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 #include <utility>
 
@@ -21,7 +21,7 @@ int FolderChain::openParent() noexcept {
     if (parent.folder.isOpen()) {
         return 0;
     }
-    FileDescriptor folder = openAt(innermost(), "..", O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    FileDescriptor folder = openFolder({innermost(), ".."});
     if (!folder.isOpen()) {
         return errno;
     }

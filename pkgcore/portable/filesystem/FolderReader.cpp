@@ -19,7 +19,7 @@ constexpr std::size_t kLengthOffset = offsetof(dirent64, d_reclen);
 constexpr std::size_t kTypeOffset = offsetof(dirent64, d_type);
 constexpr std::size_t kNameOffset = offsetof(dirent64, d_name);
 
-constexpr std::size_t kBlockSize = 32 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{32} * 1024;
 constexpr std::size_t kLongestRecord = sizeof(dirent64);
 
 constexpr int kMaxStreaming = 32;

@@ -1,7 +1,7 @@
 #include <pkgcore/platform/filesystem/Operations.hpp>
 
-#include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/Outcome.hpp>
+#include <pkgcore/portable/filesystem/Errors.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 #include <limits.h>
 

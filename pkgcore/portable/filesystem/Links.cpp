@@ -2,7 +2,6 @@
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include <pkgcore/portable/filesystem/LinkCopy.hpp>
 #include <pkgcore/portable/filesystem/LinkText.hpp>
-#include <pkgcore/portable/filesystem/NativePath.hpp>
 #include <pkgcore/portable/filesystem/PathText.hpp>
 
 namespace fl::filesystem {
@@ -50,9 +49,9 @@ std::u16string read_symlink(const std::u16string& path) {
 void copy_symlink(const std::u16string& from, const std::u16string& to) {
     const Place source(from);
     const Place target(to);
-    const posix::Item link = {source.orThrow().directory(), source.path()};
-    const posix::Item copy = {target.orThrow().directory(), target.path()};
-    posix::throwIfFailed(posix::copyLink(link, copy, posix::Times::kNew), from, to);
+    const posix::Item link = posix::itemAt(source.orThrow());
+    posix::throwIfFailed(posix::copyLink(link, posix::itemAt(target.orThrow()), posix::Times::kNew), from,
+                         to);
 }
 
 }  // namespace fl::filesystem

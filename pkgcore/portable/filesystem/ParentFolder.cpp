@@ -1,5 +1,7 @@
 #include <pkgcore/portable/filesystem/ParentFolder.hpp>
 
+#include <pkgcore/portable/filesystem/Errors.hpp>
+
 #include <string>
 #include <string_view>
 

@@ -27,6 +27,17 @@ char16_t escapeOf(Byte byte) { return static_cast<char16_t>(kFirstEscape + (byte
 
 bool isEscapedByte(char32_t point) { return point >= kFirstEscape && point <= kLastEscape; }
 
+/// Writes the UTF-8 of a scalar value; returns its length.
+std::size_t encodeScalar(char32_t point, char* out) {
+    constexpr unsigned char kLeads[] = {0, 0x00, 0xC0, 0xE0, 0xF0};  // the first byte's mark of each length
+    const std::size_t length = U8_LENGTH(point);
+    for (std::size_t i = length - 1; i > 0; --i, point >>= 6) {
+        out[i] = static_cast<char>(0x80 | (point & 0x3F));
+    }
+    out[0] = static_cast<char>(kLeads[length] | point);
+    return length;
+}
+
 /// Writes one scalar value, or the byte that an escape stands for; false for anything else.
 bool encodeOne(char32_t point, char* out, std::size_t& size) {
     if (isEscapedByte(point)) {
@@ -36,8 +47,7 @@ bool encodeOne(char32_t point, char* out, std::size_t& size) {
     if (point > 0x10FFFF || U_IS_SURROGATE(point)) {
         return false;
     }
-    auto* const bytes = reinterpret_cast<Byte*>(out);
-    U8_APPEND_UNSAFE(bytes, size, point);
+    size += encodeScalar(point, out + size);
     return true;
 }
 
@@ -52,6 +62,23 @@ bool holdsNul(const char* bytes, std::size_t size) {
         if (((word - kLowBits) & ~word & kHighBits) != 0) return true;
     }
     return std::find(bytes, bytes + size, '\0') != bytes + size;
+}
+
+/// Narrows the ASCII at the beginning, in whole blocks that the compiler turns into vectors, and returns how
+/// much.
+std::size_t narrowAsciiBlocks(std::wstring_view text, char* out) {
+    constexpr std::size_t kBlock = 8;
+    std::size_t at = 0;
+    for (; at + kBlock <= text.size(); at += kBlock) {
+        char32_t block[kBlock];
+        std::memcpy(block, text.data() + at, sizeof block);
+        char32_t bits = 0;
+        for (const char32_t character : block) bits |= character;
+        if (bits >= 0x80) break;
+        std::transform(block, block + kBlock, out + at,
+                       [](char32_t ascii) { return static_cast<char>(ascii); });
+    }
+    return at;
 }
 
 /// Decodes the sequence at `at` and moves past it; each byte of a malformed one is escaped by itself.
@@ -87,15 +114,14 @@ std::size_t encodeText(std::u16string_view text, char* out) noexcept {
 static_assert(sizeof(wchar_t) == 4, "wide characters are UTF-32 on every POSIX host");
 
 std::size_t encodeText(std::wstring_view text, char* out) noexcept {
-    std::size_t size = 0;
-    for (const wchar_t character : text) {
-        if (character > 0 && character < 0x80) {
-            out[size++] = static_cast<char>(character);
-        } else if (character == 0 || !encodeOne(static_cast<char32_t>(character), out, size)) {
+    std::size_t at = narrowAsciiBlocks(text, out);
+    std::size_t size = at;
+    for (; at < text.size(); ++at) {
+        if (!encodeOne(static_cast<char32_t>(text[at]), out, size)) {
             return kInvalidText;
         }
     }
-    return size;
+    return holdsNul(out, size) ? kInvalidText : size;
 }
 
 std::size_t decodeText(std::string_view bytes, char16_t* out) noexcept {

@@ -1,7 +1,7 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
-#include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/Outcome.hpp>
+#include <pkgcore/portable/filesystem/Errors.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 namespace fl::filesystem {
 
@@ -27,7 +27,7 @@ void remove(const std::u16string& path) {
     if (place.orThrow().endsInDots()) {
         throw InvalidArgument(path);
     }
-    const posix::Item item = {place.directory(), place.path()};
+    const posix::Item item = posix::itemAt(place);
     int error = posix::unlinkItem(item, 0);
     if (error == EISDIR || error == EPERM) {
         error = removeFolder(item, error);

@@ -1,6 +1,5 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
-#include <pkgcore/portable/filesystem/NativePath.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
 
 #include <string_view>
@@ -21,7 +20,7 @@ void remove_all(const std::u16string& path) {
     if (place.orThrow().endsInDots() || isRoot(place)) {
         throw InvalidArgument(path);
     }
-    posix::removeTree({place.directory(), place.path()}, path);
+    posix::removeTree(posix::itemAt(place), path);
 }
 
 }  // namespace fl::filesystem

@@ -1,6 +1,8 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include <pkgcore/portable/filesystem/DeviceMove.hpp>
+#include <pkgcore/portable/filesystem/Errors.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 namespace fl::filesystem {
 
@@ -35,7 +37,7 @@ bool concernsDestination(int error) {
 /// The system gives one number for two paths; a look at the source tells mostly which one is meant.
 [[noreturn]] void throwRenameError(int error, const Place& source, const Place& target) {
     struct stat status;
-    const bool found = posix::readStatus({source.directory(), source.path()}, status) == 0;
+    const bool found = posix::readStatus(posix::itemAt(source), status) == 0;
     posix::throwError(error, found && concernsDestination(error) ? target.text() : source.text());
 }
 

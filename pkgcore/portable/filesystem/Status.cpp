@@ -1,9 +1,9 @@
 #include <pkgcore/platform/filesystem/Operations.hpp>
 
+#include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/FileTimes.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 #include <pkgcore/portable/filesystem/ItemKind.hpp>
-#include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/Outcome.hpp>
 
 namespace fl::filesystem {
 
@@ -16,8 +16,7 @@ bool findItem(const std::u16string& path, struct stat& status) {
         return false;
     }
     const posix::Place place(path);
-    const int error =
-        place.error() != 0 ? place.error() : posix::readStatus({place.directory(), place.path()}, status);
+    const int error = place.error() != 0 ? place.error() : posix::readStatus(posix::itemAt(place), status);
     if (error != 0 && error != ENOENT && error != ENOTDIR) {
         posix::throwError(error, path);
     }

@@ -13,7 +13,6 @@ namespace fl::filesystem::posix {
 namespace {
 
 constexpr mode_t kWhileFilled = 0700;
-constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW;
 
 class TreeCopy {
 public:
@@ -97,8 +96,8 @@ private:
     // That the destination is not below the source was made sure of before; a folder moved, or mounted twice,
     // can make it so all the same, and the copy would never end.
     FileDescriptor openSource(struct stat& status) const {
-        FileDescriptor folder = openAt(from().folder, from().name, kOpenFolder);
-        checkEntry(atSource(folder.isOpen() ? readStatus(folder.get(), status) : folderError(errno)));
+        FileDescriptor folder = openFolder(from());
+        checkEntry(atSource(folder.isOpen() ? readStatus(folder.get(), status) : errno));
         checkEntry(atSource(isSameItem(status, destinationRoot_) ? EINVAL : 0));
         return folder;
     }
@@ -152,8 +151,8 @@ DestinationFolder openOrCreateFolder(Item item) noexcept {
     if (error != 0 && error != EEXIST) {
         return {error, false, {}};
     }
-    FileDescriptor folder = openAt(item.folder, item.name, kOpenFolder);
-    const int openError = folder.isOpen() ? 0 : folderError(errno);
+    FileDescriptor folder = openFolder(item);
+    const int openError = folder.isOpen() ? 0 : errno;
     return {openError, error == 0, std::move(folder)};
 }
 

@@ -22,9 +22,6 @@ struct DestinationFolder {
 /// Opens a folder, following no link, or creates it, for its owner alone while it is being filled.
 DestinationFolder openOrCreateFolder(Item item) noexcept;
 
-/// The error number for a folder that was not opened with O_NOFOLLOW: a link in its place is no folder.
-inline int folderError(int openError) noexcept { return openError == ELOOP ? ENOTDIR : openError; }
-
 /// 0 where `folder` is neither the folder whose status is `item` nor anywhere below it; EINVAL if it is;
 /// another error number where that could not be found out.
 int refusalIfWithin(int folder, const struct stat& item) noexcept;

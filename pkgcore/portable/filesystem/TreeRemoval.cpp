@@ -1,5 +1,6 @@
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
 
+#include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/TreeWalk.hpp>
 
 #include <dirent.h>
@@ -21,18 +22,12 @@ struct Attempt {
     FileDescriptor folder;
 };
 
-FileDescriptor openFolder(Item item) {
-    return openAt(item.folder, item.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-}
-
 /// Whether unlinking may have failed because the item is a folder. Linux says EISDIR, POSIX EPERM, and a
 /// folder that may not be changed around it comes first with EACCES; what is in such an item can be removed
 /// all the same.
 bool mayBeFolder(int unlinkError) {
     return unlinkError == EISDIR || unlinkError == EPERM || unlinkError == EACCES;
 }
-
-bool isNoFolder(int openError) { return openError == ENOTDIR || openError == ELOOP; }
 
 /// An empty folder can be removed even if it cannot be opened.
 int removeUnopened(Item item, int openError) {
@@ -51,7 +46,7 @@ Attempt removeOrOpen(Item item, bool looksLikeFolder) {
         if (folder.isOpen()) {
             return {0, std::move(folder)};
         }
-        if (!isNoFolder(errno)) {
+        if (errno != ENOTDIR) {
             return {removeUnopened(item, errno), {}};
         }
         error = unlinkItem(item, 0);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <pkgcore/portable/filesystem/Outcome.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 #include <string>
 

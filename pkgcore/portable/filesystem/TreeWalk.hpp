@@ -2,7 +2,7 @@
 
 #include <pkgcore/portable/filesystem/FolderChain.hpp>
 #include <pkgcore/portable/filesystem/FolderReader.hpp>
-#include <pkgcore/portable/filesystem/Outcome.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 #include <string>
 #include <vector>

@@ -170,8 +170,8 @@ private:
 }  // namespace
 
 std::unique_ptr<converter_state> converter_state::open(const std::string& encodingName, bool lenient) {
-    // ICU would read the name up to the NUL, and an empty one as a name of its own choice.
-    if (encodingName.empty() || encodingName.find('\0') != std::string::npos) return nullptr;
+    // ICU would read the name up to the NUL.
+    if (encodingName.find('\0') != std::string::npos) return nullptr;
     UErrorCode error = U_ZERO_ERROR;
     portable::ConverterOwner converter(ucnv_open(encodingName.c_str(), &error));
     if (error == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();

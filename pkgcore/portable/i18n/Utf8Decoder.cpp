@@ -57,8 +57,9 @@ private:
     std::size_t wholeCharacters(std::size_t length) const noexcept {
         if (length == remaining()) return length;
         const std::uint8_t* const piece = bytes() + position_;
-        U8_TRUNCATE_IF_INCOMPLETE(piece, 0, length);
-        return length;
+        auto whole = static_cast<std::int32_t>(length);  // signed: the macro steps back before it compares
+        U8_TRUNCATE_IF_INCOMPLETE(piece, 0, whole);
+        return static_cast<std::size_t>(whole);
     }
 
     [[noreturn]] void throwFirstMalformed() const {

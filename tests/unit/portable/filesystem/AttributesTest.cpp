@@ -137,49 +137,49 @@ const Instant kInstants[] = {
 // The disk and the memory: their file systems keep different spans of time, and each says itself which.
 class LastWriteTime : public testing::TestWithParam<const char*> {
 protected:
-    LastWriteTime() : tree_(GetParam()) { test::makeFile(tree_ / "file"); }
+    LastWriteTime() : tree(GetParam()) { test::makeFile(tree / "file"); }
 
-    TempTree tree_;
+    TempTree tree;
 };
 
 TEST_P(LastWriteTime, IsKeptToTheMicrosecondOrRefused) {
     for (const Instant& instant : kInstants) {
-        const bool kept = isKept(tree_ / "file", instant.time);
-        test::setModifiedTime(tree_ / "file", {1'000'000, 7});
+        const bool kept = isKept(tree / "file", instant.time);
+        test::setModifiedTime(tree / "file", {1'000'000, 7});
         const ptime time = from_iso_extended_string(instant.text);
         if (kept) {
-            last_write_time(tree_.text("file"), time);
-            EXPECT_EQ(time, symlink_status(tree_.text("file")).lastWriteTime) << instant.text;
+            last_write_time(tree.text("file"), time);
+            EXPECT_EQ(time, symlink_status(tree.text("file")).lastWriteTime) << instant.text;
         } else {
-            EXPECT_THROW(last_write_time(tree_.text("file"), time), InvalidArgument) << instant.text;
-            EXPECT_EQ(1'000'000, test::statusOf(tree_ / "file").st_mtim.tv_sec) << instant.text;
-            EXPECT_EQ(7, test::statusOf(tree_ / "file").st_mtim.tv_nsec) << instant.text;
+            EXPECT_THROW(last_write_time(tree.text("file"), time), InvalidArgument) << instant.text;
+            EXPECT_EQ(1'000'000, test::statusOf(tree / "file").st_mtim.tv_sec) << instant.text;
+            EXPECT_EQ(7, test::statusOf(tree / "file").st_mtim.tv_nsec) << instant.text;
         }
     }
 }
 
 TEST_P(LastWriteTime, LeavesTheAccessTimeAlone) {
     const timespec both[2] = {{5'000, 6}, {7'000, 8}};
-    ASSERT_EQ(0, ::utimensat(AT_FDCWD, (tree_ / "file").c_str(), both, 0));
-    last_write_time(tree_.text("file"), from_iso_extended_string("2001-02-03T04:05:06"));
-    EXPECT_EQ(5'000, test::statusOf(tree_ / "file").st_atim.tv_sec);
-    EXPECT_EQ(6, test::statusOf(tree_ / "file").st_atim.tv_nsec);
+    ASSERT_EQ(0, ::utimensat(AT_FDCWD, (tree / "file").c_str(), both, 0));
+    last_write_time(tree.text("file"), from_iso_extended_string("2001-02-03T04:05:06"));
+    EXPECT_EQ(5'000, test::statusOf(tree / "file").st_atim.tv_sec);
+    EXPECT_EQ(6, test::statusOf(tree / "file").st_atim.tv_nsec);
 }
 
 TEST_P(LastWriteTime, IsThatOfTheLinkItself) {
-    test::makeLink("file", tree_ / "link");
-    test::setModifiedTime(tree_ / "file", {1'000'000, 0});
+    test::makeLink("file", tree / "link");
+    test::setModifiedTime(tree / "file", {1'000'000, 0});
     const ptime time = from_iso_extended_string("2001-02-03T04:05:06.000007");
-    last_write_time(tree_.text("link/"), time);
-    EXPECT_EQ(time, symlink_status(tree_.text("link")).lastWriteTime);
-    EXPECT_EQ(1'000'000, test::statusOf(tree_ / "file").st_mtim.tv_sec);
+    last_write_time(tree.text("link/"), time);
+    EXPECT_EQ(time, symlink_status(tree.text("link")).lastWriteTime);
+    EXPECT_EQ(1'000'000, test::statusOf(tree / "file").st_mtim.tv_sec);
 }
 
 TEST_P(LastWriteTime, OfAFolderCanBeSet) {
     const ptime time = from_iso_extended_string("2001-02-03T04:05:06.000007");
-    test::makeFolder(tree_ / "folder");
-    last_write_time(tree_.text("folder"), time);
-    EXPECT_EQ(time, symlink_status(tree_.text("folder")).lastWriteTime);
+    test::makeFolder(tree / "folder");
+    last_write_time(tree.text("folder"), time);
+    EXPECT_EQ(time, symlink_status(tree.text("folder")).lastWriteTime);
 }
 
 INSTANTIATE_TEST_SUITE_P(On, LastWriteTime, testing::Values("/tmp", "/dev/shm"),
@@ -203,10 +203,10 @@ TEST(LastWriteTimeOfNothing, MissingItemIsNotFound) {
 /// A file system that keeps a time of its own in place of the one that was asked for.
 class OtherTimeKept {
 public:
-    OtherTimeKept(timespec asked, timespec kept) : asked_(posix::toPtime(asked)) {
-        kept_ = kept;
+    OtherTimeKept(timespec asked, timespec inItsPlace) : asked_(posix::toPtime(asked)) {
+        kept = inItsPlace;
         calls_->utimensat = [](int directory, const char* path, const timespec times[2], int flags) {
-            const timespec written[2] = {times[0], times[1].tv_sec == kBefore.tv_sec ? kBefore : kept_};
+            const timespec written[2] = {times[0], times[1].tv_sec == kBefore.tv_sec ? kBefore : kept};
             return hostCalls.utimensat(directory, path, written, flags);
         };
         test::makeFile(tree_ / "file");
@@ -219,13 +219,13 @@ public:
     static constexpr timespec kBefore = {4'711, 42};
 
 private:
-    static timespec kept_;
+    static timespec kept;
     ptime asked_;
     ScopedSystemCalls calls_;
     TempTree tree_;
 };
 
-timespec OtherTimeKept::kept_;
+timespec OtherTimeKept::kept;
 
 struct AskedAndKept {
     timespec asked;

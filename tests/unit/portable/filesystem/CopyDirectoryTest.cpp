@@ -6,9 +6,9 @@
 #include "tests/support/RunInChild.hpp"
 #include "tests/support/TempTree.hpp"
 #include "tests/support/TreeSnapshot.hpp"
-#include "tests/unit/portable/filesystem/PrivateMounts.hpp"
+#include "tests/unit/portable/filesystem/FailedNumber.hpp"
+#include "tests/unit/portable/filesystem/MirrorMount.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
-#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +25,7 @@ using fl::filesystem::InvalidOperation;
 using fl::filesystem::NotDirectoryError;
 using fl::filesystem::PathNotFound;
 using fl::filesystem::posix::hostCalls;
+using test::failedPath;
 using test::isThere;
 using test::makeFile;
 using test::makeFolder;
@@ -33,7 +34,6 @@ using test::ScopedSystemCalls;
 using test::snapshot;
 using test::SystemCalls;
 using test::TempTree;
-using test::throwsFor;
 
 class CopyDirectory : public ::testing::Test {
 protected:
@@ -44,9 +44,8 @@ protected:
     }
 
     template <typename Failure>
-    ::testing::AssertionResult copyThrows(std::string_view about, std::string_view from = "a",
-                                          std::string_view to = "b") const {
-        return throwsFor<Failure>(tree_.text(about), [&] { copy(from, to); });
+    bool copyThrows(std::string_view about, std::string_view from = "a", std::string_view to = "b") const {
+        return tree_.text(about) == failedPath<Failure>([&] { copy(from, to); });
     }
 
     void fill(const std::string& top) const {
@@ -71,7 +70,7 @@ protected:
 /// Large trees, in memory: a disk without a journal takes very long to make what was just removed.
 class CopyLargeDirectory : public CopyDirectory {
 protected:
-    CopyLargeDirectory() : CopyDirectory("/dev/shm") {}
+    CopyLargeDirectory() : CopyDirectory(test::fastFolder()) {}
 };
 
 TEST_F(CopyDirectory, CopiesAWholeTree) {
@@ -253,8 +252,8 @@ TEST_F(CopyDirectory, TellsWhichPathIsWrong) {
     EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file", "a/file", "b"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file", "a", "a/file"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file/b", "a", "a/file/b"));
-    EXPECT_TRUE(throwsFor<PathNotFound>(u"", [&] { copy_directory(u"", tree_.text("b")); }));
-    EXPECT_TRUE(throwsFor<PathNotFound>(u"", [&] { copy_directory(tree_.text("a"), u""); }));
+    EXPECT_EQ(std::u16string(), failedPath<PathNotFound>([&] { copy_directory(u"", tree_.text("b")); }));
+    EXPECT_EQ(std::u16string(), failedPath<PathNotFound>([&] { copy_directory(tree_.text("a"), u""); }));
     EXPECT_FALSE(isThere(tree_ / "b"));
 }
 
@@ -283,14 +282,14 @@ TEST_F(CopyDirectory, CopiesAFolderIntoTheOneAroundIt) {
 }
 
 TEST_F(CopyDirectory, StopsAtItsOwnDestinationInATreeThatIsMountedTwice) {
-    if (!test::canMount()) {
+    if (!test::canMountMirror()) {
         GTEST_SKIP() << "needs the right to mount";
     }
     makeFolder(tree_ / "a");
     makeFolder(tree_ / "a/inner");
     makeFolder(tree_ / "mirror");
     test::runInChild([&] {
-        test::mountMirror(tree_ / "a/inner", tree_ / "mirror");
+        ASSERT_TRUE(test::mountMirror(tree_ / "a/inner", tree_ / "mirror"));
         EXPECT_TRUE(copyThrows<InvalidArgument>("a/inner/new", "a", "mirror/new"));
     });
     EXPECT_FALSE(isThere(tree_ / "a/inner/new/inner/new"));
@@ -367,8 +366,8 @@ TEST_F(CopyDirectory, NamesAFileThatCannotBeRead) {
         makeFolder(own / "a/\xC3\xA4");
         makeFile(own / "a/\xC3\xA4/secret", "text", 0);
         const test::NoDescriptorLeft noDescriptorLeft;
-        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(
-            own.text(u"a/\u00E4/secret"), [&] { copy_directory(own.text("a"), own.text("b")); }));
+        EXPECT_EQ(own.text(u"a/\u00E4/secret"), failedPath<fl::filesystem::AccessDenied>(
+                                                    [&] { copy_directory(own.text("a"), own.text("b")); }));
     });
 }
 
@@ -376,7 +375,7 @@ TEST_F(CopyDirectory, OfAFolderThatCannotBeReadFails) {
     fill("a");
     ScopedSystemCalls calls;
     test::failCall<&SystemCalls::getdents64>(calls, 1, EIO);
-    EXPECT_TRUE(test::throwsNumberFor(EIO, tree_.text("a"), [&] { copy(); }));
+    EXPECT_TRUE(test::failsWith(EIO, tree_.text("a"), [&] { copy(); }));
 }
 
 TEST_F(CopyLargeDirectory, WorksAt900LevelsWith256Descriptors) {

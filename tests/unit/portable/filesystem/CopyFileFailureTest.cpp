@@ -4,11 +4,11 @@
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/RunInChild.hpp"
+#include "tests/support/SmallDisk.hpp"
 #include "tests/support/TempTree.hpp"
 #include "tests/support/TreeSnapshot.hpp"
-#include "tests/unit/portable/filesystem/PrivateMounts.hpp"
+#include "tests/unit/portable/filesystem/FailedNumber.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
-#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
 
 #include <gtest/gtest.h>
 
@@ -20,13 +20,13 @@ namespace {
 using fl::filesystem::copy_file;
 using fl::filesystem::copy_option;
 using test::failCall;
+using test::failedPath;
+using test::failsWith;
 using test::makeFile;
 using test::ScopedSystemCalls;
 using test::snapshot;
 using test::someBytes;
 using test::SystemCalls;
-using test::throwsFor;
-using test::throwsNumberFor;
 
 constexpr std::size_t kSeveralBuffers = 1'000'000;
 
@@ -61,14 +61,14 @@ INSTANTIATE_TEST_SUITE_P(Option, CopyFileFailure,
 TEST_P(CopyFileFailure, OfReadingNamesTheSource) {
     ScopedSystemCalls calls;
     failCall<&SystemCalls::read>(calls, 3, EIO);
-    EXPECT_TRUE(throwsNumberFor(EIO, from_, [&] { copy(); }));
+    EXPECT_TRUE(failsWith(EIO, from_, [&] { copy(); }));
 }
 
 TEST_P(CopyFileFailure, OfWritingNamesTheDestination) {
     for (const int number : {1, 2, 4}) {
         ScopedSystemCalls calls;
         failCall<&SystemCalls::write>(calls, number, ENOSPC);
-        EXPECT_TRUE(throwsNumberFor(ENOSPC, to_, [&] { copy(); })) << number;
+        EXPECT_TRUE(failsWith(ENOSPC, to_, [&] { copy(); })) << number;
     }
 }
 
@@ -83,14 +83,14 @@ TEST_P(CopyFileFailure, OfClosingTheDestinationIsOfWriting) {
         const int result = fl::filesystem::posix::hostCalls.close(file);
         return file == last ? (errno = EIO, -1) : result;
     };
-    EXPECT_TRUE(throwsNumberFor(EIO, to_, [&] { copy(); }));
+    EXPECT_TRUE(failsWith(EIO, to_, [&] { copy(); }));
 }
 
 TEST_P(CopyFileFailure, OfReservingRoomIsReportedBeforeAnythingIsWritten) {
     ScopedSystemCalls calls;
     failCall<&SystemCalls::fallocate>(calls, 1, ENOSPC);
     test::countCall<&SystemCalls::write>(calls);
-    EXPECT_TRUE(throwsNumberFor(ENOSPC, to_, [&] { copy(); }));
+    EXPECT_TRUE(failsWith(ENOSPC, to_, [&] { copy(); }));
     EXPECT_EQ(0, test::callsMade<&SystemCalls::write>());
 }
 
@@ -99,7 +99,7 @@ TEST_P(CopyFileFailure, OfSettingThePermissionBits) {
         ::umask(077);
         ScopedSystemCalls calls;
         failCall<&SystemCalls::fchmod>(calls, 1, EPERM);
-        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(to_, [&] { copy(); }));
+        EXPECT_EQ(to_, failedPath<fl::filesystem::AccessDenied>([&] { copy(); }));
     });
 }
 
@@ -107,7 +107,7 @@ TEST_P(CopyFileFailure, OfLookingAtTheFiles) {
     for (const int number : {1, 2}) {
         ScopedSystemCalls calls;
         failCall<&SystemCalls::fstat>(calls, number, EIO);
-        EXPECT_TRUE(throwsNumberFor(EIO, number == 1 ? from_ : to_, [&] { copy(); }));
+        EXPECT_TRUE(failsWith(EIO, number == 1 ? from_ : to_, [&] { copy(); }));
     }
 }
 
@@ -122,7 +122,7 @@ TEST_P(CopyFileFailure, OfShorteningTheCopyOfAFileThatShrank) {
             return fl::filesystem::posix::hostCalls.read(file, bytes, count);
         };
         failCall<&SystemCalls::ftruncate>(calls, 1, EIO);
-        EXPECT_TRUE(throwsNumberFor(EIO, to_, [&] { copy_file(tree_.text("shrinking"), to_, GetParam()); }));
+        EXPECT_TRUE(failsWith(EIO, to_, [&] { copy_file(tree_.text("shrinking"), to_, GetParam()); }));
     }
     ::unlink(path.c_str());
 }
@@ -130,7 +130,7 @@ TEST_P(CopyFileFailure, OfShorteningTheCopyOfAFileThatShrank) {
 TEST_P(CopyFileFailure, AtTheLimitOfAFilesSize) {
     test::runInChild([&] {
         test::limitFileSize(500'000);
-        EXPECT_TRUE(throwsNumberFor(EFBIG, to_, [&] { copy(); }));
+        EXPECT_TRUE(failsWith(EFBIG, to_, [&] { copy(); }));
     });
 }
 
@@ -139,7 +139,7 @@ TEST_P(CopyFileFailure, AtTheLimitOfAFilesSizeWhereNothingCanBeReserved) {
         test::limitFileSize(500'000);
         ScopedSystemCalls calls;
         failCall<&SystemCalls::fallocate>(calls, 1, EOPNOTSUPP);
-        EXPECT_TRUE(throwsNumberFor(EFBIG, to_, [&] { copy(); }));
+        EXPECT_TRUE(failsWith(EFBIG, to_, [&] { copy(); }));
     });
 }
 
@@ -147,8 +147,8 @@ TEST_P(CopyFileFailure, WithoutTheRightToRead) {
     test::runAsOrdinaryUser([&] {
         const test::TempTree own;
         makeFile(own / "a", "text", 0200);
-        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(
-            own.text("a"), [&] { copy_file(own.text("a"), own.text("b"), GetParam()); }));
+        EXPECT_EQ(own.text("a"), failedPath<fl::filesystem::AccessDenied>(
+                                     [&] { copy_file(own.text("a"), own.text("b"), GetParam()); }));
         EXPECT_FALSE(test::isThere(own / "b"));
     });
 }
@@ -158,8 +158,9 @@ TEST_P(CopyFileFailure, WithoutTheRightToWrite) {
         const test::TempTree own;
         makeFile(own / "a", "text");
         test::makeFolder(own / "folder", 0555);
-        EXPECT_TRUE(throwsFor<fl::filesystem::AccessDenied>(
-            own.text("folder/b"), [&] { copy_file(own.text("a"), own.text("folder/b"), GetParam()); }));
+        EXPECT_EQ(own.text("folder/b"), failedPath<fl::filesystem::AccessDenied>([&] {
+                      copy_file(own.text("a"), own.text("folder/b"), GetParam());
+                  }));
     });
 }
 
@@ -170,7 +171,7 @@ TEST(CopyFileOver, LeavesTheOldContentWhenRenamingFails) {
     const test::TreeSnapshot before = snapshot(tree.path());
     ScopedSystemCalls calls;
     failCall<&SystemCalls::renameat>(calls, 1, EIO);
-    EXPECT_TRUE(throwsNumberFor(EIO, tree.text("b"), [&] {
+    EXPECT_TRUE(failsWith(EIO, tree.text("b"), [&] {
         copy_file(tree.text("a"), tree.text("b"), copy_option::overwrite_if_exists);
     }));
     EXPECT_EQ(before, snapshot(tree.path()));
@@ -188,22 +189,22 @@ TEST(CopyFileOver, LeavesTheOldContentWithoutARandomName) {
 }
 
 TEST(CopyFileFailureOnAFullDisk, LeavesTheOldContentAndNothingElse) {
-    if (!test::canMount()) {
+    if (!test::canMountSmallDisk()) {
         GTEST_SKIP() << "needs the right to mount a small file system";
     }
     const test::TempTree tree;
     makeFile(tree / "a", someBytes(kSeveralBuffers));
     test::runInChild([&] {
         test::makeFolder(tree / "small");
-        test::mountSmallDisk(tree / "small", "size=512k");
+        ASSERT_TRUE(test::mountSmallDisk(tree / "small", "512k"));
         makeFile(tree / "small/b", "old");
         for (const bool canReserve : {true, false}) {
             ScopedSystemCalls calls;
             if (!canReserve) failCall<&SystemCalls::fallocate>(calls, 1, EOPNOTSUPP);
-            EXPECT_TRUE(throwsNumberFor(ENOSPC, tree.text("small/b"), [&] {
+            EXPECT_TRUE(failsWith(ENOSPC, tree.text("small/b"), [&] {
                 copy_file(tree.text("a"), tree.text("small/b"), copy_option::overwrite_if_exists);
             }));
-            EXPECT_TRUE(throwsNumberFor(ENOSPC, tree.text("small/c"), [&] {
+            EXPECT_TRUE(failsWith(ENOSPC, tree.text("small/c"), [&] {
                 copy_file(tree.text("a"), tree.text("small/c"), copy_option::fail_if_exists);
             }));
         }

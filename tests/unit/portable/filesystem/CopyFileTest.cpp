@@ -6,8 +6,8 @@
 #include "tests/support/RunInChild.hpp"
 #include "tests/support/TempTree.hpp"
 #include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/FailedPath.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
-#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +23,7 @@ using fl::filesystem::copy_file;
 using fl::filesystem::copy_option;
 using test::contentOf;
 using test::failCall;
+using test::failedPath;
 using test::makeFile;
 using test::makeFolder;
 using test::makeLink;
@@ -33,7 +34,6 @@ using test::snapshot;
 using test::someBytes;
 using test::SystemCalls;
 using test::TempTree;
-using test::throwsFor;
 
 constexpr copy_option kNew = copy_option::fail_if_exists;
 constexpr copy_option kOver = copy_option::overwrite_if_exists;
@@ -46,9 +46,8 @@ protected:
     }
 
     template <typename Failure>
-    ::testing::AssertionResult copyThrows(std::string_view about, std::string_view from,
-                                          std::string_view to) const {
-        return throwsFor<Failure>(tree_.text(about), [&] { copy(from, to); });
+    bool copyThrows(std::string_view about, std::string_view from, std::string_view to) const {
+        return tree_.text(about) == failedPath<Failure>([&] { copy(from, to); });
     }
 
     TempTree tree_;
@@ -130,8 +129,8 @@ TEST_P(CopyFile, RefusesWhatIsNoFile) {
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("pipe", "pipe", "new"));
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("link", "link", "new"));
     EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("missing", "missing", "new"));
-    EXPECT_TRUE(throwsFor<fl::filesystem::InvalidOperation>(
-        u"/dev/null", [&] { copy_file(u"/dev/null", tree_.text("new"), GetParam()); }));
+    EXPECT_EQ(u"/dev/null", failedPath<fl::filesystem::InvalidOperation>(
+                                [&] { copy_file(u"/dev/null", tree_.text("new"), GetParam()); }));
     EXPECT_FALSE(test::isThere(tree_ / "new"));
 }
 
@@ -186,10 +185,10 @@ TEST_P(CopyFile, TellsWhichPathIsMissing) {
     EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("no/b", "a", "no/b"));
     EXPECT_TRUE(copyThrows<fl::filesystem::NotDirectoryError>("a/b", "a", "a/b"));
     EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("no/a", "no/a", "b"));
-    EXPECT_TRUE(
-        throwsFor<fl::filesystem::PathNotFound>(u"", [&] { copy_file(u"", tree_.text("b"), GetParam()); }));
-    EXPECT_TRUE(
-        throwsFor<fl::filesystem::PathNotFound>(u"", [&] { copy_file(tree_.text("a"), u"", GetParam()); }));
+    EXPECT_EQ(std::u16string(),
+              failedPath<fl::filesystem::PathNotFound>([&] { copy_file(u"", tree_.text("b"), GetParam()); }));
+    EXPECT_EQ(std::u16string(),
+              failedPath<fl::filesystem::PathNotFound>([&] { copy_file(tree_.text("a"), u"", GetParam()); }));
 }
 
 TEST_P(CopyFile, TakesNamesOfTheLongestLength) {
@@ -249,8 +248,8 @@ TEST(CopyFileNew, LeavesWhatIsThere) {
     makeLink("nowhere", tree / "link");
     const test::TreeSnapshot before = snapshot(tree.path());
     for (const char* const to : {"file", "folder", "link", "link/"}) {
-        EXPECT_TRUE(throwsFor<fl::filesystem::FileExistsError>(
-            tree.text(to), [&] { copy_file(tree.text("a"), tree.text(to), kNew); }));
+        EXPECT_EQ(tree.text(to), failedPath<fl::filesystem::FileExistsError>(
+                                     [&] { copy_file(tree.text("a"), tree.text(to), kNew); }));
     }
     EXPECT_EQ(before, snapshot(tree.path()));
 }
@@ -283,10 +282,10 @@ TEST(CopyFileOver, ReplacesNeitherFoldersNorDevices) {
     makeFolder(tree / "folder");
     makePipe(tree / "pipe");
     const test::TreeSnapshot before = snapshot(tree.path());
-    EXPECT_TRUE(throwsFor<fl::filesystem::FileIsDirectory>(
-        tree.text("folder"), [&] { copy_file(tree.text("a"), tree.text("folder"), kOver); }));
-    EXPECT_TRUE(throwsFor<fl::filesystem::InvalidOperation>(
-        tree.text("pipe"), [&] { copy_file(tree.text("a"), tree.text("pipe"), kOver); }));
+    EXPECT_EQ(tree.text("folder"), failedPath<fl::filesystem::FileIsDirectory>(
+                                       [&] { copy_file(tree.text("a"), tree.text("folder"), kOver); }));
+    EXPECT_EQ(tree.text("pipe"), failedPath<fl::filesystem::InvalidOperation>(
+                                     [&] { copy_file(tree.text("a"), tree.text("pipe"), kOver); }));
     EXPECT_EQ(before, snapshot(tree.path()));
 }
 

@@ -8,12 +8,12 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <memory>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -204,6 +204,53 @@ TEST(FileBuffer, APipeCanBeSteppedBackOverTheBorderOfTwoFillings) {
     EXPECT_NE(pipe->sungetc(), Traits::eof());
     EXPECT_NE(pipe->sungetc(), Traits::eof());
     EXPECT_EQ(get(*pipe, 5), "ab");
+}
+
+/// Notes how much each call asks for.
+struct Transfers {
+    Transfers() {
+        sizes.clear();
+        calls->read = [](int descriptor, void* bytes, size_t count) {
+            sizes.push_back(count);
+            return hostCalls.read(descriptor, bytes, count);
+        };
+        calls->write = [](int descriptor, const void* bytes, size_t count) {
+            sizes.push_back(count);
+            return hostCalls.write(descriptor, bytes, count);
+        };
+    }
+    static inline std::vector<size_t> sizes;
+    test::ScopedSystemCalls calls;
+};
+
+TEST(FileBuffer, ReadsAheadOnceReadsFollowEachOther) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", test::someBytes(300000));
+    const auto buffer = opened(tree / "file", ios_base::in);
+    const Transfers transfers;
+    get(*buffer, 4096);
+    get(*buffer, 4096);
+    get(*buffer, 16384);
+    get(*buffer, 100000);
+    buffer->pubseekpos(5);
+    get(*buffer, 10);
+    get(*buffer, 8192);
+
+    EXPECT_EQ(Transfers::sizes,
+              (std::vector<size_t>{4096, 65536, 100000 - (65536 - 4096 - 16384), 8192, 65536}));
+}
+
+TEST(FileBuffer, WritesWholeBuffersUnlessMuchComesAtOnce) {
+    const test::TempTree tree;
+    const auto buffer = opened(tree / "file", ios_base::out);
+    const Transfers transfers;
+    for (int chunk = 0; chunk < 9; ++chunk) {
+        put(*buffer, test::someBytes(16384));
+    }
+    buffer->pubsync();
+    put(*buffer, test::someBytes(40000));
+
+    EXPECT_EQ(Transfers::sizes, (std::vector<size_t>{65536, 65536, 16384, 40000}));
 }
 
 TEST(FileBuffer, GoesOnAfterInterruptionsAndShortTransfers) {

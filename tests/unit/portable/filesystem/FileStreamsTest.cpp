@@ -44,12 +44,6 @@ std::string readInChunks(std::istream& in, std::size_t chunk) {
     return bytes;
 }
 
-struct Sizes {
-    std::size_t file;
-    std::size_t writeChunk;
-    std::size_t readChunk;
-};
-
 class RoundTrip : public testing::TestWithParam<std::tuple<std::size_t, std::size_t, std::size_t>> {};
 
 TEST_P(RoundTrip, GivesBackEachByte) {

@@ -40,7 +40,7 @@ protected:
         }
     }
 
-    test::TempTree tree_{"/dev/shm"};
+    test::TempTree tree_{test::fastFolder()};
     std::size_t openBefore_ = test::openDescriptors().size();
     FolderChain chain_{openFolder(AT_FDCWD, tree_.path().c_str())};
     std::vector<ino_t> inodes_;
@@ -90,7 +90,7 @@ TEST_F(DeepChain, DoesNotFollowAFolderThatWasMovedAway) {
 }
 
 TEST(FolderChain, GivesEveryDescriptorBack) {
-    const test::TempTree tree("/dev/shm");
+    const test::TempTree tree(test::fastFolder());
     test::makeChain(tree.path(), "d", 40);
     const test::NoDescriptorLeft noDescriptorLeft;
     FolderChain chain(openFolder(AT_FDCWD, tree.path().c_str()));

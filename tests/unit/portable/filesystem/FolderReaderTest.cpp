@@ -181,55 +181,54 @@ TEST(FolderReader, CanBeMoved) {
 class ManyReaders : public testing::Test {
 protected:
     ManyReaders() {
-        calls_->getdents64 = [](int folder, void* records, size_t) -> ssize_t {
+        calls->getdents64 = [](int folder, void* records, size_t) -> ssize_t {
             static const std::string block = batchOf(numbered(0, 1016)).records;
-            if (answersGiven_.at(static_cast<std::size_t>(folder))++ == 2) return 0;
+            if (answersGiven.at(static_cast<std::size_t>(folder))++ == 2) return 0;
             block.copy(static_cast<char*>(records), block.size());
             return static_cast<ssize_t>(block.size());
         };
-        answersGiven_.assign(100, 0);
+        answersGiven.assign(100, 0);
     }
 
     /// Each reads a folder of its own; the number stands for the descriptor.
-    void addReader() { readers_.emplace_back(next_++); }
+    void addReader() { readers.emplace_back(nextFolder++); }
 
     std::size_t streaming() const {
-        return static_cast<std::size_t>(
-            std::count_if(readers_.begin(), readers_.end(),
-                          [](const FolderReader& reader) { return !reader.isComplete(); }));
+        return static_cast<std::size_t>(std::count_if(
+            readers.begin(), readers.end(), [](const FolderReader& reader) { return !reader.isComplete(); }));
     }
 
-    static inline std::vector<int> answersGiven_;
-    test::ScopedSystemCalls calls_;
-    std::deque<FolderReader> readers_;
-    int next_ = 0;
+    static inline std::vector<int> answersGiven;
+    test::ScopedSystemCalls calls;
+    std::deque<FolderReader> readers;
+    int nextFolder = 0;
 };
 
 TEST_F(ManyReaders, OnlySomeKeepADescriptorInUse) {
     for (int i = 0; i < 50; ++i) addReader();
     EXPECT_EQ(32U, streaming());
-    for (FolderReader& reader : readers_) EXPECT_EQ(2'032U, namesFrom(reader).size());
+    for (FolderReader& reader : readers) EXPECT_EQ(2'032U, namesFrom(reader).size());
     EXPECT_EQ(0U, streaming());
 }
 
 TEST_F(ManyReaders, PlaceIsFreeAgainOnceAReaderNeedsItNoMore) {
     for (int i = 0; i < 32; ++i) addReader();
-    readers_[0].drain();
+    readers[0].drain();
     EXPECT_EQ(31U, streaming());
     addReader();
     EXPECT_EQ(32U, streaming());
-    while (readers_[1].next()) {
+    while (readers[1].next()) {
     }
     addReader();
     EXPECT_EQ(32U, streaming());
     // Also where another thread ends it.
-    std::thread([&] { readers_.pop_back(); }).join();
+    std::thread([&] { readers.pop_back(); }).join();
     addReader();
     EXPECT_EQ(32U, streaming());
-    FolderReader moved(std::move(readers_.back()));
-    readers_.pop_back();
+    FolderReader moved(std::move(readers.back()));
+    readers.pop_back();
     addReader();
-    EXPECT_TRUE(readers_.back().isComplete());
+    EXPECT_TRUE(readers.back().isComplete());
 }
 
 TEST(FolderReaderOnDisk, GivesEachEntryOnce) {

@@ -176,6 +176,7 @@ TEST(CreateDirectories, ManyAtOnceOnTheSamePath) {
         const std::u16string path = tree.text("a/b/c/d/e/f");
         std::atomic<int> made{0};
         std::vector<std::thread> creators;
+        creators.reserve(4);
         for (int i = 0; i < 4; ++i) creators.emplace_back([&] { made += create_directories(path) ? 1 : 0; });
         for (std::thread& creator : creators) creator.join();
         EXPECT_EQ(1, made);

@@ -124,15 +124,8 @@ TEST(PathText, NothingButNulLooksLikeOne) {
 }
 
 TEST(PathText, UnpairedSurrogatesAreRefused) {
-    const std::u16string texts[] = {u"\xD800",
-                                    u"\xDBFF"
-                                    u"a",
-                                    u"a\xD800",
-                                    u"\xD800\xD800\xDC00",
-                                    u"\xDC00",
-                                    u"a\xDC7F",
-                                    u"\xDD00",
-                                    u"\xDFFF",
+    const std::u16string texts[] = {u"\xD800", u"\xDBFFz", u"a\xD800", u"\xD800\xD800\xDC00",
+                                    u"\xDC00", u"a\xDC7F", u"\xDD00",  u"\xDFFF",
                                     u"\xDC41"};
     for (const std::u16string& text : texts)
         EXPECT_EQ(kInvalid, encoded(text)) << testing::PrintToString(text);

@@ -6,8 +6,8 @@
 #include "tests/support/RunInChild.hpp"
 #include "tests/support/TempTree.hpp"
 #include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/FailedNumber.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
-#include "tests/unit/portable/filesystem/ThrowsFor.hpp"
 
 #include <gtest/gtest.h>
 
@@ -22,6 +22,7 @@ namespace {
 using fl::filesystem::AccessDenied;
 using fl::filesystem::remove_all;
 using fl::filesystem::posix::hostCalls;
+using test::failedPath;
 using test::isThere;
 using test::makeFile;
 using test::makeFolder;
@@ -31,7 +32,6 @@ using test::ScopedSystemCalls;
 using test::snapshot;
 using test::SystemCalls;
 using test::TempTree;
-using test::throwsFor;
 
 class RemoveAll : public ::testing::Test {
 protected:
@@ -44,7 +44,7 @@ protected:
 /// Large trees, in memory: a disk without a journal takes very long to make what was just removed.
 class RemoveLarge : public RemoveAll {
 protected:
-    RemoveLarge() : RemoveAll("/dev/shm") {}
+    RemoveLarge() : RemoveAll(test::fastFolder()) {}
 };
 
 void fillTree(const TempTree& tree, const std::string& top) {
@@ -95,26 +95,26 @@ TEST_F(RemoveAll, RemovesALinkAndNotWhatItPointsTo) {
 
 TEST_F(RemoveAll, OfAMissingPathFails) {
     makeFile(tree_ / "file");
-    EXPECT_TRUE(throwsFor<fl::filesystem::PathNotFound>(u"", [] { remove_all(u""); }));
-    EXPECT_TRUE(
-        throwsFor<fl::filesystem::PathNotFound>(tree_.text("no"), [&] { remove_all(tree_.text("no")); }));
-    EXPECT_TRUE(throwsFor<fl::filesystem::PathNotFound>(tree_.text("no/no"),
-                                                        [&] { remove_all(tree_.text("no/no")); }));
-    EXPECT_TRUE(throwsFor<fl::filesystem::NotDirectoryError>(tree_.text("file/no"),
-                                                             [&] { remove_all(tree_.text("file/no")); }));
+    EXPECT_EQ(std::u16string(), failedPath<fl::filesystem::PathNotFound>([] { remove_all(u""); }));
+    EXPECT_EQ(tree_.text("no"),
+              failedPath<fl::filesystem::PathNotFound>([&] { remove_all(tree_.text("no")); }));
+    EXPECT_EQ(tree_.text("no/no"),
+              failedPath<fl::filesystem::PathNotFound>([&] { remove_all(tree_.text("no/no")); }));
+    EXPECT_EQ(tree_.text("file/no"),
+              failedPath<fl::filesystem::NotDirectoryError>([&] { remove_all(tree_.text("file/no")); }));
 }
 
 TEST_F(RemoveAll, RefusesDotsBeforeAnythingIsRemoved) {
     fillTree(tree_, "top");
     const test::TreeSnapshot before = snapshot(tree_.path());
     for (const char* const path : {"top/.", "top/..", "top/inner/..", "top/./", "top/..//"}) {
-        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(tree_.text(path),
-                                                               [&] { remove_all(tree_.text(path)); }));
+        EXPECT_EQ(tree_.text(path),
+                  failedPath<fl::filesystem::InvalidArgument>([&] { remove_all(tree_.text(path)); }));
     }
     test::runInChild([&] {
         ASSERT_EQ(0, ::chdir((tree_ / "top/inner").c_str()));
-        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(u".", [] { remove_all(u"."); }));
-        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(u"..", [] { remove_all(u".."); }));
+        EXPECT_EQ(u".", failedPath<fl::filesystem::InvalidArgument>([] { remove_all(u"."); }));
+        EXPECT_EQ(u"..", failedPath<fl::filesystem::InvalidArgument>([] { remove_all(u".."); }));
     });
     EXPECT_EQ(before, snapshot(tree_.path()));
 }
@@ -124,7 +124,8 @@ TEST_F(RemoveAll, RefusesTheRoot) {
     test::failCall<&SystemCalls::openat>(calls, 1, EROFS);
     test::failCall<&SystemCalls::unlinkat>(calls, 1, EROFS);
     for (const char16_t* const root : {u"/", u"//", u"///"}) {
-        EXPECT_TRUE(throwsFor<fl::filesystem::InvalidArgument>(root, [&] { remove_all(root); }));
+        EXPECT_EQ(std::u16string(root),
+                  failedPath<fl::filesystem::InvalidArgument>([&] { remove_all(root); }));
     }
 }
 
@@ -191,7 +192,7 @@ TEST_F(RemoveAll, GoesOnAfterAFailureAndThrowsTheFirst) {
                                                   : hostCalls.unlinkat(folder, name, flags);
     };
     EXPECT_TRUE(
-        test::throwsNumberFor(EBUSY, tree_.text("top/inner/locked"), [&] { remove_all(tree_.text("top")); }));
+        test::failsWith(EBUSY, tree_.text("top/inner/locked"), [&] { remove_all(tree_.text("top")); }));
     EXPECT_EQ(
         (test::TreeSnapshot{
             {"top", "folder 0755"}, {"top/inner", "folder 0755"}, {"top/inner/locked", "file 0644 ''"}}),
@@ -202,7 +203,7 @@ TEST_F(RemoveAll, OfAFolderThatCannotBeReadFails) {
     fillTree(tree_, "top");
     ScopedSystemCalls calls;
     test::failCall<&SystemCalls::getdents64>(calls, 1, EIO);
-    EXPECT_TRUE(test::throwsNumberFor(EIO, tree_.text("top"), [&] { remove_all(tree_.text("top")); }));
+    EXPECT_TRUE(test::failsWith(EIO, tree_.text("top"), [&] { remove_all(tree_.text("top")); }));
     EXPECT_TRUE(isThere(tree_ / "top/inner/file"));
 }
 
@@ -230,8 +231,8 @@ TEST_F(RemoveAll, GivesUpOnAFolderThatStaysFull) {
         return name == std::string_view("inner") ? (errno = ENOTEMPTY, -1)
                                                  : hostCalls.unlinkat(folder, name, flags);
     };
-    EXPECT_TRUE(throwsFor<fl::filesystem::DirectoryNotEmpty>(tree_.text("top/inner"),
-                                                             [&] { remove_all(tree_.text("top")); }));
+    EXPECT_EQ(tree_.text("top/inner"),
+              failedPath<fl::filesystem::DirectoryNotEmpty>([&] { remove_all(tree_.text("top")); }));
     EXPECT_EQ((test::TreeSnapshot{{"top", "folder 0755"}, {"top/inner", "folder 0755"}}),
               snapshot(tree_.path()));
 }
@@ -267,7 +268,7 @@ TEST_F(RemoveAll, DoesNotFollowAFolderThatWasMovedAway) {
         return hostCalls.unlinkat(folder, name, flags);
     };
     EXPECT_TRUE(
-        test::throwsNumberFor(ESTALE, tree_.text("top/level/level"), [&] { remove_all(tree_.text("top")); }));
+        test::failsWith(ESTALE, tree_.text("top/level/level"), [&] { remove_all(tree_.text("top")); }));
     EXPECT_TRUE(isThere(tree_ / "elsewhere/canary"));
 }
 
@@ -285,7 +286,7 @@ TEST_F(RemoveAllWithoutRights, SkipsAndReportsFoldersThatCannotBeOpened) {
             makeFile(tree / "top/z");
             test::setMode(tree / "top/locked", bits);
             const char* const about = (bits & 0400U) != 0 ? "top/locked/file" : "top/locked";
-            EXPECT_TRUE(throwsFor<AccessDenied>(tree.text(about), [&] { remove_all(tree.text("top")); }));
+            EXPECT_EQ(tree.text(about), failedPath<AccessDenied>([&] { remove_all(tree.text("top")); }));
             test::setMode(tree / "top/locked", 0700);
             EXPECT_EQ((test::TreeSnapshot{{"top", "folder 0755"},
                                           {"top/locked", "folder 0700"},
@@ -313,8 +314,8 @@ TEST_F(RemoveAllWithoutRights, EmptiesAFolderThatMustStayItself) {
         makeFolder(tree / "around");
         fillTree(tree, "around/top");
         test::setMode(tree / "around", 0555);
-        EXPECT_TRUE(
-            throwsFor<AccessDenied>(tree.text("around/top"), [&] { remove_all(tree.text("around/top")); }));
+        EXPECT_EQ(tree.text("around/top"),
+                  failedPath<AccessDenied>([&] { remove_all(tree.text("around/top")); }));
         EXPECT_EQ((test::TreeSnapshot{{"around", "folder 0555"}, {"around/top", "folder 0755"}}),
                   snapshot(tree.path()));
     });
@@ -326,8 +327,8 @@ TEST_F(RemoveAllWithoutRights, LeavesAFileThatMustStay) {
         makeFolder(tree / "around");
         makeFile(tree / "around/file");
         test::setMode(tree / "around", 0555);
-        EXPECT_TRUE(
-            throwsFor<AccessDenied>(tree.text("around/file"), [&] { remove_all(tree.text("around/file")); }));
+        EXPECT_EQ(tree.text("around/file"),
+                  failedPath<AccessDenied>([&] { remove_all(tree.text("around/file")); }));
     });
 }
 

@@ -44,27 +44,27 @@ struct Batch {
 class ScriptedFolder {
 public:
     explicit ScriptedFolder(std::vector<Batch> batches) {
-        batches_ = std::move(batches);
+        left = std::move(batches);
         calls_->getdents64 = answer;
     }
     ScopedSystemCalls& calls() noexcept { return calls_; }
 
     /// Whether the end, or what was scripted last, has been fetched.
-    bool isRead() const noexcept { return batches_.empty(); }
+    bool isRead() const noexcept { return left.empty(); }
 
 private:
     static ssize_t answer(int, void* records, size_t room) {
-        if (batches_.empty()) {
+        if (left.empty()) {
             return 0;
         }
-        Batch& batch = batches_.front();
+        Batch& batch = left.front();
         const std::size_t size = wholeRecords(batch.records, room);
         errno = batch.error != 0 ? batch.error : EINVAL;
         const bool fails = size == 0;
         batch.records.copy(static_cast<char*>(records), size);
         batch.records.erase(0, size);
         if (batch.records.empty()) {
-            batches_.erase(batches_.begin());
+            left.erase(left.begin());
         }
         return fails ? -1 : static_cast<ssize_t>(size);
     }
@@ -82,7 +82,7 @@ private:
         return size;
     }
 
-    static inline std::vector<Batch> batches_;
+    static inline std::vector<Batch> left;
     ScopedSystemCalls calls_;
 };
 

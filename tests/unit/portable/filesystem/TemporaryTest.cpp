@@ -21,15 +21,18 @@ namespace {
 
 using namespace fl::filesystem;
 using test::failedPath;
+using test::ScopedEnvironment;
 using test::ScopedSystemCalls;
 using test::TempTree;
-using test::ScopedEnvironment;
 
 /// The four variables for as long as it lives; null is unset.
 struct TempVariables {
-    TempVariables(const char* tmpdir, const char* tmp, const char* temp, const char* tempdir)
-        : tmpdir_("TMPDIR", tmpdir), tmp_("TMP", tmp), temp_("TEMP", temp), tempdir_("TEMPDIR", tempdir) {}
-    ScopedEnvironment tmpdir_, tmp_, temp_, tempdir_;
+    TempVariables(const char* first, const char* second, const char* third, const char* fourth)
+        : tmpdir("TMPDIR", first), tmp("TMP", second), temp("TEMP", third), tempdir("TEMPDIR", fourth) {}
+    ScopedEnvironment tmpdir;
+    ScopedEnvironment tmp;
+    ScopedEnvironment temp;
+    ScopedEnvironment tempdir;
 };
 
 TEST(TempDirectoryName, IsTheFirstVariableThatNamesAFolder) {
@@ -239,23 +242,23 @@ TEST(Tmpfile, CanBeWrittenAndRead) {
 class ScriptedNames {
 public:
     explicit ScriptedNames(int repetitions) {
-        left_ = repetitions;
-        next_ = 0;
+        left = repetitions;
+        next = 0;
         calls_->getrandom = [](void* bytes, size_t count, unsigned) {
-            std::memset(bytes, left_-- > 0 ? 0 : ++next_, count);
+            std::memset(bytes, left-- > 0 ? 0 : ++next, count);
             return static_cast<ssize_t>(count);
         };
     }
     ScopedSystemCalls& calls() { return calls_; }
 
 private:
-    static int left_;
-    static int next_;
+    static int left;
+    static int next;
     ScopedSystemCalls calls_;
 };
 
-int ScriptedNames::left_;
-int ScriptedNames::next_;
+int ScriptedNames::left;
+int ScriptedNames::next;
 
 TEST(Tmpfile, NeverTakesAFileThatIsThere) {
     const TempTree tree;

@@ -84,7 +84,7 @@ protected:
         }
     }
 
-    TempTree tree_{"/dev/shm"};
+    TempTree tree_{test::fastFolder()};
     test::TreeSnapshot before_;
     mutable long failures_ = 0;
     test::NoDescriptorLeft noDescriptorLeft_;

@@ -213,6 +213,14 @@ TEST(Codecvt, ConvertsWhatIsLongerThanItsBuffers) {
     }
 }
 
+// ICU is fed in pieces of a megabyte. Most end early, when the output is full; escape sequences alone give
+// none.
+TEST(Codecvt, ReadsOnWhereAPieceEndsWithinAnEscapeSequence) {
+    std::string bytes;
+    while (bytes.size() < 2'500'000) bytes += "\x1B(B";
+    EXPECT_EQ(decode("ISO-2022-JP", bytes + "\x1B$BF|\x1B(B"), u"\u65E5");
+}
+
 TEST(Codecvt, AnEmptyTextIsEmptyInEveryEncoding) {
     for (const char* encoding : {"", "UTF-8", "ISO-8859-1", "Shift_JIS", "ISO-2022-JP"}) {
         EXPECT_EQ(decode(encoding, ""), u"") << encoding;

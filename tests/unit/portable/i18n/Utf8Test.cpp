@@ -78,13 +78,14 @@ TEST_P(MalformedUtf8, BecomesOneReplacementCharacterPerMaximalSubpart) {
 }
 
 TEST_P(MalformedUtf8, IsHandledTheSameBehindAndBeforeOtherText) {
-    for (const std::size_t shift : {1U, 7U, 15U, 16U, 17U, 31U, 63U, 1023U, 1024U, 8191U, 8192U}) {
-        const std::string ascii(shift, 'a');
-        const std::string dashes = "\xE2\x80\x94\xE2\x80\x94";
-        EXPECT_EQ(decode(ascii + dashes + GetParam().bytes + "z" + ascii, true),
-                  std::u16string(shift, u'a') + u"\u2014\u2014" + GetParam().lenient + u"z" +
-                      std::u16string(shift, u'a'))
-            << "behind " << shift << " bytes";
+    const Malformed& malformed = GetParam();
+    for (const std::size_t length : {1U, 15U, 16U, 31U, 1023U, 1024U, 8189U, 8190U, 8191U, 8192U}) {
+        const std::string bytes(length, 'a');
+        const std::u16string text(length, u'a');
+        EXPECT_EQ(decode(bytes + malformed.bytes + "z", true), text + malformed.lenient + u"z") << length;
+        EXPECT_EQ(decode(bytes + "\xE2\x80\x94" + malformed.bytes + "z" + bytes, true),
+                  text + u"\u2014" + malformed.lenient + u"z" + text)
+            << length;
     }
 }
 
