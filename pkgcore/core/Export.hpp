@@ -2,7 +2,8 @@
 
 #include <pkgcore/platform/Export.hpp>
 
-/// PKGCORE_API marks the public surface of namespace `opc`: exported while the library is built, imported by its clients.
+/// PKGCORE_API marks the public surface of namespace `opc`: exported while the library is built, imported by
+/// its clients.
 
 #if defined(PKGCORE_BUILDING)
 #define PKGCORE_API PKGCORE_SYMBOL_EXPORT

@@ -1,9 +1,10 @@
 #pragma once
 
-/// PKGCORE_PLATFORM_API marks what the library exports of, or takes from, its platform. Every other symbol is hidden: the
-/// whole library is compiled with hidden visibility and the list of exported names is checked.
+/// PKGCORE_PLATFORM_API marks what the library exports of, or takes from, its platform. Every other symbol is
+/// hidden: the whole library is compiled with hidden visibility and the list of exported names is checked.
 ///
-/// PKGCORE_SYMBOL_EXPORT and PKGCORE_SYMBOL_IMPORT are the two spellings underneath, for this and for other export macros.
+/// PKGCORE_SYMBOL_EXPORT and PKGCORE_SYMBOL_IMPORT are the two spellings underneath, for this and for other
+/// export macros.
 
 #if defined(_WIN32)
 #define PKGCORE_SYMBOL_EXPORT __declspec(dllexport)

@@ -55,7 +55,7 @@ void copy_directory(const std::u16string& from, const std::u16string& to) {
         throwError(destination.error, to);
     }
     posix::copyTree({std::move(folder), from}, {std::move(destination.folder), to}, destination.created,
-                    posix::Times::kNew);
+                    posix::Times::New);
 }
 
 }  // namespace fl::filesystem

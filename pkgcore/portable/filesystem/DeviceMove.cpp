@@ -82,12 +82,12 @@ private:
 
     void copyFile(TemporarySibling& sibling) const {
         CreationBits known;
-        check(FileCopy(Times::kCarried).copyNew(itemAt(source_), sibling.item(), known));
+        check(FileCopy(Times::Carried).copyNew(itemAt(source_), sibling.item(), known));
         sibling.setMade();
     }
 
     void copyLink(TemporarySibling& sibling) const {
-        check(posix::copyLink(itemAt(source_), sibling.item(), Times::kCarried));
+        check(posix::copyLink(itemAt(source_), sibling.item(), Times::Carried));
         sibling.setMade();
     }
 
@@ -102,7 +102,7 @@ private:
         checkTarget(destination.error);
         checkTarget(destination.created ? 0 : EEXIST);
         copyTree({std::move(folder), source_.text()}, {std::move(destination.folder), target_.text()},
-                 destination.created, Times::kCarried);
+                 destination.created, Times::Carried);
     }
 
     const Place& source_;

@@ -10,8 +10,8 @@ namespace fl::filesystem::posix {
 namespace {
 
 // Larger chunks gain nothing and fall out of the processor's cache; smaller ones cost more calls.
-constexpr off_t kLargestBuffer = 256 * 1024;
-constexpr off_t kSmallestBuffer = 16 * 1024;
+constexpr off_t kLargestBuffer = 256 * 1024L;
+constexpr off_t kSmallestBuffer = 16 * 1024L;
 
 constexpr off_t kBytesPerBlock = 512;  // the unit of st_blocks, whatever the file system's own block is
 constexpr off_t kToTheEnd = std::numeric_limits<off_t>::max();

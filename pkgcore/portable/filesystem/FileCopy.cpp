@@ -105,7 +105,7 @@ Outcome FileCopy::copyNew(Item from, Item to, CreationBits& known) {
 
 Outcome FileCopy::fill(int from, const struct stat& status, int to) {
     const Outcome outcome = content_.copy(from, status, to);
-    if (outcome.failed() || times_ == Times::kNew) {
+    if (outcome.failed() || times_ == Times::New) {
         return outcome;
     }
     return atDestination(carryTimes(status, to));

@@ -14,7 +14,7 @@ struct CreationBits {
 inline constexpr mode_t kCopiedBits = 0777;
 
 /// Whether a copy carries the access and modification times of its source.
-enum class Times : unsigned char { kNew, kCarried };
+enum class Times : unsigned char { New, Carried };
 
 /// 0 for the status of a regular file; for anything else the reason not to copy it as one.
 int refusalToCopy(const struct stat& status) noexcept;
@@ -25,7 +25,7 @@ int carryTimes(const struct stat& status, int to) noexcept;
 /// Copies regular files, one after the other.
 class FileCopy {
 public:
-    explicit FileCopy(Times times = Times::kNew) noexcept : times_(times) {}
+    explicit FileCopy(Times times = Times::New) noexcept : times_(times) {}
 
     /// Copies content and the nine permission bits to a file that must not exist and is created exclusively;
     /// on failure it is removed again. At no moment is it more open than its source. A source that is no

@@ -26,7 +26,7 @@ Outcome copyLink(Item from, Item to, Times times) {
         return atSource(error);
     }
     const int error = errorOf([&] { return systemCalls().symlinkat(text.c_str(), to.folder, to.name); });
-    if (error != 0 || times == Times::kNew) {
+    if (error != 0 || times == Times::New) {
         return atDestination(error);
     }
     const Outcome outcome = carryLinkTimes(from, to);

@@ -84,7 +84,7 @@ private:
     }
 
     void enterFolder() {
-        struct stat status;
+        struct stat status {};
         FileDescriptor folder = openSource(status);
         DestinationFolder destination = openOrCreateFolder(to());
         checkEntry(atDestination(destination.error));
@@ -119,7 +119,7 @@ private:
         if (const int error = errorOf([&] { return systemCalls().fchmod(folder, bits); }); error != 0) {
             return atDestination(error);
         }
-        if (times_ == Times::kNew) {
+        if (times_ == Times::New) {
             return {};
         }
         struct stat status;

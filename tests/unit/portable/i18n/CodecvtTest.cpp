@@ -213,12 +213,12 @@ TEST(Codecvt, ConvertsWhatIsLongerThanItsBuffers) {
     }
 }
 
-// ICU is fed in pieces of a megabyte. Most end early, when the output is full; escape sequences alone give
+// ICU is fed in pieces of a megabyte. Most end early, when the output is full; the line breaks of HZ give
 // none.
-TEST(Codecvt, ReadsOnWhereAPieceEndsWithinAnEscapeSequence) {
-    std::string bytes;
-    while (bytes.size() < 2'500'000) bytes += "\x1B(B";
-    EXPECT_EQ(decode("ISO-2022-JP", bytes + "\x1B$BF|\x1B(B"), u"\u65E5");
+TEST(Codecvt, ReadsOnWhereAPieceEndsWithinASequence) {
+    std::string bytes = "a";
+    while (bytes.size() < 2'500'000) bytes += "~\n";
+    EXPECT_EQ(decode("HZ", bytes + "b"), u"ab");
 }
 
 TEST(Codecvt, AnEmptyTextIsEmptyInEveryEncoding) {
