@@ -79,7 +79,7 @@ TEST_F(LocalCopy, FailsForAFolderOntoAnythingThatExists) {
     for (const file_status& destination : {aFolder(), aFile(), aLink(), ofKind(file_status::unknown_file)}) {
         msg = kOldMessage;
         ec = kOldCode;
-        platform.symlink_status = {};
+        platform.symlink_status.forget();
         copyFolder(opc::Fail, destination);
         expectReported(errc::file_exists, "Destination exists: user(b)");
     }

@@ -30,7 +30,7 @@ protected:
 
 TEST_F(LocalQueries, ExistsIsTrueForEveryKindThatIsThere) {
     for (const unsigned kind : kAllKinds) {
-        platform.symlink_status = {};
+        platform.symlink_status.forget();
         platform.symlink_status.returns(ofKind(kind));
         EXPECT_EQ(ops.doExists(u"a", msg, ec), kind != file_status::file_not_found) << kind;
     }
@@ -39,7 +39,7 @@ TEST_F(LocalQueries, ExistsIsTrueForEveryKindThatIsThere) {
 
 TEST_F(LocalQueries, IsFileIsTrueForARegularFileAlone) {
     for (const unsigned kind : kAllKinds) {
-        platform.symlink_status = {};
+        platform.symlink_status.forget();
         platform.symlink_status.returns(ofKind(kind));
         EXPECT_EQ(ops.doIsFile(u"a", msg, ec), kind == file_status::regular_file) << kind;
     }
@@ -48,7 +48,7 @@ TEST_F(LocalQueries, IsFileIsTrueForARegularFileAlone) {
 
 TEST_F(LocalQueries, IsFolderIsTrueForAFolderAlone) {
     for (const unsigned kind : kAllKinds) {
-        platform.symlink_status = {};
+        platform.symlink_status.forget();
         platform.symlink_status.returns(ofKind(kind));
         EXPECT_EQ(ops.doIsFolder(u"a", msg, ec), kind == file_status::directory_file) << kind;
     }
@@ -57,7 +57,7 @@ TEST_F(LocalQueries, IsFolderIsTrueForAFolderAlone) {
 
 TEST_F(LocalQueries, IsSymlinkIsTrueForALinkAlone) {
     for (const unsigned kind : kAllKinds) {
-        platform.symlink_status = {};
+        platform.symlink_status.forget();
         platform.symlink_status.returns(ofKind(kind));
         EXPECT_EQ(ops.doIsSymlink(u"a", msg, ec), kind == file_status::symlink_file) << kind;
     }
@@ -91,7 +91,7 @@ TEST_F(LocalQueries, PermissionsKeepTheBitsOfTheFileAndItsAttributes) {
     for (unsigned bit = 1; bit != 0; bit <<= 1) {
         file_status status = scripted::aFile();
         status.permissions = bit;
-        platform.symlink_status = {};
+        platform.symlink_status.forget();
         platform.symlink_status.returns(status);
         EXPECT_EQ(ops.doGetPermissions(u"a", msg, ec), bit & kKept) << std::hex << bit;
     }

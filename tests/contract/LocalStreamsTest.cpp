@@ -76,7 +76,7 @@ TEST_F(LocalStreams, OutputIsTheStreamOfThePlatform) {
 
 TEST_F(LocalStreams, InputThatDoesNotOpenIsAnEmptyPointerAndAnErrorWithoutWords) {
     for (const ios_base::iostate state : {ios_base::failbit, ios_base::badbit}) {
-        platform.openInput = {};
+        platform.openInput.forget();
         platform.openInput.returns(state);
         ec = kOldCode;
         EXPECT_FALSE(ops.doCreateInputStream(u"a", 0, msg, ec));
@@ -86,7 +86,7 @@ TEST_F(LocalStreams, InputThatDoesNotOpenIsAnEmptyPointerAndAnErrorWithoutWords)
 
 TEST_F(LocalStreams, OutputThatDoesNotOpenIsAnEmptyPointerAndAnErrorWithoutWords) {
     for (const ios_base::iostate state : {ios_base::failbit, ios_base::badbit}) {
-        platform.openOutput = {};
+        platform.openOutput.forget();
         platform.openOutput.returns(state);
         ec = kOldCode;
         EXPECT_FALSE(ops.doCreateOutputStream(u"a", 0, msg, ec));

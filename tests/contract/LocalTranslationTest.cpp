@@ -23,7 +23,7 @@ protected:
     void fail(Failure failure) {
         msg = kOldMessage;
         ec = kOldCode;
-        platform.remove = {};
+        platform.remove.forget();
         platform.remove.throws(failure);
         ops.doRemove(u"a", msg, ec);
     }
@@ -195,7 +195,7 @@ TEST_F(LocalTranslation, ReportsTheCodeAlsoWhereDescribingFails) {
     EXPECT_NO_THROW(fail(AccessDenied("words", u"p", {})));
     EXPECT_EQ(ec, errc::make_error_code(errc::permission_denied));
     EXPECT_EQ(msg, "");
-    platform.to_string = {};
+    platform.to_string.forget();
     platform.to_string.throws(7);
     EXPECT_NO_THROW(fail(PathNotFound("words", u"p", {})));
     EXPECT_EQ(ec, errc::make_error_code(errc::no_such_file_or_directory));

@@ -48,11 +48,11 @@ TEST_F(TempNamesContract, FolderIsTheWorkingDirectoryWhereTheSystemKnowsNone) {
 TEST_F(TempNamesContract, FolderTurnsEachFailureOfTheFileSystemIntoItsText) {
     platform.temp_directory_name.throws(fl::filesystem::AccessDenied("first", u"p", {}));
     expectExceptionFromTempDir("first");
-    platform.temp_directory_name = {};
+    platform.temp_directory_name.forget();
     platform.temp_directory_name.returns(Text());
     platform.get_current_path.throws(fl::filesystem::SystemError("second", 5, u"p"));
     expectExceptionFromTempDir("second");
-    platform.get_current_path = {};
+    platform.get_current_path.forget();
     platform.make_native_form.throws(fl::filesystem::FsysExceptionBase("third", u"p", {}));
     expectExceptionFromTempDir("third");
 }
@@ -60,7 +60,7 @@ TEST_F(TempNamesContract, FolderTurnsEachFailureOfTheFileSystemIntoItsText) {
 TEST_F(TempNamesContract, FolderLetsOtherExceptionsPass) {
     platform.temp_directory_name.throws(7);
     EXPECT_THROW(getTempDir(), int);
-    platform.temp_directory_name = {};
+    platform.temp_directory_name.forget();
     platform.temp_directory_name.throws(std::length_error("text"));
     EXPECT_THROW(getTempDir(), std::length_error);
 }
@@ -115,10 +115,10 @@ TEST_F(TempNamesContract, NameAsksForTheFolderOnce) {
 TEST_F(TempNamesContract, NameLetsFailuresPassAsTheyAre) {
     platform.tmpnam.throws(fl::filesystem::AccessDenied(u"p"));
     EXPECT_THROW(getTempName(u"dir", u"", u""), fl::filesystem::AccessDenied);
-    platform.tmpnam = {};
+    platform.tmpnam.forget();
     platform.exists.throws(fl::filesystem::SystemError("text", 5, u"p"));
     EXPECT_THROW(getTempName(u"dir", u"", u""), fl::filesystem::SystemError);
-    platform.exists = {};
+    platform.exists.forget();
     platform.make_generic_form.throws(fl::filesystem::InvalidArgument(u"p"));
     EXPECT_THROW(getTempName(u"dir", u"", u""), fl::filesystem::InvalidArgument);
 }

@@ -21,7 +21,7 @@ protected:
 
     /// Reads a text that the platform widens as it is.
     ptime read(const std::string& text) {
-        platform.to_wstring = {};
+        platform.to_wstring.forget();
         platform.to_wstring.returns(std::wstring(text.begin(), text.end()));
         return opc::convertStringToTime(scripted::widen(text));
     }

@@ -32,6 +32,8 @@ public:
         return add([failure]() -> Result { std::rethrow_exception(failure); });
     }
 
+    void clear() { answers_.clear(); }
+
     bool empty() const { return answers_.empty(); }
 
     Result next() {
@@ -57,6 +59,12 @@ class Answers : public AnswerQueue<Result> {
 public:
     /// The answers for calls with this first argument.
     AnswerQueue<Result>& at(const std::u16string& firstArgument) { return byFirstArgument_[firstArgument]; }
+
+    /// Back to no script at all.
+    void forget() {
+        this->clear();
+        byFirstArgument_.clear();
+    }
 
     /// The answer to a call; `usual()` where none was scripted.
     template <typename Usual>

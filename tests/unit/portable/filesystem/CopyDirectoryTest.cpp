@@ -37,34 +37,34 @@ using test::TempTree;
 
 class CopyDirectory : public ::testing::Test {
 protected:
-    explicit CopyDirectory(const std::string& parent = "/tmp") : tree_(parent) {}
+    explicit CopyDirectory(const std::string& parent = "/tmp") : tree(parent) {}
 
     void copy(std::string_view from = "a", std::string_view to = "b") const {
-        copy_directory(tree_.text(from), tree_.text(to));
+        copy_directory(tree.text(from), tree.text(to));
     }
 
     template <typename Failure>
     bool copyThrows(std::string_view about, std::string_view from = "a", std::string_view to = "b") const {
-        return tree_.text(about) == failedPath<Failure>([&] { copy(from, to); });
+        return tree.text(about) == failedPath<Failure>([&] { copy(from, to); });
     }
 
     void fill(const std::string& top) const {
-        makeFolder(tree_ / top, 0750);
-        makeFolder(tree_ / (top + "/inner"), 0755);
-        makeFolder(tree_ / (top + "/inner/empty"), 0700);
-        makeFile(tree_ / (top + "/inner/file"), "text", 0640);
-        makeFile(tree_ / (top + "/file"), test::someBytes(20'000), 0444);
-        makeLink("nowhere", tree_ / (top + "/dangling"));
-        makeLink("inner", tree_ / (top + "/link"));
+        makeFolder(tree / top, 0750);
+        makeFolder(tree / (top + "/inner"), 0755);
+        makeFolder(tree / (top + "/inner/empty"), 0700);
+        makeFile(tree / (top + "/inner/file"), "text", 0640);
+        makeFile(tree / (top + "/file"), test::someBytes(20'000), 0444);
+        makeLink("nowhere", tree / (top + "/dangling"));
+        makeLink("inner", tree / (top + "/link"));
     }
 
     void expectSame() const {
-        EXPECT_EQ(snapshot(tree_ / "a"), snapshot(tree_ / "b"));
-        EXPECT_EQ(test::modeOf(tree_ / "a"), test::modeOf(tree_ / "b"));
+        EXPECT_EQ(snapshot(tree / "a"), snapshot(tree / "b"));
+        EXPECT_EQ(test::modeOf(tree / "a"), test::modeOf(tree / "b"));
     }
 
-    TempTree tree_;
-    test::NoDescriptorLeft noDescriptorLeft_;
+    TempTree tree;
+    test::NoDescriptorLeft noDescriptorLeft;
 };
 
 /// Large trees, in memory: a disk without a journal takes very long to make what was just removed.
@@ -80,7 +80,7 @@ TEST_F(CopyDirectory, CopiesAWholeTree) {
 }
 
 TEST_F(CopyDirectory, CopiesAnEmptyFolder) {
-    makeFolder(tree_ / "a");
+    makeFolder(tree / "a");
     copy();
     expectSame();
 }
@@ -90,37 +90,37 @@ TEST_F(CopyDirectory, TakesTrailingSeparatorsAndRelativePaths) {
     copy("a//", "b/");
     expectSame();
     test::runInChild([&] {
-        ASSERT_EQ(0, ::chdir((tree_ / "a").c_str()));
+        ASSERT_EQ(0, ::chdir((tree / "a").c_str()));
         copy_directory(u".", u"../c");
         copy_directory(u"inner", u"../d");
     });
-    EXPECT_EQ(snapshot(tree_ / "a"), snapshot(tree_ / "c"));
-    EXPECT_EQ(snapshot(tree_ / "a/inner"), snapshot(tree_ / "d"));
+    EXPECT_EQ(snapshot(tree / "a"), snapshot(tree / "c"));
+    EXPECT_EQ(snapshot(tree / "a/inner"), snapshot(tree / "d"));
 }
 
 TEST_F(CopyDirectory, CopiesLinksByteByByte) {
-    makeFolder(tree_ / "a");
-    makeLink("\xFF\xFE/../x//", tree_ / "a/odd");
-    makeLink("/", tree_ / "a/absolute");
-    makeLink(std::string(4095, 'x'), tree_ / "a/long");
+    makeFolder(tree / "a");
+    makeLink("\xFF\xFE/../x//", tree / "a/odd");
+    makeLink("/", tree / "a/absolute");
+    makeLink(std::string(4095, 'x'), tree / "a/long");
     copy();
     expectSame();
 }
 
 TEST_F(CopyDirectory, CopiesNamesOfEveryKind) {
-    makeFolder(tree_ / "a");
+    makeFolder(tree / "a");
     for (const char* const name : {"...", " ", "\n", "\xFF\xFE", "\\", "\xC3\xA4"}) {
-        makeFolder(tree_ / ("a/" + std::string(name)));
-        makeFile(tree_ / ("a/" + std::string(name) + "/" + name), name);
+        makeFolder(tree / ("a/" + std::string(name)));
+        makeFile(tree / ("a/" + std::string(name) + "/" + name), name);
     }
     copy();
     expectSame();
 }
 
 TEST_F(CopyLargeDirectory, CopiesAFolderOfManyEntries) {
-    makeFolder(tree_ / "a");
+    makeFolder(tree / "a");
     for (int i = 0; i < 3000; ++i) {
-        makeFile(tree_ / ("a/a rather long name of a file, number " + std::to_string(i)), std::to_string(i));
+        makeFile(tree / ("a/a rather long name of a file, number " + std::to_string(i)), std::to_string(i));
     }
     copy();
     expectSame();
@@ -128,10 +128,10 @@ TEST_F(CopyLargeDirectory, CopiesAFolderOfManyEntries) {
 
 TEST_F(CopyDirectory, GivesThePermissionBitsWhateverTheMask) {
     fill("a");
-    makeFile(tree_ / "a/open", "", 0666);
-    makeFile(tree_ / "a/runs", "", 0777);
-    makeFolder(tree_ / "a/everyones", 01777);
-    test::setMode(tree_ / "a/everyones", 0777);
+    makeFile(tree / "a/open", "", 0666);
+    makeFile(tree / "a/runs", "", 0777);
+    makeFolder(tree / "a/everyones", 01777);
+    test::setMode(tree / "a/everyones", 0777);
     test::runInChild([&] {
         ::umask(077);
         copy();
@@ -156,7 +156,7 @@ TEST_F(CopyDirectory, FillsAFolderThatMayNotBeWritten) {
 
 TEST_F(CopyDirectory, LetsNobodyElseIntoAFolderThatIsBeingFilled) {
     fill("a");
-    test::setMode(tree_ / "a", 0777);
+    test::setMode(tree / "a", 0777);
     static int files = 0;
     files = 0;
     test::runInChild([&] {
@@ -179,70 +179,70 @@ TEST_F(CopyDirectory, LetsNobodyElseIntoAFolderThatIsBeingFilled) {
 
 TEST_F(CopyDirectory, MergesAndLeavesTheBitsOfFoldersThatExist) {
     fill("a");
-    makeFolder(tree_ / "b", 0711);
-    makeFolder(tree_ / "b/inner", 0733);
-    makeFile(tree_ / "b/inner/old", "old");
+    makeFolder(tree / "b", 0711);
+    makeFolder(tree / "b/inner", 0733);
+    makeFile(tree / "b/inner/old", "old");
     copy();
-    EXPECT_EQ(0711U, test::modeOf(tree_ / "b"));
-    EXPECT_EQ(0733U, test::modeOf(tree_ / "b/inner"));
-    EXPECT_EQ("old", test::contentOf(tree_ / "b/inner/old"));
-    EXPECT_EQ("text", test::contentOf(tree_ / "b/inner/file"));
-    EXPECT_EQ("nowhere", test::linkTextOf(tree_ / "b/dangling"));
+    EXPECT_EQ(0711U, test::modeOf(tree / "b"));
+    EXPECT_EQ(0733U, test::modeOf(tree / "b/inner"));
+    EXPECT_EQ("old", test::contentOf(tree / "b/inner/old"));
+    EXPECT_EQ("text", test::contentOf(tree / "b/inner/file"));
+    EXPECT_EQ("nowhere", test::linkTextOf(tree / "b/dangling"));
 }
 
 TEST_F(CopyDirectory, DoesNotReplaceFilesOrLinks) {
-    makeFolder(tree_ / "a");
-    makeFolder(tree_ / "a/inner");
-    makeFile(tree_ / "a/inner/file", "new");
-    makeFolder(tree_ / "b");
-    makeFolder(tree_ / "b/inner");
-    makeFile(tree_ / "b/inner/file", "old");
+    makeFolder(tree / "a");
+    makeFolder(tree / "a/inner");
+    makeFile(tree / "a/inner/file", "new");
+    makeFolder(tree / "b");
+    makeFolder(tree / "b/inner");
+    makeFile(tree / "b/inner/file", "old");
     EXPECT_TRUE(copyThrows<FileExistsError>("b/inner/file"));
-    EXPECT_EQ("old", test::contentOf(tree_ / "b/inner/file"));
-    ::unlink((tree_ / "b/inner/file").c_str());
-    makeLink("nowhere", tree_ / "b/inner/file");
+    EXPECT_EQ("old", test::contentOf(tree / "b/inner/file"));
+    ::unlink((tree / "b/inner/file").c_str());
+    makeLink("nowhere", tree / "b/inner/file");
     EXPECT_TRUE(copyThrows<FileExistsError>("b/inner/file"));
-    ::unlink((tree_ / "a/inner/file").c_str());
-    makeLink("x", tree_ / "a/inner/file");
+    ::unlink((tree / "a/inner/file").c_str());
+    makeLink("x", tree / "a/inner/file");
     EXPECT_TRUE(copyThrows<FileExistsError>("b/inner/file"));
-    EXPECT_EQ("nowhere", test::linkTextOf(tree_ / "b/inner/file"));
+    EXPECT_EQ("nowhere", test::linkTextOf(tree / "b/inner/file"));
 }
 
 TEST_F(CopyDirectory, PutsAFolderInNoOtherItemsPlace) {
-    makeFolder(tree_ / "a");
-    makeFolder(tree_ / "a/inner");
-    makeFile(tree_ / "a/inner/file", "text");
-    makeFolder(tree_ / "canary");
-    makeFolder(tree_ / "b");
-    makeFile(tree_ / "b/inner", "file");
+    makeFolder(tree / "a");
+    makeFolder(tree / "a/inner");
+    makeFile(tree / "a/inner/file", "text");
+    makeFolder(tree / "canary");
+    makeFolder(tree / "b");
+    makeFile(tree / "b/inner", "file");
     EXPECT_TRUE(copyThrows<NotDirectoryError>("b/inner"));
-    ::unlink((tree_ / "b/inner").c_str());
-    makeLink("../canary", tree_ / "b/inner");
+    ::unlink((tree / "b/inner").c_str());
+    makeLink("../canary", tree / "b/inner");
     EXPECT_TRUE(copyThrows<NotDirectoryError>("b/inner"));
-    EXPECT_EQ(test::TreeSnapshot(), snapshot(tree_ / "canary"));
+    EXPECT_EQ(test::TreeSnapshot(), snapshot(tree / "canary"));
 }
 
 TEST_F(CopyDirectory, TakesALinkAtEitherEndForALink) {
     fill("a");
-    makeFolder(tree_ / "canary");
-    makeLink("a", tree_ / "toA");
-    makeLink("canary", tree_ / "toCanary");
-    makeLink("new", tree_ / "dangling");
-    const test::TreeSnapshot before = snapshot(tree_.path());
+    makeFolder(tree / "canary");
+    makeLink("a", tree / "toA");
+    makeLink("canary", tree / "toCanary");
+    makeLink("new", tree / "dangling");
+    const test::TreeSnapshot before = snapshot(tree.path());
     EXPECT_TRUE(copyThrows<NotDirectoryError>("toA", "toA", "b"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("toA/", "toA/", "b"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("toCanary", "a", "toCanary"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("toCanary/", "a", "toCanary/"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("dangling", "a", "dangling"));
-    EXPECT_EQ(before, snapshot(tree_.path()));
+    EXPECT_EQ(before, snapshot(tree.path()));
 }
 
 TEST_F(CopyDirectory, FollowsLinksOnTheWayToEitherEnd) {
-    makeFolder(tree_ / "real");
+    makeFolder(tree / "real");
     fill("real/a");
-    makeLink("real", tree_ / "way");
+    makeLink("real", tree / "way");
     copy("way/a", "way/b");
-    EXPECT_EQ(snapshot(tree_ / "real/a"), snapshot(tree_ / "real/b"));
+    EXPECT_EQ(snapshot(tree / "real/a"), snapshot(tree / "real/b"));
 }
 
 TEST_F(CopyDirectory, TellsWhichPathIsWrong) {
@@ -252,62 +252,62 @@ TEST_F(CopyDirectory, TellsWhichPathIsWrong) {
     EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file", "a/file", "b"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file", "a", "a/file"));
     EXPECT_TRUE(copyThrows<NotDirectoryError>("a/file/b", "a", "a/file/b"));
-    EXPECT_EQ(std::u16string(), failedPath<PathNotFound>([&] { copy_directory(u"", tree_.text("b")); }));
-    EXPECT_EQ(std::u16string(), failedPath<PathNotFound>([&] { copy_directory(tree_.text("a"), u""); }));
-    EXPECT_FALSE(isThere(tree_ / "b"));
+    EXPECT_EQ(std::u16string(), failedPath<PathNotFound>([&] { copy_directory(u"", tree.text("b")); }));
+    EXPECT_EQ(std::u16string(), failedPath<PathNotFound>([&] { copy_directory(tree.text("a"), u""); }));
+    EXPECT_FALSE(isThere(tree / "b"));
 }
 
 TEST_F(CopyDirectory, RefusesAFolderIntoItself) {
     fill("a");
-    makeLink("a/inner", tree_ / "way");
-    const test::TreeSnapshot before = snapshot(tree_.path());
+    makeLink("a/inner", tree / "way");
+    const test::TreeSnapshot before = snapshot(tree.path());
     for (const char* const to : {"a", "a/", "a/.", "a/inner/..", "a/new", "a/inner", "a/inner/new", "way/new",
                                  "way/empty", "a/inner/empty/new"}) {
         EXPECT_TRUE(copyThrows<InvalidArgument>(to, "a", to));
     }
-    EXPECT_EQ(before, snapshot(tree_.path()));
+    EXPECT_EQ(before, snapshot(tree.path()));
 }
 
 TEST_F(CopyDirectory, TakesASiblingWhoseNameBeginsLikeTheSource) {
     fill("a");
     copy("a", "ab");
-    EXPECT_EQ(snapshot(tree_ / "a"), snapshot(tree_ / "ab"));
+    EXPECT_EQ(snapshot(tree / "a"), snapshot(tree / "ab"));
 }
 
 TEST_F(CopyDirectory, CopiesAFolderIntoTheOneAroundIt) {
-    makeFolder(tree_ / "b");
+    makeFolder(tree / "b");
     fill("b/a");
     copy("b/a/inner", "b");
-    EXPECT_EQ("text", test::contentOf(tree_ / "b/file"));
+    EXPECT_EQ("text", test::contentOf(tree / "b/file"));
 }
 
 TEST_F(CopyDirectory, StopsAtItsOwnDestinationInATreeThatIsMountedTwice) {
     if (!test::canMountMirror()) {
         GTEST_SKIP() << "needs the right to mount";
     }
-    makeFolder(tree_ / "a");
-    makeFolder(tree_ / "a/inner");
-    makeFolder(tree_ / "mirror");
+    makeFolder(tree / "a");
+    makeFolder(tree / "a/inner");
+    makeFolder(tree / "mirror");
     test::runInChild([&] {
-        ASSERT_TRUE(test::mountMirror(tree_ / "a/inner", tree_ / "mirror"));
+        ASSERT_TRUE(test::mountMirror(tree / "a/inner", tree / "mirror"));
         EXPECT_TRUE(copyThrows<InvalidArgument>("a/inner/new", "a", "mirror/new"));
     });
-    EXPECT_FALSE(isThere(tree_ / "a/inner/new/inner/new"));
+    EXPECT_FALSE(isThere(tree / "a/inner/new/inner/new"));
 }
 
 TEST_F(CopyDirectory, RefusesOtherKindsByTheirPath) {
-    makeFolder(tree_ / "a");
-    makeFolder(tree_ / "a/inner");
-    test::makePipe(tree_ / "a/inner/pipe");
+    makeFolder(tree / "a");
+    makeFolder(tree / "a/inner");
+    test::makePipe(tree / "a/inner/pipe");
     EXPECT_TRUE(copyThrows<InvalidOperation>("a/inner/pipe"));
-    EXPECT_FALSE(isThere(tree_ / "b/inner/pipe"));
+    EXPECT_FALSE(isThere(tree / "b/inner/pipe"));
 }
 
 TEST_F(CopyDirectory, DoesNotWaitForAPipeThatTookAFilesPlace) {
-    makeFolder(tree_ / "a");
-    makeFile(tree_ / "a/file");
+    makeFolder(tree / "a");
+    makeFile(tree / "a/file");
     static std::string path;
-    path = tree_ / "a/file";
+    path = tree / "a/file";
     ScopedSystemCalls calls;
     calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
         if (name == std::string("file") && (flags & O_CREAT) == 0) {
@@ -329,8 +329,8 @@ TEST_F(CopyDirectory, WorksWhereListingsTellNoKinds) {
 
 TEST_F(CopyDirectory, LosesNothingWhenSignalsInterruptEveryCall) {
     fill("a");
-    test::makeChain(tree_ / "a/inner/empty", "level", 40);
-    test::makeSparseFile(tree_ / "a/sparse", 600'000, 300'000, "island");
+    test::makeChain(tree / "a/inner/empty", "level", 40);
+    test::makeSparseFile(tree / "a/sparse", 600'000, 300'000, "island");
     ScopedSystemCalls calls;
     test::interruptCalls<&SystemCalls::openat, &SystemCalls::read, &SystemCalls::write, &SystemCalls::lseek,
                          &SystemCalls::ftruncate, &SystemCalls::fallocate, &SystemCalls::ficlone,
@@ -341,10 +341,10 @@ TEST_F(CopyDirectory, LosesNothingWhenSignalsInterruptEveryCall) {
 }
 
 TEST_F(CopyDirectory, StopsAtTheFirstFailureAndLeavesWhatWasCopied) {
-    makeFolder(tree_ / "a");
-    makeFolder(tree_ / "a/inner");
+    makeFolder(tree / "a");
+    makeFolder(tree / "a/inner");
     for (const char* const name : {"1", "2", "3", "4"}) {
-        makeFile(tree_ / ("a/inner/" + std::string(name)), name);
+        makeFile(tree / ("a/inner/" + std::string(name)), name);
     }
     ScopedSystemCalls calls;
     test::failCall<&SystemCalls::write>(calls, 3, ENOSPC);
@@ -353,10 +353,10 @@ TEST_F(CopyDirectory, StopsAtTheFirstFailureAndLeavesWhatWasCopied) {
         ADD_FAILURE() << "nothing was thrown";
     } catch (const fl::filesystem::SystemError& failure) {
         EXPECT_EQ(ENOSPC, failure.get_error_code());
-        EXPECT_EQ(0U, failure.get_path_name().find(tree_.text("b/inner/")));
+        EXPECT_EQ(0U, failure.get_path_name().find(tree.text("b/inner/")));
     }
-    EXPECT_EQ(3U, snapshot(tree_ / "b").size());  // the inner folder and two files, not the third
-    EXPECT_EQ(0700U, test::modeOf(tree_ / "b"));
+    EXPECT_EQ(3U, snapshot(tree / "b").size());  // the inner folder and two files, not the third
+    EXPECT_EQ(0700U, test::modeOf(tree / "b"));
 }
 
 TEST_F(CopyDirectory, NamesAFileThatCannotBeRead) {
@@ -365,7 +365,7 @@ TEST_F(CopyDirectory, NamesAFileThatCannotBeRead) {
         makeFolder(own / "a");
         makeFolder(own / "a/\xC3\xA4");
         makeFile(own / "a/\xC3\xA4/secret", "text", 0);
-        const test::NoDescriptorLeft noDescriptorLeft;
+        const test::NoDescriptorLeft noneInTheChild;
         EXPECT_EQ(own.text(u"a/\u00E4/secret"), failedPath<fl::filesystem::AccessDenied>(
                                                     [&] { copy_directory(own.text("a"), own.text("b")); }));
     });
@@ -375,30 +375,30 @@ TEST_F(CopyDirectory, OfAFolderThatCannotBeReadFails) {
     fill("a");
     ScopedSystemCalls calls;
     test::failCall<&SystemCalls::getdents64>(calls, 1, EIO);
-    EXPECT_TRUE(test::failsWith(EIO, tree_.text("a"), [&] { copy(); }));
+    EXPECT_TRUE(test::failsWith(EIO, tree.text("a"), [&] { copy(); }));
 }
 
 TEST_F(CopyLargeDirectory, WorksAt900LevelsWith256Descriptors) {
-    makeFolder(tree_ / "a");
-    test::makeChain(tree_ / "a", "level", 900);
+    makeFolder(tree / "a");
+    test::makeChain(tree / "a", "level", 900);
     test::runInChild([&] {
         test::limitResource(RLIMIT_NOFILE, 256);
         copy();
-        fl::filesystem::remove_all(tree_.text("b/level"));
+        fl::filesystem::remove_all(tree.text("b/level"));
         copy("a", "b");
     });
     std::string leaf;
     for (int level = 0; level < 600; ++level) {  // about as deep as one call can look
         leaf += "/level";
     }
-    EXPECT_TRUE(isThere(tree_ / ("b" + leaf)));
+    EXPECT_TRUE(isThere(tree / ("b" + leaf)));
 }
 
 TEST_F(CopyLargeDirectory, WorksAt3000LevelsAndCopiesTheLast) {
-    makeFolder(tree_ / "a");
-    test::makeChain(tree_ / "a", "d", 3000);
+    makeFolder(tree / "a");
+    test::makeChain(tree / "a", "d", 3000);
     copy();
-    int folder = ::open((tree_ / "b").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int folder = ::open((tree / "b").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     for (int level = 0; level < 3000; ++level) {
         const int inner = ::openat(folder, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         ::close(folder);
@@ -410,10 +410,10 @@ TEST_F(CopyLargeDirectory, WorksAt3000LevelsAndCopiesTheLast) {
 }
 
 TEST_F(CopyDirectory, SpendsEightCallsOnASmallFile) {
-    makeFolder(tree_ / "a");
+    makeFolder(tree / "a");
     constexpr int kFiles = 50;
     for (int i = 0; i < kFiles; ++i) {
-        makeFile(tree_ / ("a/" + std::to_string(i)), test::someBytes(4096));
+        makeFile(tree / ("a/" + std::to_string(i)), test::someBytes(4096));
     }
     ScopedSystemCalls calls;
     test::countCall<&SystemCalls::openat>(calls);

@@ -34,21 +34,21 @@ constexpr std::size_t kSeveralBuffers = 1'000'000;
 class CopyFileFailure : public ::testing::TestWithParam<copy_option> {
 protected:
     CopyFileFailure() {
-        makeFile(tree_ / "a", someBytes(kSeveralBuffers), 0666);
+        makeFile(tree / "a", someBytes(kSeveralBuffers), 0666);
         if (GetParam() == copy_option::overwrite_if_exists) {
-            makeFile(tree_ / "b", "old");
+            makeFile(tree / "b", "old");
         }
-        before_ = snapshot(tree_.path());
+        before = snapshot(tree.path());
     }
-    ~CopyFileFailure() override { EXPECT_EQ(before_, snapshot(tree_.path())); }
+    ~CopyFileFailure() override { EXPECT_EQ(before, snapshot(tree.path())); }
 
-    void copy() const { copy_file(from_, to_, GetParam()); }
+    void copy() const { copy_file(fromPath, toPath, GetParam()); }
 
-    test::TempTree tree_;
-    const std::u16string from_ = tree_.text("a");
-    const std::u16string to_ = tree_.text("b");
-    test::TreeSnapshot before_;
-    test::NoDescriptorLeft noDescriptorLeft_;
+    test::TempTree tree;
+    const std::u16string fromPath = tree.text("a");
+    const std::u16string toPath = tree.text("b");
+    test::TreeSnapshot before;
+    test::NoDescriptorLeft noDescriptorLeft;
 };
 
 INSTANTIATE_TEST_SUITE_P(Option, CopyFileFailure,
@@ -61,14 +61,14 @@ INSTANTIATE_TEST_SUITE_P(Option, CopyFileFailure,
 TEST_P(CopyFileFailure, OfReadingNamesTheSource) {
     ScopedSystemCalls calls;
     failCall<&SystemCalls::read>(calls, 3, EIO);
-    EXPECT_TRUE(failsWith(EIO, from_, [&] { copy(); }));
+    EXPECT_TRUE(failsWith(EIO, fromPath, [&] { copy(); }));
 }
 
 TEST_P(CopyFileFailure, OfWritingNamesTheDestination) {
     for (const int number : {1, 2, 4}) {
         ScopedSystemCalls calls;
         failCall<&SystemCalls::write>(calls, number, ENOSPC);
-        EXPECT_TRUE(failsWith(ENOSPC, to_, [&] { copy(); })) << number;
+        EXPECT_TRUE(failsWith(ENOSPC, toPath, [&] { copy(); })) << number;
     }
 }
 
@@ -83,14 +83,14 @@ TEST_P(CopyFileFailure, OfClosingTheDestinationIsOfWriting) {
         const int result = fl::filesystem::posix::hostCalls.close(file);
         return file == last ? (errno = EIO, -1) : result;
     };
-    EXPECT_TRUE(failsWith(EIO, to_, [&] { copy(); }));
+    EXPECT_TRUE(failsWith(EIO, toPath, [&] { copy(); }));
 }
 
 TEST_P(CopyFileFailure, OfReservingRoomIsReportedBeforeAnythingIsWritten) {
     ScopedSystemCalls calls;
     failCall<&SystemCalls::fallocate>(calls, 1, ENOSPC);
     test::countCall<&SystemCalls::write>(calls);
-    EXPECT_TRUE(failsWith(ENOSPC, to_, [&] { copy(); }));
+    EXPECT_TRUE(failsWith(ENOSPC, toPath, [&] { copy(); }));
     EXPECT_EQ(0, test::callsMade<&SystemCalls::write>());
 }
 
@@ -99,7 +99,7 @@ TEST_P(CopyFileFailure, OfSettingThePermissionBits) {
         ::umask(077);
         ScopedSystemCalls calls;
         failCall<&SystemCalls::fchmod>(calls, 1, EPERM);
-        EXPECT_EQ(to_, failedPath<fl::filesystem::AccessDenied>([&] { copy(); }));
+        EXPECT_EQ(toPath, failedPath<fl::filesystem::AccessDenied>([&] { copy(); }));
     });
 }
 
@@ -107,13 +107,13 @@ TEST_P(CopyFileFailure, OfLookingAtTheFiles) {
     for (const int number : {1, 2}) {
         ScopedSystemCalls calls;
         failCall<&SystemCalls::fstat>(calls, number, EIO);
-        EXPECT_TRUE(failsWith(EIO, number == 1 ? from_ : to_, [&] { copy(); }));
+        EXPECT_TRUE(failsWith(EIO, number == 1 ? fromPath : toPath, [&] { copy(); }));
     }
 }
 
 TEST_P(CopyFileFailure, OfShorteningTheCopyOfAFileThatShrank) {
     static std::string path;
-    path = tree_ / "shrinking";
+    path = tree / "shrinking";
     makeFile(path, someBytes(kSeveralBuffers));
     {
         ScopedSystemCalls calls;
@@ -122,7 +122,7 @@ TEST_P(CopyFileFailure, OfShorteningTheCopyOfAFileThatShrank) {
             return fl::filesystem::posix::hostCalls.read(file, bytes, count);
         };
         failCall<&SystemCalls::ftruncate>(calls, 1, EIO);
-        EXPECT_TRUE(failsWith(EIO, to_, [&] { copy_file(tree_.text("shrinking"), to_, GetParam()); }));
+        EXPECT_TRUE(failsWith(EIO, toPath, [&] { copy_file(tree.text("shrinking"), toPath, GetParam()); }));
     }
     ::unlink(path.c_str());
 }
@@ -130,7 +130,7 @@ TEST_P(CopyFileFailure, OfShorteningTheCopyOfAFileThatShrank) {
 TEST_P(CopyFileFailure, AtTheLimitOfAFilesSize) {
     test::runInChild([&] {
         test::limitFileSize(500'000);
-        EXPECT_TRUE(failsWith(EFBIG, to_, [&] { copy(); }));
+        EXPECT_TRUE(failsWith(EFBIG, toPath, [&] { copy(); }));
     });
 }
 
@@ -139,7 +139,7 @@ TEST_P(CopyFileFailure, AtTheLimitOfAFilesSizeWhereNothingCanBeReserved) {
         test::limitFileSize(500'000);
         ScopedSystemCalls calls;
         failCall<&SystemCalls::fallocate>(calls, 1, EOPNOTSUPP);
-        EXPECT_TRUE(failsWith(EFBIG, to_, [&] { copy(); }));
+        EXPECT_TRUE(failsWith(EFBIG, toPath, [&] { copy(); }));
     });
 }
 

@@ -42,16 +42,16 @@ constexpr copy_option kOver = copy_option::overwrite_if_exists;
 class CopyFile : public ::testing::TestWithParam<copy_option> {
 protected:
     void copy(std::string_view from, std::string_view to) const {
-        copy_file(tree_.text(from), tree_.text(to), GetParam());
+        copy_file(tree.text(from), tree.text(to), GetParam());
     }
 
     template <typename Failure>
     bool copyThrows(std::string_view about, std::string_view from, std::string_view to) const {
-        return tree_.text(about) == failedPath<Failure>([&] { copy(from, to); });
+        return tree.text(about) == failedPath<Failure>([&] { copy(from, to); });
     }
 
-    TempTree tree_;
-    test::NoDescriptorLeft noDescriptorLeft_;
+    TempTree tree;
+    test::NoDescriptorLeft noDescriptorLeft;
 };
 
 INSTANTIATE_TEST_SUITE_P(Option, CopyFile, ::testing::Values(kNew, kOver), [](const auto& option) {
@@ -62,29 +62,29 @@ TEST_P(CopyFile, CarriesTheContentOfAnySize) {
     for (const std::size_t size :
          {0U, 1U, 4096U, 16383U, 16384U, 16385U, 262143U, 262144U, 262145U, 1048579U}) {
         const std::string name = std::to_string(size);
-        makeFile(tree_ / name, someBytes(size));
+        makeFile(tree / name, someBytes(size));
         copy(name, name + ".copy");
-        EXPECT_EQ(contentOf(tree_ / name), contentOf(tree_ / (name + ".copy"))) << size;
+        EXPECT_EQ(contentOf(tree / name), contentOf(tree / (name + ".copy"))) << size;
     }
 }
 
 TEST_P(CopyFile, CarriesThePermissionBitsWhateverTheMask) {
     test::runInChild([&] {
         ::umask(077);
-        makeFile(tree_ / "a", "text");
+        makeFile(tree / "a", "text");
         for (const mode_t bits : {0666U, 0444U, 0755U, 0600U, 0U, 0777U}) {
-            test::setMode(tree_ / "a", bits);
+            test::setMode(tree / "a", bits);
             copy("a", "b");
-            EXPECT_EQ(bits, modeOf(tree_ / "b"));
-            ::unlink((tree_ / "b").c_str());
+            EXPECT_EQ(bits, modeOf(tree / "b"));
+            ::unlink((tree / "b").c_str());
         }
     });
 }
 
 TEST_P(CopyFile, LeavesOutSetUidSetGidAndTheStickyBit) {
-    makeFile(tree_ / "a", "text", 07755);
+    makeFile(tree / "a", "text", 07755);
     copy("a", "b");
-    EXPECT_EQ(0755U, modeOf(tree_ / "b"));
+    EXPECT_EQ(0755U, modeOf(tree / "b"));
 }
 
 TEST_P(CopyFile, CopiesAFileThatMayOnlyBeRead) {
@@ -102,7 +102,7 @@ TEST_P(CopyFile, IsNeverMoreOpenThanItsSource) {
     written = false;
     test::runInChild([&] {
         ::umask(0);
-        makeFile(tree_ / "a", "text", 0640);
+        makeFile(tree / "a", "text", 0640);
         ScopedSystemCalls calls;
         calls->openat = [](int folder, const char* path, int flags, mode_t mode) {
             EXPECT_EQ(0U, (flags & O_CREAT) != 0 ? mode & ~0640U : 0U);
@@ -121,31 +121,31 @@ TEST_P(CopyFile, IsNeverMoreOpenThanItsSource) {
 }
 
 TEST_P(CopyFile, RefusesWhatIsNoFile) {
-    makeFolder(tree_ / "folder");
-    makePipe(tree_ / "pipe");
-    makeFile(tree_ / "file");
-    makeLink("file", tree_ / "link");
+    makeFolder(tree / "folder");
+    makePipe(tree / "pipe");
+    makeFile(tree / "file");
+    makeLink("file", tree / "link");
     EXPECT_TRUE(copyThrows<fl::filesystem::FileIsDirectory>("folder", "folder", "new"));
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("pipe", "pipe", "new"));
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("link", "link", "new"));
     EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("missing", "missing", "new"));
     EXPECT_EQ(u"/dev/null", failedPath<fl::filesystem::InvalidOperation>(
-                                [&] { copy_file(u"/dev/null", tree_.text("new"), GetParam()); }));
-    EXPECT_FALSE(test::isThere(tree_ / "new"));
+                                [&] { copy_file(u"/dev/null", tree.text("new"), GetParam()); }));
+    EXPECT_FALSE(test::isThere(tree / "new"));
 }
 
 TEST_P(CopyFile, RefusesASocket) {
     const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    (tree_ / "socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    (tree / "socket").copy(address.sun_path, sizeof address.sun_path - 1);
     ASSERT_EQ(0, ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address));
     ::close(listener);
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("socket", "socket", "new"));
 }
 
 TEST_P(CopyFile, DoesNotOpenWhatIsNoFile) {
-    makePipe(tree_ / "pipe");
+    makePipe(tree / "pipe");
     ScopedSystemCalls calls;
     test::countCall<&SystemCalls::openat>(calls);
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("pipe", "pipe", "new"));
@@ -153,9 +153,9 @@ TEST_P(CopyFile, DoesNotOpenWhatIsNoFile) {
 }
 
 TEST_P(CopyFile, DoesNotWaitForAPipeThatTookTheFilesPlace) {
-    makeFile(tree_ / "a", "text");
+    makeFile(tree / "a", "text");
     static std::string path;
-    path = tree_ / "a";
+    path = tree / "a";
     ScopedSystemCalls calls;
     calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
         if (path == name) {
@@ -165,50 +165,50 @@ TEST_P(CopyFile, DoesNotWaitForAPipeThatTookTheFilesPlace) {
         return fl::filesystem::posix::hostCalls.openat(folder, name, flags, mode);
     };
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("a", "a", "new"));
-    EXPECT_FALSE(test::isThere(tree_ / "new"));
+    EXPECT_FALSE(test::isThere(tree / "new"));
 }
 
 TEST_P(CopyFile, RefusesAFileOntoItselfUnderAnyName) {
-    makeFolder(tree_ / "folder");
-    makeFile(tree_ / "folder/a", "text");
-    makeLink("folder", tree_ / "way");
-    ASSERT_EQ(0, ::link((tree_ / "folder/a").c_str(), (tree_ / "hard").c_str()));
-    const test::TreeSnapshot before = snapshot(tree_.path());
+    makeFolder(tree / "folder");
+    makeFile(tree / "folder/a", "text");
+    makeLink("folder", tree / "way");
+    ASSERT_EQ(0, ::link((tree / "folder/a").c_str(), (tree / "hard").c_str()));
+    const test::TreeSnapshot before = snapshot(tree.path());
     for (const char* const to : {"folder/a", "folder/../folder//./a", "way/a", "hard"}) {
         EXPECT_TRUE(copyThrows<fl::filesystem::FileExistsError>(to, "folder/a", to));
     }
-    EXPECT_EQ(before, snapshot(tree_.path()));
+    EXPECT_EQ(before, snapshot(tree.path()));
 }
 
 TEST_P(CopyFile, TellsWhichPathIsMissing) {
-    makeFile(tree_ / "a", "text");
+    makeFile(tree / "a", "text");
     EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("no/b", "a", "no/b"));
     EXPECT_TRUE(copyThrows<fl::filesystem::NotDirectoryError>("a/b", "a", "a/b"));
     EXPECT_TRUE(copyThrows<fl::filesystem::PathNotFound>("no/a", "no/a", "b"));
     EXPECT_EQ(std::u16string(),
-              failedPath<fl::filesystem::PathNotFound>([&] { copy_file(u"", tree_.text("b"), GetParam()); }));
+              failedPath<fl::filesystem::PathNotFound>([&] { copy_file(u"", tree.text("b"), GetParam()); }));
     EXPECT_EQ(std::u16string(),
-              failedPath<fl::filesystem::PathNotFound>([&] { copy_file(tree_.text("a"), u"", GetParam()); }));
+              failedPath<fl::filesystem::PathNotFound>([&] { copy_file(tree.text("a"), u"", GetParam()); }));
 }
 
 TEST_P(CopyFile, TakesNamesOfTheLongestLength) {
-    makeFile(tree_ / "a", "text");
+    makeFile(tree / "a", "text");
     const std::string longest(255, 'n');
     copy("a", longest);
-    EXPECT_EQ("text", contentOf(tree_ / longest));
+    EXPECT_EQ("text", contentOf(tree / longest));
     const std::string tooLong(256, 'n');
     EXPECT_TRUE(copyThrows<fl::filesystem::FileNameTooLarge>(tooLong, "a", tooLong));
 }
 
 TEST_P(CopyFile, TakesNamesThatAreNotUtf8) {
-    makeFile(tree_ / "a\xFF", "text");
-    copy_file(tree_.text(u"a\xDCFF"), tree_.text(u"b\xDC80"), GetParam());
-    EXPECT_EQ("text", contentOf(tree_ / "b\x80"));
+    makeFile(tree / "a\xFF", "text");
+    copy_file(tree.text(u"a\xDCFF"), tree.text(u"b\xDC80"), GetParam());
+    EXPECT_EQ("text", contentOf(tree / "b\x80"));
 }
 
 TEST_P(CopyFile, TakesRelativePaths) {
     test::runInChild([&] {
-        ASSERT_EQ(0, ::chdir(tree_.path().c_str()));
+        ASSERT_EQ(0, ::chdir(tree.path().c_str()));
         makeFile("a", "text");
         copy_file(u"a", u"b", GetParam());
         EXPECT_EQ("text", contentOf("b"));
@@ -216,8 +216,8 @@ TEST_P(CopyFile, TakesRelativePaths) {
 }
 
 TEST_P(CopyFile, LosesNothingWhenSignalsInterruptEveryCall) {
-    makeFile(tree_ / "a", someBytes(600'000), 0777);
-    test::makeSparseFile(tree_ / "sparse", 600'000, 300'000, "island");
+    makeFile(tree / "a", someBytes(600'000), 0777);
+    test::makeSparseFile(tree / "sparse", 600'000, 300'000, "island");
     test::runInChild([&] {
         ::umask(077);
         ScopedSystemCalls calls;
@@ -228,16 +228,16 @@ TEST_P(CopyFile, LosesNothingWhenSignalsInterruptEveryCall) {
         copy("a", "b");
         copy("sparse", "sparse.copy");
     });
-    EXPECT_EQ(contentOf(tree_ / "a"), contentOf(tree_ / "b"));
-    EXPECT_EQ(0777U, modeOf(tree_ / "b"));
-    EXPECT_EQ(contentOf(tree_ / "sparse"), contentOf(tree_ / "sparse.copy"));
+    EXPECT_EQ(contentOf(tree / "a"), contentOf(tree / "b"));
+    EXPECT_EQ(0777U, modeOf(tree / "b"));
+    EXPECT_EQ(contentOf(tree / "sparse"), contentOf(tree / "sparse.copy"));
 }
 
 TEST_P(CopyFile, LeavesNoTemporaryNameBehind) {
-    makeFile(tree_ / "a", "text");
+    makeFile(tree / "a", "text");
     copy("a", "b");
     EXPECT_EQ((test::TreeSnapshot{{"a", "file 0644 'text'"}, {"b", "file 0644 'text'"}}),
-              snapshot(tree_.path()));
+              snapshot(tree.path()));
 }
 
 TEST(CopyFileNew, LeavesWhatIsThere) {

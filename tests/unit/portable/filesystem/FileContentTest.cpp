@@ -34,12 +34,12 @@ constexpr off_t kGibibyte = 1024 * kMebibyte;
 class FileContent : public ::testing::TestWithParam<const char*> {
 protected:
     void copy(std::string_view from = "a", std::string_view to = "b") const {
-        copy_file(tree_.text(from), tree_.text(to), copy_option::fail_if_exists);
+        copy_file(tree.text(from), tree.text(to), copy_option::fail_if_exists);
     }
 
-    off_t bytesOnDisk(std::string_view name) const { return statusOf(tree_ / name).st_blocks * 512; }
+    off_t bytesOnDisk(std::string_view name) const { return statusOf(tree / name).st_blocks * 512; }
 
-    TempTree tree_{GetParam()};
+    TempTree tree{GetParam()};
 };
 
 INSTANTIATE_TEST_SUITE_P(On, FileContent, ::testing::Values("/tmp", "/dev/shm"),
@@ -57,46 +57,46 @@ std::string readAt(const std::string& path, off_t offset, std::size_t count) {
 TEST_P(FileContent, KeepsAHoleOfAGibibyte) {
     const std::string island = someBytes(3 * kMebibyte + 17);
     const off_t offset = kGibibyte - 4 * kMebibyte - 5;
-    makeSparseFile(tree_ / "a", kGibibyte, offset, island);
+    makeSparseFile(tree / "a", kGibibyte, offset, island);
     copy();
-    EXPECT_EQ(kGibibyte, statusOf(tree_ / "b").st_size);
+    EXPECT_EQ(kGibibyte, statusOf(tree / "b").st_size);
     EXPECT_LE(bytesOnDisk("b"), bytesOnDisk("a") + kMebibyte);
-    EXPECT_EQ(island, readAt(tree_ / "b", offset, island.size()));
-    EXPECT_EQ(std::string(1000, '\0'), readAt(tree_ / "b", offset - 1000, 1000));
-    EXPECT_EQ(std::string(1000, '\0'), readAt(tree_ / "b", offset + static_cast<off_t>(island.size()), 1000));
+    EXPECT_EQ(island, readAt(tree / "b", offset, island.size()));
+    EXPECT_EQ(std::string(1000, '\0'), readAt(tree / "b", offset - 1000, 1000));
+    EXPECT_EQ(std::string(1000, '\0'), readAt(tree / "b", offset + static_cast<off_t>(island.size()), 1000));
 }
 
 TEST_P(FileContent, KeepsSeveralIslandsInTheirPlaces) {
-    makeSparseFile(tree_ / "a", 40 * kMebibyte, 0, someBytes(5000));
-    const int file = ::open((tree_ / "a").c_str(), O_WRONLY | O_CLOEXEC);
+    makeSparseFile(tree / "a", 40 * kMebibyte, 0, someBytes(5000));
+    const int file = ::open((tree / "a").c_str(), O_WRONLY | O_CLOEXEC);
     for (off_t at = 3 * kMebibyte; at < 40 * kMebibyte; at += 7 * kMebibyte) {
         ASSERT_EQ(6, ::pwrite(file, "island", 6, at));
     }
     ::close(file);
     copy();
-    EXPECT_EQ(contentOf(tree_ / "a"), contentOf(tree_ / "b"));
+    EXPECT_EQ(contentOf(tree / "a"), contentOf(tree / "b"));
     EXPECT_LE(bytesOnDisk("b"), bytesOnDisk("a"));
 }
 
 TEST_P(FileContent, KeepsAFileThatIsAllHole) {
-    makeSparseFile(tree_ / "a", 5 * kMebibyte + 1, 0, "");
+    makeSparseFile(tree / "a", 5 * kMebibyte + 1, 0, "");
     copy();
-    EXPECT_EQ(5 * kMebibyte + 1, statusOf(tree_ / "b").st_size);
+    EXPECT_EQ(5 * kMebibyte + 1, statusOf(tree / "b").st_size);
     EXPECT_EQ(0, bytesOnDisk("b"));
 }
 
 TEST_P(FileContent, CopiesHolesAsZerosWhereTheyCannotBeFound) {
-    makeSparseFile(tree_ / "a", 2 * kMebibyte, kMebibyte, "island");
+    makeSparseFile(tree / "a", 2 * kMebibyte, kMebibyte, "island");
     ScopedSystemCalls calls;
     calls->lseek = [](int file, off_t offset, int whence) {
         return whence == SEEK_DATA ? (errno = EINVAL, off_t{-1}) : hostCalls.lseek(file, offset, whence);
     };
     copy();
-    EXPECT_EQ(contentOf(tree_ / "a"), contentOf(tree_ / "b"));
+    EXPECT_EQ(contentOf(tree / "a"), contentOf(tree / "b"));
 }
 
 TEST_P(FileContent, CopiesInPiecesOfAnySize) {
-    makeFile(tree_ / "a", someBytes(100'000));
+    makeFile(tree / "a", someBytes(100'000));
     ScopedSystemCalls calls;
     calls->read = [](int file, void* bytes, size_t count) {
         return hostCalls.read(file, bytes, std::min<size_t>(count, 4093));
@@ -105,13 +105,13 @@ TEST_P(FileContent, CopiesInPiecesOfAnySize) {
         return hostCalls.write(file, bytes, std::min<size_t>(count, 1021));
     };
     copy();
-    EXPECT_EQ(contentOf(tree_ / "a"), contentOf(tree_ / "b"));
+    EXPECT_EQ(contentOf(tree / "a"), contentOf(tree / "b"));
 }
 
 TEST_P(FileContent, CopiesAllOfAFileThatGrows) {
     static std::string path;
     static int growths = 0;
-    path = tree_ / "a";
+    path = tree / "a";
     growths = 3;
     makeFile(path, someBytes(300'000));
     ScopedSystemCalls calls;
@@ -120,13 +120,13 @@ TEST_P(FileContent, CopiesAllOfAFileThatGrows) {
         return hostCalls.read(file, bytes, count);
     };
     copy();
-    EXPECT_EQ(1'200'000, statusOf(tree_ / "b").st_size);
-    EXPECT_EQ(contentOf(path), contentOf(tree_ / "b"));
+    EXPECT_EQ(1'200'000, statusOf(tree / "b").st_size);
+    EXPECT_EQ(contentOf(path), contentOf(tree / "b"));
 }
 
 TEST_P(FileContent, EndsWithAFileThatShrinks) {
     static std::string path;
-    path = tree_ / "a";
+    path = tree / "a";
     makeFile(path, someBytes(3 * kMebibyte));
     ScopedSystemCalls calls;
     calls->read = [](int file, void* bytes, size_t count) {
@@ -134,12 +134,12 @@ TEST_P(FileContent, EndsWithAFileThatShrinks) {
         return hostCalls.read(file, bytes, count);
     };
     copy();
-    EXPECT_EQ(someBytes(3 * kMebibyte).substr(0, kMebibyte), contentOf(tree_ / "b"));
+    EXPECT_EQ(someBytes(3 * kMebibyte).substr(0, kMebibyte), contentOf(tree / "b"));
 }
 
 TEST_P(FileContent, EndsWithAnIslandThatShrinks) {
     static std::string path;
-    path = tree_ / "a";
+    path = tree / "a";
     makeSparseFile(path, 8 * kMebibyte, kMebibyte, someBytes(2 * kMebibyte));
     ScopedSystemCalls calls;
     calls->read = [](int file, void* bytes, size_t count) {
@@ -147,22 +147,22 @@ TEST_P(FileContent, EndsWithAnIslandThatShrinks) {
         return hostCalls.read(file, bytes, count);
     };
     copy();
-    EXPECT_EQ(contentOf(path), contentOf(tree_ / "b"));
+    EXPECT_EQ(contentOf(path), contentOf(tree / "b"));
 }
 
 TEST_P(FileContent, CopiesWhereNothingCanBeReserved) {
-    makeFile(tree_ / "a", someBytes(700'000));
+    makeFile(tree / "a", someBytes(700'000));
     for (const int error : {EOPNOTSUPP, EINVAL, ENOSYS, EINTR}) {
         ScopedSystemCalls calls;
         test::failCall<&SystemCalls::fallocate>(calls, 1, error);
         copy();
-        EXPECT_EQ(contentOf(tree_ / "a"), contentOf(tree_ / "b")) << error;
-        ::unlink((tree_ / "b").c_str());
+        EXPECT_EQ(contentOf(tree / "a"), contentOf(tree / "b")) << error;
+        ::unlink((tree / "b").c_str());
     }
 }
 
 TEST_P(FileContent, IsNotCopiedWhereBlocksCanBeShared) {
-    makeFile(tree_ / "a", "text");
+    makeFile(tree / "a", "text");
     static int shared = 0;
     shared = 0;
     ScopedSystemCalls calls;
@@ -175,12 +175,12 @@ TEST_P(FileContent, IsNotCopiedWhereBlocksCanBeShared) {
 
 TEST_P(FileContent, CopiesFilesOfProcWhichHaveNoSize) {
     for (const char* const path : {"/proc/version", "/proc/filesystems"}) {
-        copy_file(test::text(path), tree_.text("b"), copy_option::overwrite_if_exists);
-        EXPECT_EQ(contentOf(path), contentOf(tree_ / "b"));
+        copy_file(test::text(path), tree.text("b"), copy_option::overwrite_if_exists);
+        EXPECT_EQ(contentOf(path), contentOf(tree / "b"));
     }
-    copy_file(u"/proc/self/status", tree_.text("b"), copy_option::overwrite_if_exists);
-    EXPECT_EQ(0U, contentOf(tree_ / "b").find("Name:"));
-    EXPECT_NE(std::string::npos, contentOf(tree_ / "b").find("nonvoluntary_ctxt_switches:"));
+    copy_file(u"/proc/self/status", tree.text("b"), copy_option::overwrite_if_exists);
+    EXPECT_EQ(0U, contentOf(tree / "b").find("Name:"));
+    EXPECT_NE(std::string::npos, contentOf(tree / "b").find("nonvoluntary_ctxt_switches:"));
 }
 
 TEST_P(FileContent, CopiesFilesOfSysWhichClaimMoreThanTheyHold) {
@@ -188,8 +188,8 @@ TEST_P(FileContent, CopiesFilesOfSysWhichClaimMoreThanTheyHold) {
     if (!test::isThere(path)) {
         GTEST_SKIP() << "needs " << path;
     }
-    copy_file(test::text(path), tree_.text("b"), copy_option::fail_if_exists);
-    EXPECT_EQ(contentOf(path), contentOf(tree_ / "b"));
+    copy_file(test::text(path), tree.text("b"), copy_option::fail_if_exists);
+    EXPECT_EQ(contentOf(path), contentOf(tree / "b"));
 }
 
 }  // namespace

@@ -33,60 +33,60 @@ ino_t inodeOf(int folder) {
 class DeepChain : public ::testing::Test {
 protected:
     DeepChain() {
-        test::makeChain(tree_.path(), "d", kDeep - 1);
-        while (chain_.depth() < kDeep) {
-            inodes_.push_back(inodeOf(chain_.innermost()));
-            EXPECT_EQ(0, chain_.push(openFolder(chain_.innermost(), "d")));
+        test::makeChain(tree.path(), "d", kDeep - 1);
+        while (chain.depth() < kDeep) {
+            inodes.push_back(inodeOf(chain.innermost()));
+            EXPECT_EQ(0, chain.push(openFolder(chain.innermost(), "d")));
         }
     }
 
-    test::TempTree tree_{test::fastFolder()};
-    std::size_t openBefore_ = test::openDescriptors().size();
-    FolderChain chain_{openFolder(AT_FDCWD, tree_.path().c_str())};
-    std::vector<ino_t> inodes_;
+    test::TempTree tree{test::fastFolder()};
+    std::size_t openBefore = test::openDescriptors().size();
+    FolderChain chain{openFolder(AT_FDCWD, tree.path().c_str())};
+    std::vector<ino_t> inodes;
 };
 
 TEST_F(DeepChain, HoldsFewDescriptors) {
-    EXPECT_EQ(openBefore_ + FolderChain::kMaxOpen, test::openDescriptors().size());
-    EXPECT_TRUE(chain_.isFull());
-    EXPECT_EQ(kDeep - FolderChain::kMaxOpen, chain_.outermostOpen());
+    EXPECT_EQ(openBefore + FolderChain::kMaxOpen, test::openDescriptors().size());
+    EXPECT_TRUE(chain.isFull());
+    EXPECT_EQ(kDeep - FolderChain::kMaxOpen, chain.outermostOpen());
 }
 
 TEST_F(DeepChain, FindsTheWayBack) {
-    while (chain_.depth() > 1) {
-        ASSERT_EQ(0, chain_.openParent());
-        ASSERT_EQ(inodes_.back(), inodeOf(chain_.parent()));
-        chain_.pop();
-        inodes_.pop_back();
+    while (chain.depth() > 1) {
+        ASSERT_EQ(0, chain.openParent());
+        ASSERT_EQ(inodes.back(), inodeOf(chain.parent()));
+        chain.pop();
+        inodes.pop_back();
     }
-    EXPECT_EQ(openBefore_ + 1, test::openDescriptors().size());
+    EXPECT_EQ(openBefore + 1, test::openDescriptors().size());
 }
 
 TEST_F(DeepChain, GoesUpAndDownAcrossItsLimit) {
     for (int round = 0; round < 3; ++round) {
-        while (chain_.depth() > 2) {
-            ASSERT_EQ(0, chain_.openParent());
-            chain_.pop();
+        while (chain.depth() > 2) {
+            ASSERT_EQ(0, chain.openParent());
+            chain.pop();
         }
-        while (chain_.depth() < kDeep) {
-            ASSERT_EQ(0, chain_.push(openFolder(chain_.innermost(), "d")));
+        while (chain.depth() < kDeep) {
+            ASSERT_EQ(0, chain.push(openFolder(chain.innermost(), "d")));
         }
-        EXPECT_EQ(openBefore_ + FolderChain::kMaxOpen, test::openDescriptors().size());
+        EXPECT_EQ(openBefore + FolderChain::kMaxOpen, test::openDescriptors().size());
     }
 }
 
 TEST_F(DeepChain, DoesNotFollowAFolderThatWasMovedAway) {
-    while (chain_.depth() > chain_.outermostOpen() + 1) {
-        ASSERT_EQ(0, chain_.openParent());
-        chain_.pop();
+    while (chain.depth() > chain.outermostOpen() + 1) {
+        ASSERT_EQ(0, chain.openParent());
+        chain.pop();
     }
-    std::string path = tree_.path();
-    for (std::size_t level = 1; level < chain_.depth(); ++level) {
+    std::string path = tree.path();
+    for (std::size_t level = 1; level < chain.depth(); ++level) {
         path += "/d";
     }
-    test::makeFolder(tree_ / "elsewhere");
-    ASSERT_EQ(0, ::rename(path.c_str(), (tree_ / "elsewhere/d").c_str()));
-    EXPECT_EQ(ESTALE, chain_.openParent());
+    test::makeFolder(tree / "elsewhere");
+    ASSERT_EQ(0, ::rename(path.c_str(), (tree / "elsewhere/d").c_str()));
+    EXPECT_EQ(ESTALE, chain.openParent());
 }
 
 TEST(FolderChain, GivesEveryDescriptorBack) {

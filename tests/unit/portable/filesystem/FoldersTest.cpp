@@ -184,6 +184,17 @@ TEST(CreateDirectories, ManyAtOnceOnTheSamePath) {
     }
 }
 
+TEST(CreateDirectories, SomebodyElseIsFasterByAMoment) {
+    const TempTree tree;
+    ScopedSystemCalls calls;
+    calls->mkdirat = [](int directory, const char* path, mode_t mode) {
+        if (hostCalls.mkdirat(directory, path, mode) == 0) errno = EEXIST;
+        return -1;
+    };
+    EXPECT_FALSE(create_directories(tree.text("a/b")));
+    EXPECT_TRUE(isFolder(tree / "a/b"));
+}
+
 TEST(CreateDirectories, FoldersMadeBeforeAFailureStay) {
     const TempTree tree;
     EXPECT_THROW(create_directories(tree.text("a/b/" + std::string(256, 'n'))), FileNameTooLarge);

@@ -35,10 +35,10 @@ using test::TempTree;
 
 class RemoveAll : public ::testing::Test {
 protected:
-    explicit RemoveAll(const std::string& parent = "/tmp") : tree_(parent) {}
+    explicit RemoveAll(const std::string& parent = "/tmp") : tree(parent) {}
 
-    TempTree tree_;
-    test::NoDescriptorLeft noDescriptorLeft_;
+    TempTree tree;
+    test::NoDescriptorLeft noDescriptorLeft;
 };
 
 /// Large trees, in memory: a disk without a journal takes very long to make what was just removed.
@@ -58,65 +58,65 @@ void fillTree(const TempTree& tree, const std::string& top) {
 }
 
 TEST_F(RemoveAll, RemovesAFileALinkAndAPipe) {
-    makeFile(tree_ / "file");
-    makeLink("nowhere", tree_ / "link");
-    makePipe(tree_ / "pipe");
+    makeFile(tree / "file");
+    makeLink("nowhere", tree / "link");
+    makePipe(tree / "pipe");
     for (const char* const name : {"file", "link", "pipe"}) {
-        remove_all(tree_.text(name));
-        EXPECT_FALSE(isThere(tree_ / name)) << name;
+        remove_all(tree.text(name));
+        EXPECT_FALSE(isThere(tree / name)) << name;
     }
 }
 
 TEST_F(RemoveAll, RemovesAWholeTree) {
-    fillTree(tree_, "top");
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    fillTree(tree, "top");
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveAll, TakesATrailingSeparator) {
-    fillTree(tree_, "top");
-    remove_all(tree_.text("top//"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    fillTree(tree, "top");
+    remove_all(tree.text("top//"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveAll, RemovesALinkAndNotWhatItPointsTo) {
-    fillTree(tree_, "canary");
-    const test::TreeSnapshot before = snapshot(tree_.path());
+    fillTree(tree, "canary");
+    const test::TreeSnapshot before = snapshot(tree.path());
     for (const char* const path : {"link", "link/", "link//"}) {
-        makeLink("canary", tree_ / "link");
-        remove_all(tree_.text(path));
-        EXPECT_EQ(before, snapshot(tree_.path())) << path;
+        makeLink("canary", tree / "link");
+        remove_all(tree.text(path));
+        EXPECT_EQ(before, snapshot(tree.path())) << path;
     }
-    makeFolder(tree_ / "top");
-    makeLink("../canary", tree_ / "top/link");
-    remove_all(tree_.text("top"));
-    EXPECT_EQ(before, snapshot(tree_.path()));
+    makeFolder(tree / "top");
+    makeLink("../canary", tree / "top/link");
+    remove_all(tree.text("top"));
+    EXPECT_EQ(before, snapshot(tree.path()));
 }
 
 TEST_F(RemoveAll, OfAMissingPathFails) {
-    makeFile(tree_ / "file");
+    makeFile(tree / "file");
     EXPECT_EQ(std::u16string(), failedPath<fl::filesystem::PathNotFound>([] { remove_all(u""); }));
-    EXPECT_EQ(tree_.text("no"),
-              failedPath<fl::filesystem::PathNotFound>([&] { remove_all(tree_.text("no")); }));
-    EXPECT_EQ(tree_.text("no/no"),
-              failedPath<fl::filesystem::PathNotFound>([&] { remove_all(tree_.text("no/no")); }));
-    EXPECT_EQ(tree_.text("file/no"),
-              failedPath<fl::filesystem::NotDirectoryError>([&] { remove_all(tree_.text("file/no")); }));
+    EXPECT_EQ(tree.text("no"),
+              failedPath<fl::filesystem::PathNotFound>([&] { remove_all(tree.text("no")); }));
+    EXPECT_EQ(tree.text("no/no"),
+              failedPath<fl::filesystem::PathNotFound>([&] { remove_all(tree.text("no/no")); }));
+    EXPECT_EQ(tree.text("file/no"),
+              failedPath<fl::filesystem::NotDirectoryError>([&] { remove_all(tree.text("file/no")); }));
 }
 
 TEST_F(RemoveAll, RefusesDotsBeforeAnythingIsRemoved) {
-    fillTree(tree_, "top");
-    const test::TreeSnapshot before = snapshot(tree_.path());
+    fillTree(tree, "top");
+    const test::TreeSnapshot before = snapshot(tree.path());
     for (const char* const path : {"top/.", "top/..", "top/inner/..", "top/./", "top/..//"}) {
-        EXPECT_EQ(tree_.text(path),
-                  failedPath<fl::filesystem::InvalidArgument>([&] { remove_all(tree_.text(path)); }));
+        EXPECT_EQ(tree.text(path),
+                  failedPath<fl::filesystem::InvalidArgument>([&] { remove_all(tree.text(path)); }));
     }
     test::runInChild([&] {
-        ASSERT_EQ(0, ::chdir((tree_ / "top/inner").c_str()));
+        ASSERT_EQ(0, ::chdir((tree / "top/inner").c_str()));
         EXPECT_EQ(u".", failedPath<fl::filesystem::InvalidArgument>([] { remove_all(u"."); }));
         EXPECT_EQ(u"..", failedPath<fl::filesystem::InvalidArgument>([] { remove_all(u".."); }));
     });
-    EXPECT_EQ(before, snapshot(tree_.path()));
+    EXPECT_EQ(before, snapshot(tree.path()));
 }
 
 TEST_F(RemoveAll, RefusesTheRoot) {
@@ -130,88 +130,87 @@ TEST_F(RemoveAll, RefusesTheRoot) {
 }
 
 TEST_F(RemoveAll, RemovesNamesOfEveryKind) {
-    makeFolder(tree_ / "top");
+    makeFolder(tree / "top");
     for (const char* const name : {"...", " ", "-rf", "*", "\n", "\xFF\xFE", "\\", "a:b", ".hidden"}) {
-        makeFile(tree_ / ("top/" + std::string(name)));
+        makeFile(tree / ("top/" + std::string(name)));
     }
-    makeFile(tree_ / ("top/" + std::string(255, 'n')));
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    makeFile(tree / ("top/" + std::string(255, 'n')));
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveLarge, RemovesAFolderOfManyEntries) {
-    makeFolder(tree_ / "top");
+    makeFolder(tree / "top");
     for (int i = 0; i < 5000; ++i) {
-        makeFile(tree_ / ("top/a rather long name of a file, number " + std::to_string(i)));
+        makeFile(tree / ("top/a rather long name of a file, number " + std::to_string(i)));
     }
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveAll, WorksWhereListingsTellNoKinds) {
-    fillTree(tree_, "top");
+    fillTree(tree, "top");
     ScopedSystemCalls calls;
     test::hideKinds(calls);
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveLarge, WorksAt900LevelsWith256Descriptors) {
-    makeFolder(tree_ / "top");
-    test::makeChain(tree_ / "top", "level", 900);
+    makeFolder(tree / "top");
+    test::makeChain(tree / "top", "level", 900);
     test::runInChild([&] {
         test::limitResource(RLIMIT_NOFILE, 256);
-        remove_all(tree_.text("top"));
+        remove_all(tree.text("top"));
     });
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveLarge, WorksAt3000Levels) {
-    makeFolder(tree_ / "top");
-    test::makeChain(tree_ / "top", "level", 3000);
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    makeFolder(tree / "top");
+    test::makeChain(tree / "top", "level", 3000);
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveAll, LosesNothingWhenSignalsInterruptEveryCall) {
-    fillTree(tree_, "top");
-    test::makeChain(tree_ / "top", "level", 40);
+    fillTree(tree, "top");
+    test::makeChain(tree / "top", "level", 40);
     ScopedSystemCalls calls;
     test::interruptCalls<&SystemCalls::openat, &SystemCalls::fstat, &SystemCalls::getdents64,
                          &SystemCalls::unlinkat>(calls);
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveAll, GoesOnAfterAFailureAndThrowsTheFirst) {
-    fillTree(tree_, "top");
-    makeFile(tree_ / "top/inner/locked");
+    fillTree(tree, "top");
+    makeFile(tree / "top/inner/locked");
     ScopedSystemCalls calls;
     calls->unlinkat = [](int folder, const char* name, int flags) {
         return name == std::string_view("locked") ? (errno = EBUSY, -1)
                                                   : hostCalls.unlinkat(folder, name, flags);
     };
-    EXPECT_TRUE(
-        test::failsWith(EBUSY, tree_.text("top/inner/locked"), [&] { remove_all(tree_.text("top")); }));
+    EXPECT_TRUE(test::failsWith(EBUSY, tree.text("top/inner/locked"), [&] { remove_all(tree.text("top")); }));
     EXPECT_EQ(
         (test::TreeSnapshot{
             {"top", "folder 0755"}, {"top/inner", "folder 0755"}, {"top/inner/locked", "file 0644 ''"}}),
-        snapshot(tree_.path()));
+        snapshot(tree.path()));
 }
 
 TEST_F(RemoveAll, OfAFolderThatCannotBeReadFails) {
-    fillTree(tree_, "top");
+    fillTree(tree, "top");
     ScopedSystemCalls calls;
     test::failCall<&SystemCalls::getdents64>(calls, 1, EIO);
-    EXPECT_TRUE(test::failsWith(EIO, tree_.text("top"), [&] { remove_all(tree_.text("top")); }));
-    EXPECT_TRUE(isThere(tree_ / "top/inner/file"));
+    EXPECT_TRUE(test::failsWith(EIO, tree.text("top"), [&] { remove_all(tree.text("top")); }));
+    EXPECT_TRUE(isThere(tree / "top/inner/file"));
 }
 
 TEST_F(RemoveAll, ReadsAFolderAgainThatFilledUpMeanwhile) {
-    fillTree(tree_, "top");
+    fillTree(tree, "top");
     static std::string path;
     static int additions = 0;
-    path = tree_ / "top/inner";
+    path = tree / "top/inner";
     additions = 3;
     ScopedSystemCalls calls;
     calls->unlinkat = [](int folder, const char* name, int flags) {
@@ -220,27 +219,27 @@ TEST_F(RemoveAll, ReadsAFolderAgainThatFilledUpMeanwhile) {
         }
         return hostCalls.unlinkat(folder, name, flags);
     };
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveAll, GivesUpOnAFolderThatStaysFull) {
-    fillTree(tree_, "top");
+    fillTree(tree, "top");
     ScopedSystemCalls calls;
     calls->unlinkat = [](int folder, const char* name, int flags) {
         return name == std::string_view("inner") ? (errno = ENOTEMPTY, -1)
                                                  : hostCalls.unlinkat(folder, name, flags);
     };
-    EXPECT_EQ(tree_.text("top/inner"),
-              failedPath<fl::filesystem::DirectoryNotEmpty>([&] { remove_all(tree_.text("top")); }));
+    EXPECT_EQ(tree.text("top/inner"),
+              failedPath<fl::filesystem::DirectoryNotEmpty>([&] { remove_all(tree.text("top")); }));
     EXPECT_EQ((test::TreeSnapshot{{"top", "folder 0755"}, {"top/inner", "folder 0755"}}),
-              snapshot(tree_.path()));
+              snapshot(tree.path()));
 }
 
 TEST_F(RemoveAll, RemovesAFileThatTookTheFoldersPlace) {
-    fillTree(tree_, "top");
+    fillTree(tree, "top");
     static std::string path;
-    path = tree_ / "top/inner";
+    path = tree / "top/inner";
     ScopedSystemCalls calls;
     calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
         if (name == std::string_view("inner")) {
@@ -249,27 +248,27 @@ TEST_F(RemoveAll, RemovesAFileThatTookTheFoldersPlace) {
         }
         return hostCalls.openat(folder, name, flags, mode);
     };
-    remove_all(tree_.text("top"));
-    EXPECT_FALSE(isThere(tree_ / "top"));
+    remove_all(tree.text("top"));
+    EXPECT_FALSE(isThere(tree / "top"));
 }
 
 TEST_F(RemoveAll, DoesNotFollowAFolderThatWasMovedAway) {
-    makeFolder(tree_ / "top");
-    makeFolder(tree_ / "elsewhere");
-    makeFile(tree_ / "elsewhere/canary");
-    test::makeChain(tree_ / "top", "level", 40);
-    static TempTree* tree = nullptr;
-    tree = &tree_;
+    makeFolder(tree / "top");
+    makeFolder(tree / "elsewhere");
+    makeFile(tree / "elsewhere/canary");
+    test::makeChain(tree / "top", "level", 40);
+    static TempTree* watched = nullptr;
+    watched = &tree;
     ScopedSystemCalls calls;
     calls->unlinkat = [](int folder, const char* name, int flags) {
         if (name == std::string_view("leaf")) {  // all the way down: move the second folder out of the tree
-            EXPECT_EQ(0, ::rename((*tree / "top/level/level").c_str(), (*tree / "elsewhere/level").c_str()));
+            EXPECT_EQ(
+                0, ::rename((*watched / "top/level/level").c_str(), (*watched / "elsewhere/level").c_str()));
         }
         return hostCalls.unlinkat(folder, name, flags);
     };
-    EXPECT_TRUE(
-        test::failsWith(ESTALE, tree_.text("top/level/level"), [&] { remove_all(tree_.text("top")); }));
-    EXPECT_TRUE(isThere(tree_ / "elsewhere/canary"));
+    EXPECT_TRUE(test::failsWith(ESTALE, tree.text("top/level/level"), [&] { remove_all(tree.text("top")); }));
+    EXPECT_TRUE(isThere(tree / "elsewhere/canary"));
 }
 
 /// As a user whom permissions stop; root passes them all.

@@ -57,22 +57,22 @@ constexpr int kFiles = 20;
 class TreeSwap : public ::testing::Test {
 protected:
     TreeSwap() {
-        makeFolder(tree_ / "canary");
-        makeFolder(tree_ / "canary/inner");
+        makeFolder(tree / "canary");
+        makeFolder(tree / "canary/inner");
         for (int i = 0; i < kFiles; ++i) {
-            makeFile(tree_ / ("canary/" + std::to_string(i)), "canary");
-            makeFile(tree_ / ("canary/inner/" + std::to_string(i)), "canary");
+            makeFile(tree / ("canary/" + std::to_string(i)), "canary");
+            makeFile(tree / ("canary/inner/" + std::to_string(i)), "canary");
         }
-        before_ = snapshot(tree_ / "canary");
+        before = snapshot(tree / "canary");
     }
 
     void fillVictim(const std::string& top) const {
-        makeFolder(tree_ / top);
-        makeFolder(tree_ / (top + "/swapped"));
-        makeFolder(tree_ / (top + "/swapped/inner"));
+        makeFolder(tree / top);
+        makeFolder(tree / (top + "/swapped"));
+        makeFolder(tree / (top + "/swapped/inner"));
         for (int i = 0; i < kFiles; ++i) {
-            makeFile(tree_ / (top + "/swapped/" + std::to_string(i)));
-            makeFile(tree_ / (top + "/swapped/inner/" + std::to_string(i)));
+            makeFile(tree / (top + "/swapped/" + std::to_string(i)));
+            makeFile(tree / (top + "/swapped/inner/" + std::to_string(i)));
         }
     }
 
@@ -80,31 +80,31 @@ protected:
         try {
             operation();
         } catch (const fl::filesystem::FsysExceptionBase&) {
-            ++failures_;  // to fail is a fair answer to somebody who swaps folders
+            ++failures;  // to fail is a fair answer to somebody who swaps folders
         }
     }
 
-    TempTree tree_{test::fastFolder()};
-    test::TreeSnapshot before_;
-    mutable long failures_ = 0;
-    test::NoDescriptorLeft noDescriptorLeft_;
+    TempTree tree{test::fastFolder()};
+    test::TreeSnapshot before;
+    mutable long failures = 0;
+    test::NoDescriptorLeft noDescriptorLeft;
 };
 
 TEST_F(TreeSwap, NeverLeadsRemoveAllOutOfItsTree) {
     long swaps = 0;
     while (swaps < kSwaps) {
         fillVictim("top");
-        makeLink(tree_ / "canary", tree_ / "link");
+        makeLink(tree / "canary", tree / "link");
         {
-            const Swapper swapper(tree_ / "top/swapped", tree_ / "link");
+            const Swapper swapper(tree / "top/swapped", tree / "link");
             while (swapper.swaps() == 0) {
             }
-            tryTo([&] { fl::filesystem::remove_all(tree_.text("top")); });
+            tryTo([&] { fl::filesystem::remove_all(tree.text("top")); });
             swaps += swapper.swaps();
         }
-        ASSERT_EQ(before_, snapshot(tree_ / "canary"));
+        ASSERT_EQ(before, snapshot(tree / "canary"));
         for (const char* const name : {"top", "link"}) {
-            tryTo([&] { fl::filesystem::remove_all(tree_.text(name)); });
+            tryTo([&] { fl::filesystem::remove_all(tree.text(name)); });
         }
     }
 }
@@ -113,33 +113,33 @@ TEST_F(TreeSwap, NeverLeadsCopyDirectoryToWriteElsewhere) {
     fillVictim("source");
     long swaps = 0;
     while (swaps < kSwaps) {
-        makeFolder(tree_ / "copy");
-        makeFolder(tree_ / "copy/swapped");
-        makeLink(tree_ / "canary", tree_ / "link");
+        makeFolder(tree / "copy");
+        makeFolder(tree / "copy/swapped");
+        makeLink(tree / "canary", tree / "link");
         {
-            const Swapper swapper(tree_ / "copy/swapped", tree_ / "link");
+            const Swapper swapper(tree / "copy/swapped", tree / "link");
             while (swapper.swaps() == 0) {
             }
-            tryTo([&] { fl::filesystem::copy_directory(tree_.text("source"), tree_.text("copy")); });
+            tryTo([&] { fl::filesystem::copy_directory(tree.text("source"), tree.text("copy")); });
             swaps += swapper.swaps();
         }
-        ASSERT_EQ(before_, snapshot(tree_ / "canary"));
+        ASSERT_EQ(before, snapshot(tree / "canary"));
         for (const char* const name : {"copy", "link"}) {
-            tryTo([&] { fl::filesystem::remove_all(tree_.text(name)); });
+            tryTo([&] { fl::filesystem::remove_all(tree.text(name)); });
         }
     }
 }
 
 TEST_F(TreeSwap, NeverLeadsCopyDirectoryToReadElsewhere) {
     fillVictim("source");
-    makeLink(tree_ / "canary", tree_ / "link");
-    const Swapper swapper(tree_ / "source/swapped", tree_ / "link");
+    makeLink(tree / "canary", tree / "link");
+    const Swapper swapper(tree / "source/swapped", tree / "link");
     while (swapper.swaps() < kSwaps) {
-        tryTo([&] { fl::filesystem::copy_directory(tree_.text("source"), tree_.text("copy")); });
-        for (const auto& [name, description] : snapshot(tree_ / "copy")) {
+        tryTo([&] { fl::filesystem::copy_directory(tree.text("source"), tree.text("copy")); });
+        for (const auto& [name, description] : snapshot(tree / "copy")) {
             ASSERT_EQ(std::string::npos, description.find("'canary'")) << name;
         }
-        fl::filesystem::remove_all(tree_.text("copy"));
+        fl::filesystem::remove_all(tree.text("copy"));
     }
 }
 
