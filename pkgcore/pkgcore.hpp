@@ -1,6 +1,6 @@
 #pragma once
 
-// Everything that a client of the library needs to work with files; the headers can be taken one by one as well.
+// Everything that a client of the library needs; the headers can be taken one by one as well.
 
 #include <pkgcore/core/Exception.hpp>
 #include <pkgcore/core/StringConversions.hpp>

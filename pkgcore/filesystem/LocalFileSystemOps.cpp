@@ -2,6 +2,7 @@
 
 #include <pkgcore/core/MessageText.hpp>
 #include <pkgcore/filesystem/FsysExceptionTranslator.hpp>
+#include <pkgcore/filesystem/NativeForm.hpp>
 #include <pkgcore/filesystem/PathHelpers.hpp>
 #include <pkgcore/platform/filesystem/DirectoryIterator.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
@@ -44,10 +45,6 @@ void translated(std::string& msg, error_code& ec, Operation operation) {
     } catch (...) {
         detail::translateFsysException(msg, ec);
     }
-}
-
-ustring nativeForm(const ustring& path) {
-    return path.empty() ? ustring() : fsys::detail::make_native_form(path, true);
 }
 
 void requireNonEmpty(const ustring& path) {
@@ -134,7 +131,7 @@ ustring LocalFileSystemOps::doNormalizePath(const ustring& path, std::string& /*
 ustring LocalFileSystemOps::doAppendPath(const ustring& base, const ustring& toAppend, std::string& msg,
                                          error_code& ec) {
     return translated(ustring(), msg, ec, [&] {
-        ustring joined = nativeForm(base);
+        ustring joined = detail::nativeForm(base);
         // One leading slash and no more: of two, the second is appended.
         const ustring rest = toAppend.substr(!toAppend.empty() && toAppend.front() == u'/' ? 1 : 0);
         if (!rest.empty()) {
@@ -150,7 +147,7 @@ bool LocalFileSystemOps::doGetLocalPath(const ustring& path, ustring& localPath)
 }
 
 bool LocalFileSystemOps::doIsAbsolutePath(const ustring& path) {
-    return fsys::detail::is_absolute(nativeForm(path));
+    return fsys::detail::is_absolute(detail::nativeForm(path));
 }
 
 bool LocalFileSystemOps::doExists(const ustring& path, std::string& msg, error_code& ec) {
@@ -212,7 +209,7 @@ void LocalFileSystemOps::doGetFiles(const ustring& folder, std::vector<ustring>&
         return;
     }
     translated(msg, ec, [&] {
-        fsys::detail::upath_directory_iterator_impl entries(nativeForm(folder),
+        fsys::detail::upath_directory_iterator_impl entries(detail::nativeForm(folder),
                                                             fsys::detail::initialization_mode::standard);
         for (; entries.is_open(); entries.increment()) {
             const fsys::detail::upath_directory_entry& entry = *entries;

@@ -15,7 +15,7 @@ namespace test {
 namespace {
 
 using fl::filesystem::posix::callsInForce;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using fl::filesystem::posix::SystemCalls;
 
 struct State {
@@ -75,7 +75,7 @@ struct Faulty<entry> {
     static inline const char* name = nullptr;
 
     static Result call(Arguments... arguments) {
-        return shallFail(name, arguments...) ? failure<Result>() : (hostCalls.*entry)(arguments...);
+        return shallFail(name, arguments...) ? failure<Result>() : (kHostCalls.*entry)(arguments...);
     }
     static Result interruptedTwice(Arguments... arguments) {
         static int times = 0;
@@ -84,7 +84,7 @@ struct Faulty<entry> {
             errno = EINTR;
             return failure<Result>();
         }
-        return (hostCalls.*entry)(arguments...);
+        return (kHostCalls.*entry)(arguments...);
     }
 };
 
@@ -98,13 +98,13 @@ int faultyClose(int descriptor) {
     const bool writing = (::fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_RDONLY;
     const bool fails = shallFail(writing ? "close after writing" : "close");
     const int error = errno;
-    const int result = hostCalls.close(descriptor);
+    const int result = kHostCalls.close(descriptor);
     errno = error;
     return fails ? -1 : result;
 }
 
 SystemCalls faultyTable() {
-    SystemCalls table = hostCalls;
+    SystemCalls table = kHostCalls;
     table.close = faultyClose;
     makeFaulty<&SystemCalls::openat>(table, "openat");
     makeFaulty<&SystemCalls::read>(table, "read");
@@ -139,16 +139,16 @@ void makeInterrupted(SystemCalls& table) {
 // Every call that may block on some file system. Sharing and reserving blocks are left out: they are
 // attempts, and giving one up when a signal arrives is as good an answer.
 SystemCalls interruptedTable() {
-    SystemCalls table = hostCalls;
+    SystemCalls table = kHostCalls;
     table.close = [](int descriptor) {
-        hostCalls.close(descriptor);
+        kHostCalls.close(descriptor);
         ++interruptionCount;
         errno = EINTR;
         return -1;
     };
     table.getdents64 = [](int folder, void* records, std::size_t size) {
         // Asked for nothing, the system answers at once what the descriptor is.
-        return size == 0 ? hostCalls.getdents64(folder, records, size)
+        return size == 0 ? kHostCalls.getdents64(folder, records, size)
                          : Faulty<&SystemCalls::getdents64>::interruptedTwice(folder, records, size);
     };
     makeInterrupted<&SystemCalls::openat>(table);
@@ -161,19 +161,19 @@ SystemCalls interruptedTable() {
 }
 
 SystemCalls shortTable() {
-    SystemCalls table = hostCalls;
+    SystemCalls table = kHostCalls;
     table.read = [](int file, void* bytes, std::size_t count) {
-        return hostCalls.read(file, bytes, std::min(count, transferSize));
+        return kHostCalls.read(file, bytes, std::min(count, transferSize));
     };
     table.write = [](int file, const void* bytes, std::size_t count) {
-        return hostCalls.write(file, bytes, std::min(count, transferSize));
+        return kHostCalls.write(file, bytes, std::min(count, transferSize));
     };
     table.getrandom = [](void* bytes, std::size_t count, unsigned flags) {
-        return hostCalls.getrandom(bytes, std::min<std::size_t>(count, 1), flags);
+        return kHostCalls.getrandom(bytes, std::min<std::size_t>(count, 1), flags);
     };
     table.getdents64 = [](int folder, void* records, std::size_t count) {
         constexpr std::size_t longestRecord = 280;
-        return hostCalls.getdents64(folder, records, std::min(count, longestRecord));
+        return kHostCalls.getdents64(folder, records, std::min(count, longestRecord));
     };
     return table;
 }
@@ -187,7 +187,7 @@ FaultyCalls::FaultyCalls(const Fault& fault) {
     callsInForce.store(&table);
 }
 
-FaultyCalls::~FaultyCalls() { callsInForce.store(&hostCalls); }
+FaultyCalls::~FaultyCalls() { callsInForce.store(&kHostCalls); }
 
 bool FaultyCalls::wasReached() { return !state.failed.empty(); }
 
@@ -209,7 +209,7 @@ InterruptedCalls::InterruptedCalls() {
     callsInForce.store(&table);
 }
 
-InterruptedCalls::~InterruptedCalls() { callsInForce.store(&hostCalls); }
+InterruptedCalls::~InterruptedCalls() { callsInForce.store(&kHostCalls); }
 
 long InterruptedCalls::interruptions() { return interruptionCount; }
 
@@ -219,14 +219,14 @@ ShortTransfers::ShortTransfers(std::size_t bytes) {
     callsInForce.store(&table);
 }
 
-ShortTransfers::~ShortTransfers() { callsInForce.store(&hostCalls); }
+ShortTransfers::~ShortTransfers() { callsInForce.store(&kHostCalls); }
 
 int callsPastTheFaults() {
     using Entry = void (*)();
     constexpr std::size_t count = sizeof(SystemCalls) / sizeof(Entry);
     std::array<Entry, count> host;
     std::array<Entry, count> inForce;
-    std::memcpy(host.data(), &hostCalls, sizeof(SystemCalls));
+    std::memcpy(host.data(), &kHostCalls, sizeof(SystemCalls));
     std::memcpy(inForce.data(), callsInForce.load(), sizeof(SystemCalls));
     int past = 0;
     for (std::size_t entry = 0; entry < count; ++entry) {

@@ -24,7 +24,7 @@ namespace test {
 namespace {
 
 namespace fsys = fl::filesystem;
-using fsys::posix::hostCalls;
+using fsys::posix::kHostCalls;
 
 // What another process does in the middle of an operation: once, the first time that the hook's call comes
 // by. The entries of the table are plain functions, so it is static.
@@ -77,7 +77,7 @@ TEST_F(RaceTest, RemovingDoesNotFollowALinkPutInPlaceOfAFolder) {
         if (namesItem(path, "inner")) {
             interfereOnce();
         }
-        return hostCalls.openat(folder, path, flags, mode);
+        return kHostCalls.openat(folder, path, flags, mode);
     };
     fsys::remove_all(tree.text("top"));
     EXPECT_FALSE(isThere(tree / "top"));
@@ -90,7 +90,7 @@ TEST_F(RaceTest, RemovingDoesNotFollowALinkPutInPlaceOfTheFolderItself) {
         if (namesItem(path, "top")) {
             interfereOnce();
         }
-        return hostCalls.openat(folder, path, flags, mode);
+        return kHostCalls.openat(folder, path, flags, mode);
     };
     fsys::remove_all(tree.text("top"));
     EXPECT_FALSE(isThere(tree / "top"));
@@ -107,7 +107,7 @@ TEST_F(RaceTest, RemovingStaysInAFolderThatIsMovedAway) {
         if (namesItem(path, "file")) {
             interfereOnce();
         }
-        return hostCalls.unlinkat(folder, path, flags);
+        return kHostCalls.unlinkat(folder, path, flags);
     };
     try {
         fsys::remove_all(tree.text("top"));
@@ -124,7 +124,7 @@ TEST_F(RaceTest, RemovingTakesWhatIsAddedMeanwhile) {
         if (namesItem(path, "file")) {
             interfereOnce();
         }
-        return hostCalls.unlinkat(folder, path, flags);
+        return kHostCalls.unlinkat(folder, path, flags);
     };
     fsys::remove_all(tree.text("top"));
     EXPECT_FALSE(isThere(tree / "top"));
@@ -140,7 +140,7 @@ TEST_F(RaceTest, RemovingDoesNotMindWhatOthersRemoveFirst) {
         if (namesItem(path, "file")) {
             interfereOnce();
         }
-        return hostCalls.unlinkat(folder, path, flags);
+        return kHostCalls.unlinkat(folder, path, flags);
     };
     fsys::remove_all(tree.text("top"));
     EXPECT_FALSE(isThere(tree / "top"));
@@ -152,7 +152,7 @@ TEST_F(RaceTest, CopyingDoesNotFollowALinkPutInPlaceOfAFolder) {
         if (namesItem(path, "inner")) {
             interfereOnce();
         }
-        return hostCalls.openat(folder, path, flags, mode);
+        return kHostCalls.openat(folder, path, flags, mode);
     };
     EXPECT_THROW(fsys::copy_directory(tree.text("top"), tree.text("to")), fsys::FsysExceptionBase);
     EXPECT_FALSE(isThere(tree / "to/inner/kept"));
@@ -160,7 +160,7 @@ TEST_F(RaceTest, CopyingDoesNotFollowALinkPutInPlaceOfAFolder) {
 
 TEST_F(RaceTest, CopyingDoesNotWriteThroughALinkPutInPlaceOfADestinationFolder) {
     calls->mkdirat = [](int folder, const char* path, mode_t mode) {
-        const int result = hostCalls.mkdirat(folder, path, mode);
+        const int result = kHostCalls.mkdirat(folder, path, mode);
         if (namesItem(path, "inner")) {
             interfereOnce();
         }
@@ -182,7 +182,7 @@ TEST_F(RaceTest, CopyingDoesNotWaitForAPipePutInPlaceOfTheFile) {
         if (namesItem(path, "file")) {
             interfereOnce();
         }
-        return hostCalls.openat(folder, path, flags, mode);
+        return kHostCalls.openat(folder, path, flags, mode);
     };
     EXPECT_THROW(fsys::copy_file(tree.text("top/file"), tree.text("to"), fsys::copy_option::fail_if_exists),
                  fsys::InvalidOperation);
@@ -195,7 +195,7 @@ TEST_F(RaceTest, CopyingDoesNotReplaceAFileThatAppearsMeanwhile) {
         if ((flags & O_CREAT) != 0) {
             interfereOnce();
         }
-        return hostCalls.openat(folder, path, flags, mode);
+        return kHostCalls.openat(folder, path, flags, mode);
     };
     EXPECT_THROW(fsys::copy_file(tree.text("top/file"), tree.text("to"), fsys::copy_option::fail_if_exists),
                  fsys::FileExistsError);
@@ -209,7 +209,7 @@ TEST_F(RaceTest, CopyingReadsAFileThatGrowsOrShrinksToItsEnd) {
         interference = [&] { ASSERT_EQ(0, ::truncate((place / "from").c_str(), size)); };
         calls->read = [](int file, void* bytes, std::size_t count) {
             interfereOnce();
-            return hostCalls.read(file, bytes, count);
+            return kHostCalls.read(file, bytes, count);
         };
         fsys::copy_file(place.text("from"), place.text("to"), fsys::copy_option::fail_if_exists);
         EXPECT_TRUE(contentOf(place / "from") == contentOf(place / "to")) << size;
@@ -222,11 +222,11 @@ TEST_F(RaceTest, ACopyIsNeverMoreOpenThanItsSource) {
         tooOpen = ~bits & 0777U;
         calls->openat = [](int folder, const char* path, int flags, mode_t mode) {
             EXPECT_TRUE((flags & O_CREAT) == 0 || (mode & tooOpen) == 0) << path << ' ' << std::oct << mode;
-            return hostCalls.openat(folder, path, flags, mode);
+            return kHostCalls.openat(folder, path, flags, mode);
         };
         calls->fchmod = [](int file, mode_t mode) {
             EXPECT_EQ(0U, mode & (tooOpen | 07000U)) << std::oct << mode;
-            return hostCalls.fchmod(file, mode);
+            return kHostCalls.fchmod(file, mode);
         };
         const TempTree place{fastFolder()};
         makeFile(place / "from", "text", bits);
@@ -246,7 +246,7 @@ TEST_F(RaceTest, BlocksThatCanBeSharedAreNotCopied) {
     };
     calls->read = [](int file, void* bytes, std::size_t count) {
         ++reads;
-        return hostCalls.read(file, bytes, count);
+        return kHostCalls.read(file, bytes, count);
     };
     fsys::copy_file(tree.text("top/file"), tree.text("to"), fsys::copy_option::fail_if_exists);
     EXPECT_EQ("text", contentOf(tree / "to"));
@@ -257,7 +257,7 @@ TEST_F(RaceTest, FileSystemsThatTellNoKindsAreListedCopiedAndRemoved) {
     calls->getdents64 = [](int folder, void* records, std::size_t size) {
         constexpr std::size_t lengthOffset = 16;  // of the kernel's record: inode, offset, length, kind, name
         constexpr std::size_t kindOffset = 18;
-        const ssize_t count = hostCalls.getdents64(folder, records, size);
+        const ssize_t count = kHostCalls.getdents64(folder, records, size);
         auto* const bytes = static_cast<char*>(records);
         for (ssize_t at = 0; at < count;) {
             std::uint16_t length = 0;
@@ -287,7 +287,7 @@ TEST_F(RaceTest, AListingAsksNothingAboutItsEntries) {
     questions = 0;
     calls->fstatat = [](int folder, const char* path, struct stat* status, int flags) {
         ++questions;
-        return hostCalls.fstatat(folder, path, status, flags);
+        return kHostCalls.fstatat(folder, path, status, flags);
     };
     for (int number = 0; number < 300; ++number) {
         makeFile(tree / ("top/inner/" + std::to_string(number)));

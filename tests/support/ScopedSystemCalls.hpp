@@ -22,7 +22,7 @@ public:
 
 private:
     const fl::filesystem::posix::SystemCalls* before_ = fl::filesystem::posix::callsInForce.load();
-    fl::filesystem::posix::SystemCalls calls_ = fl::filesystem::posix::hostCalls;
+    fl::filesystem::posix::SystemCalls calls_ = fl::filesystem::posix::kHostCalls;
 };
 
 }  // namespace test

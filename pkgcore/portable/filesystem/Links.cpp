@@ -50,8 +50,7 @@ void copy_symlink(const std::u16string& from, const std::u16string& to) {
     const Place source(from);
     const Place target(to);
     const posix::Item link = posix::itemAt(source.orThrow());
-    posix::throwIfFailed(posix::copyLink(link, posix::itemAt(target.orThrow()), posix::Times::New), from,
-                         to);
+    posix::throwIfFailed(posix::copyLink(link, posix::itemAt(target.orThrow()), posix::Times::New), from, to);
 }
 
 }  // namespace fl::filesystem

@@ -46,12 +46,12 @@ ssize_t hostGetdents64(int directory, void* records, size_t size) {
 
 }  // namespace
 
-const SystemCalls hostCalls = {
+const SystemCalls kHostCalls = {
     hostOpenat, ::close,      ::read,         ::write,    ::lseek,     ::ftruncate, ::fallocate, hostFiclone,
     ::fstat,    ::fstatat,    hostGetdents64, ::mkdirat,  ::unlinkat,  ::renameat,  ::symlinkat, ::readlinkat,
     ::fchmod,   hostFchmodat, ::utimensat,    ::futimens, ::getrandom, ::getcwd,    ::fdopen,
 };
 
-std::atomic<const SystemCalls*> callsInForce{&hostCalls};
+std::atomic<const SystemCalls*> callsInForce{&kHostCalls};
 
 }  // namespace fl::filesystem::posix

@@ -39,7 +39,7 @@ struct SystemCalls {
 };
 
 /// The system's own functions.
-extern const SystemCalls hostCalls;
+extern const SystemCalls kHostCalls;
 
 /// The table in force; never null. Only tests store to it, while no operation runs.
 extern std::atomic<const SystemCalls*> callsInForce;

@@ -22,7 +22,7 @@ namespace {
 using namespace fl::filesystem;
 using boost::posix_time::from_iso_extended_string;
 using boost::posix_time::ptime;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using test::failedPath;
 using test::ScopedSystemCalls;
 using test::TempTree;
@@ -211,7 +211,7 @@ public:
         kept = inItsPlace;
         calls_->utimensat = [](int directory, const char* path, const timespec times[2], int flags) {
             const timespec written[2] = {times[0], times[1].tv_sec == kBefore.tv_sec ? kBefore : kept};
-            return hostCalls.utimensat(directory, path, written, flags);
+            return kHostCalls.utimensat(directory, path, written, flags);
         };
         test::makeFile(tree_ / "file");
         test::setModifiedTime(tree_ / "file", kBefore);

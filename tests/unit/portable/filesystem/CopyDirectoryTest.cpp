@@ -24,7 +24,7 @@ using fl::filesystem::InvalidArgument;
 using fl::filesystem::InvalidOperation;
 using fl::filesystem::NotDirectoryError;
 using fl::filesystem::PathNotFound;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using test::failedPath;
 using test::isThere;
 using test::makeFile;
@@ -169,7 +169,7 @@ TEST_F(CopyDirectory, LetsNobodyElseIntoAFolderThatIsBeingFilled) {
                 EXPECT_EQ(0700U, status.st_mode & 07777U);
                 ++files;
             }
-            return hostCalls.openat(folder, name, flags, mode);
+            return kHostCalls.openat(folder, name, flags, mode);
         };
         copy();
         EXPECT_EQ(2, files);
@@ -314,7 +314,7 @@ TEST_F(CopyDirectory, DoesNotWaitForAPipeThatTookAFilesPlace) {
             ::unlink(path.c_str());
             test::makePipe(path);
         }
-        return hostCalls.openat(folder, name, flags, mode);
+        return kHostCalls.openat(folder, name, flags, mode);
     };
     EXPECT_TRUE(copyThrows<InvalidOperation>("a/file"));
 }

@@ -77,10 +77,10 @@ TEST_P(CopyFileFailure, OfClosingTheDestinationIsOfWriting) {
     ScopedSystemCalls calls;
     calls->write = [](int file, const void* bytes, size_t count) {
         last = file;
-        return fl::filesystem::posix::hostCalls.write(file, bytes, count);
+        return fl::filesystem::posix::kHostCalls.write(file, bytes, count);
     };
     calls->close = [](int file) {
-        const int result = fl::filesystem::posix::hostCalls.close(file);
+        const int result = fl::filesystem::posix::kHostCalls.close(file);
         return file == last ? (errno = EIO, -1) : result;
     };
     EXPECT_TRUE(failsWith(EIO, toPath, [&] { copy(); }));
@@ -119,7 +119,7 @@ TEST_P(CopyFileFailure, OfShorteningTheCopyOfAFileThatShrank) {
         ScopedSystemCalls calls;
         calls->read = [](int file, void* bytes, size_t count) {
             EXPECT_EQ(0, ::truncate(path.c_str(), 300'000));
-            return fl::filesystem::posix::hostCalls.read(file, bytes, count);
+            return fl::filesystem::posix::kHostCalls.read(file, bytes, count);
         };
         failCall<&SystemCalls::ftruncate>(calls, 1, EIO);
         EXPECT_TRUE(failsWith(EIO, toPath, [&] { copy_file(tree.text("shrinking"), toPath, GetParam()); }));

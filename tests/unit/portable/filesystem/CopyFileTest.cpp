@@ -106,14 +106,14 @@ TEST_P(CopyFile, IsNeverMoreOpenThanItsSource) {
         ScopedSystemCalls calls;
         calls->openat = [](int folder, const char* path, int flags, mode_t mode) {
             EXPECT_EQ(0U, (flags & O_CREAT) != 0 ? mode & ~0640U : 0U);
-            return fl::filesystem::posix::hostCalls.openat(folder, path, flags, mode);
+            return fl::filesystem::posix::kHostCalls.openat(folder, path, flags, mode);
         };
         calls->write = [](int file, const void* bytes, size_t count) {
             struct stat status {};
             EXPECT_EQ(0, ::fstat(file, &status));
             EXPECT_EQ(0640U, status.st_mode & 07777U);
             written = true;
-            return fl::filesystem::posix::hostCalls.write(file, bytes, count);
+            return fl::filesystem::posix::kHostCalls.write(file, bytes, count);
         };
         copy("a", "b");
         EXPECT_TRUE(written);
@@ -162,7 +162,7 @@ TEST_P(CopyFile, DoesNotWaitForAPipeThatTookTheFilesPlace) {
             ::unlink(path.c_str());
             makePipe(path);
         }
-        return fl::filesystem::posix::hostCalls.openat(folder, name, flags, mode);
+        return fl::filesystem::posix::kHostCalls.openat(folder, name, flags, mode);
     };
     EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("a", "a", "new"));
     EXPECT_FALSE(test::isThere(tree / "new"));

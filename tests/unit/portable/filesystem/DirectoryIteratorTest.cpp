@@ -19,7 +19,7 @@ namespace {
 
 using namespace fl::filesystem;
 using detail::initialization_mode;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using test::Batch;
 using test::failedPath;
 using test::Records;

@@ -18,7 +18,7 @@
 namespace {
 
 using fl::filesystem::file_buffer;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using std::ios_base;
 using Traits = std::char_traits<char>;
 
@@ -213,11 +213,11 @@ struct Transfers {
         sizes.clear();
         calls->read = [](int descriptor, void* bytes, size_t count) {
             sizes.push_back(count);
-            return hostCalls.read(descriptor, bytes, count);
+            return kHostCalls.read(descriptor, bytes, count);
         };
         calls->write = [](int descriptor, const void* bytes, size_t count) {
             sizes.push_back(count);
-            return hostCalls.write(descriptor, bytes, count);
+            return kHostCalls.write(descriptor, bytes, count);
         };
     }
     static inline std::vector<size_t> sizes;
@@ -265,14 +265,14 @@ TEST(FileBuffer, GoesOnAfterInterruptionsAndShortTransfers) {
             errno = EINTR;
             return -1;
         }
-        return hostCalls.write(descriptor, bytes, std::min<size_t>(count, 77));
+        return kHostCalls.write(descriptor, bytes, std::min<size_t>(count, 77));
     };
     calls->read = [](int descriptor, void* bytes, size_t count) -> ssize_t {
         if (++turn % 2 == 0) {
             errno = EINTR;
             return -1;
         }
-        return hostCalls.read(descriptor, bytes, std::min<size_t>(count, 99));
+        return kHostCalls.read(descriptor, bytes, std::min<size_t>(count, 99));
     };
 
     EXPECT_EQ(put(*opened(tree / "file", ios_base::out), content), 30000);
@@ -291,7 +291,7 @@ struct SmallDisk {
                 return -1;
             }
             roomLeft -= fitting;
-            return hostCalls.write(descriptor, bytes, fitting);
+            return kHostCalls.write(descriptor, bytes, fitting);
         };
     }
     static inline size_t roomLeft;
@@ -359,7 +359,7 @@ TEST(FileBuffer, ClosingReportsAFailureOfTheCloseItself) {
     const auto buffer = opened(tree / "file", ios_base::out);
     test::ScopedSystemCalls calls;
     calls->close = [](int descriptor) {
-        hostCalls.close(descriptor);
+        kHostCalls.close(descriptor);
         errno = EIO;
         return -1;
     };
@@ -393,7 +393,7 @@ TEST(FileBuffer, ReadingFromAFailingDiskIsNoEndOfFile) {
     EXPECT_THROW(buffer->sgetc(), ios_base::failure);
     EXPECT_THROW(get(*buffer, 3), ios_base::failure);
     EXPECT_THROW(get(*buffer, 100000), ios_base::failure);
-    calls->read = hostCalls.read;
+    calls->read = kHostCalls.read;
     EXPECT_EQ(get(*buffer, 5), "abc");
 }
 

@@ -18,7 +18,7 @@ namespace {
 
 using fl::filesystem::copy_file;
 using fl::filesystem::copy_option;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using test::contentOf;
 using test::makeFile;
 using test::makeSparseFile;
@@ -89,7 +89,7 @@ TEST_P(FileContent, CopiesHolesAsZerosWhereTheyCannotBeFound) {
     makeSparseFile(tree / "a", 2 * kMebibyte, kMebibyte, "island");
     ScopedSystemCalls calls;
     calls->lseek = [](int file, off_t offset, int whence) {
-        return whence == SEEK_DATA ? (errno = EINVAL, off_t{-1}) : hostCalls.lseek(file, offset, whence);
+        return whence == SEEK_DATA ? (errno = EINVAL, off_t{-1}) : kHostCalls.lseek(file, offset, whence);
     };
     copy();
     EXPECT_EQ(contentOf(tree / "a"), contentOf(tree / "b"));
@@ -99,10 +99,10 @@ TEST_P(FileContent, CopiesInPiecesOfAnySize) {
     makeFile(tree / "a", someBytes(100'000));
     ScopedSystemCalls calls;
     calls->read = [](int file, void* bytes, size_t count) {
-        return hostCalls.read(file, bytes, std::min<size_t>(count, 4093));
+        return kHostCalls.read(file, bytes, std::min<size_t>(count, 4093));
     };
     calls->write = [](int file, const void* bytes, size_t count) {
-        return hostCalls.write(file, bytes, std::min<size_t>(count, 1021));
+        return kHostCalls.write(file, bytes, std::min<size_t>(count, 1021));
     };
     copy();
     EXPECT_EQ(contentOf(tree / "a"), contentOf(tree / "b"));
@@ -117,7 +117,7 @@ TEST_P(FileContent, CopiesAllOfAFileThatGrows) {
     ScopedSystemCalls calls;
     calls->read = [](int file, void* bytes, size_t count) {
         if (growths-- > 0) makeFile(path, contentOf(path) + someBytes(300'000));
-        return hostCalls.read(file, bytes, count);
+        return kHostCalls.read(file, bytes, count);
     };
     copy();
     EXPECT_EQ(1'200'000, statusOf(tree / "b").st_size);
@@ -131,7 +131,7 @@ TEST_P(FileContent, EndsWithAFileThatShrinks) {
     ScopedSystemCalls calls;
     calls->read = [](int file, void* bytes, size_t count) {
         EXPECT_EQ(0, ::truncate(path.c_str(), kMebibyte));
-        return hostCalls.read(file, bytes, count);
+        return kHostCalls.read(file, bytes, count);
     };
     copy();
     EXPECT_EQ(someBytes(3 * kMebibyte).substr(0, kMebibyte), contentOf(tree / "b"));
@@ -144,7 +144,7 @@ TEST_P(FileContent, EndsWithAnIslandThatShrinks) {
     ScopedSystemCalls calls;
     calls->read = [](int file, void* bytes, size_t count) {
         EXPECT_EQ(0, ::truncate(path.c_str(), 2 * kMebibyte));
-        return hostCalls.read(file, bytes, count);
+        return kHostCalls.read(file, bytes, count);
     };
     copy();
     EXPECT_EQ(contentOf(path), contentOf(tree / "b"));

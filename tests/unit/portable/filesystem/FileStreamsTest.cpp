@@ -16,7 +16,7 @@
 namespace {
 
 using fl::filesystem::share_mode;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using std::ios_base;
 using InputStream = fl::filesystem::basic_ifstream<char>;
 using OutputStream = fl::filesystem::basic_ofstream<char>;

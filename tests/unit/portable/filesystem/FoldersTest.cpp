@@ -17,7 +17,7 @@
 namespace {
 
 using namespace fl::filesystem;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using test::failedPath;
 using test::ScopedSystemCalls;
 using test::TempTree;
@@ -159,7 +159,7 @@ TEST(CreateDirectories, MissingParentIsTheOnlyReasonToWalk) {
     ScopedSystemCalls calls;
     calls->openat = [](int directory, const char* path, int flags, mode_t mode) {
         ++opened;
-        return hostCalls.openat(directory, path, flags, mode);
+        return kHostCalls.openat(directory, path, flags, mode);
     };
     create_directories(tree.text("a"));
     create_directories(tree.text("a"));
@@ -188,7 +188,7 @@ TEST(CreateDirectories, SomebodyElseIsFasterByAMoment) {
     const TempTree tree;
     ScopedSystemCalls calls;
     calls->mkdirat = [](int directory, const char* path, mode_t mode) {
-        if (hostCalls.mkdirat(directory, path, mode) == 0) errno = EEXIST;
+        if (kHostCalls.mkdirat(directory, path, mode) == 0) errno = EEXIST;
         return -1;
     };
     EXPECT_FALSE(create_directories(tree.text("a/b")));

@@ -21,7 +21,7 @@ namespace {
 
 using fl::filesystem::AccessDenied;
 using fl::filesystem::remove_all;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using test::failedPath;
 using test::isThere;
 using test::makeFile;
@@ -189,7 +189,7 @@ TEST_F(RemoveAll, GoesOnAfterAFailureAndThrowsTheFirst) {
     ScopedSystemCalls calls;
     calls->unlinkat = [](int folder, const char* name, int flags) {
         return name == std::string_view("locked") ? (errno = EBUSY, -1)
-                                                  : hostCalls.unlinkat(folder, name, flags);
+                                                  : kHostCalls.unlinkat(folder, name, flags);
     };
     EXPECT_TRUE(test::failsWith(EBUSY, tree.text("top/inner/locked"), [&] { remove_all(tree.text("top")); }));
     EXPECT_EQ(
@@ -217,7 +217,7 @@ TEST_F(RemoveAll, ReadsAFolderAgainThatFilledUpMeanwhile) {
         if (flags == AT_REMOVEDIR && name == std::string_view("inner") && additions-- > 0) {
             makeFile(path + "/late");
         }
-        return hostCalls.unlinkat(folder, name, flags);
+        return kHostCalls.unlinkat(folder, name, flags);
     };
     remove_all(tree.text("top"));
     EXPECT_FALSE(isThere(tree / "top"));
@@ -228,7 +228,7 @@ TEST_F(RemoveAll, GivesUpOnAFolderThatStaysFull) {
     ScopedSystemCalls calls;
     calls->unlinkat = [](int folder, const char* name, int flags) {
         return name == std::string_view("inner") ? (errno = ENOTEMPTY, -1)
-                                                 : hostCalls.unlinkat(folder, name, flags);
+                                                 : kHostCalls.unlinkat(folder, name, flags);
     };
     EXPECT_EQ(tree.text("top/inner"),
               failedPath<fl::filesystem::DirectoryNotEmpty>([&] { remove_all(tree.text("top")); }));
@@ -246,7 +246,7 @@ TEST_F(RemoveAll, RemovesAFileThatTookTheFoldersPlace) {
             EXPECT_EQ(0, ::rename(path.c_str(), (path + "-moved").c_str()));
             makeFile(path);
         }
-        return hostCalls.openat(folder, name, flags, mode);
+        return kHostCalls.openat(folder, name, flags, mode);
     };
     remove_all(tree.text("top"));
     EXPECT_FALSE(isThere(tree / "top"));
@@ -265,7 +265,7 @@ TEST_F(RemoveAll, DoesNotFollowAFolderThatWasMovedAway) {
             EXPECT_EQ(
                 0, ::rename((*watched / "top/level/level").c_str(), (*watched / "elsewhere/level").c_str()));
         }
-        return hostCalls.unlinkat(folder, name, flags);
+        return kHostCalls.unlinkat(folder, name, flags);
     };
     EXPECT_TRUE(test::failsWith(ESTALE, tree.text("top/level/level"), [&] { remove_all(tree.text("top")); }));
     EXPECT_TRUE(isThere(tree / "elsewhere/canary"));

@@ -26,7 +26,7 @@ using fl::filesystem::FileIsDirectory;
 using fl::filesystem::InvalidArgument;
 using fl::filesystem::NotDirectoryError;
 using fl::filesystem::PathNotFound;
-using fl::filesystem::posix::hostCalls;
+using fl::filesystem::posix::kHostCalls;
 using test::contentOf;
 using test::failedPath;
 using test::failsWith;
@@ -276,7 +276,7 @@ TEST_F(RenameAcross, KeepsBothWhenTheSourceCannotBeRemoved) {
     const test::TreeSnapshot before = snapshot(tree / "a");
     calls->unlinkat = [](int folder, const char* name, int flags) {
         return name == std::string_view("file") ? (errno = EBUSY, -1)
-                                                : hostCalls.unlinkat(folder, name, flags);
+                                                : kHostCalls.unlinkat(folder, name, flags);
     };
     EXPECT_TRUE(failsWith(EBUSY, tree.text("a/inner/file"), [&] { rename("a", "b"); }));
     EXPECT_EQ(before, snapshot(tree / "b"));

@@ -26,7 +26,7 @@ struct ReplacedCall<Entry> {
     inline static int error = 0;
 
     static Result host(Arguments... arguments) {
-        return (fl::filesystem::posix::hostCalls.*Entry)(arguments...);
+        return (fl::filesystem::posix::kHostCalls.*Entry)(arguments...);
     }
 
     static Result fail(int number) {
@@ -90,7 +90,7 @@ void interruptCalls(ScopedSystemCalls& calls) {
 /// Has listings tell no kinds, as some file systems do.
 inline void hideKinds(ScopedSystemCalls& calls) {
     calls->getdents64 = [](int folder, void* records, size_t size) {
-        const ssize_t filled = fl::filesystem::posix::hostCalls.getdents64(folder, records, size);
+        const ssize_t filled = fl::filesystem::posix::kHostCalls.getdents64(folder, records, size);
         char* const begin = static_cast<char*>(records);
         for (ssize_t at = 0; at < filled;) {
             begin[at + static_cast<ssize_t>(offsetof(dirent64, d_type))] = DT_UNKNOWN;

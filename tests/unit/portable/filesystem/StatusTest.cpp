@@ -173,7 +173,7 @@ TEST(Status, IsOneCallOfTheSystem) {
     ScopedSystemCalls calls;
     calls->fstatat = [](int directory, const char* path, struct stat* status, int flags) {
         ++callsMade;
-        return fl::filesystem::posix::hostCalls.fstatat(directory, path, status, flags);
+        return fl::filesystem::posix::kHostCalls.fstatat(directory, path, status, flags);
     };
     calls->openat = [](int, const char* path, int, mode_t) {
         ADD_FAILURE() << path;

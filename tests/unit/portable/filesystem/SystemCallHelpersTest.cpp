@@ -44,7 +44,7 @@ TEST(OpenAt, FailureHoldsNothingAndTellsWhy) {
 TEST(OpenAt, GoesOnAfterASignal) {
     ScopedSystemCalls calls;
     calls->openat = [](int directory, const char* path, int flags, mode_t mode) {
-        return interruptions > 0 ? interrupted() : hostCalls.openat(directory, path, flags, mode);
+        return interruptions > 0 ? interrupted() : kHostCalls.openat(directory, path, flags, mode);
     };
     interruptions = 3;
     EXPECT_TRUE(openAt(AT_FDCWD, "/dev/null", O_RDONLY).isOpen());
@@ -56,7 +56,7 @@ TEST(ReadSome, GoesOnAfterASignal) {
     test::makeFile(tree / "file", "four");
     ScopedSystemCalls calls;
     calls->read = [](int descriptor, void* bytes, size_t count) {
-        return interruptions > 0 ? interrupted() : hostCalls.read(descriptor, bytes, count);
+        return interruptions > 0 ? interrupted() : kHostCalls.read(descriptor, bytes, count);
     };
     interruptions = 2;
     const FileDescriptor file = openAt(AT_FDCWD, (tree / "file").c_str(), O_RDONLY);
@@ -70,7 +70,7 @@ TEST(WriteAll, WritesOnAfterShortWritesAndSignals) {
     ScopedSystemCalls calls;
     calls->write = [](int descriptor, const void* bytes, size_t count) -> ssize_t {
         return interruptions++ % 2 == 0 ? (errno = EINTR, -1)
-                                        : hostCalls.write(descriptor, bytes, std::min<size_t>(count, 3));
+                                        : kHostCalls.write(descriptor, bytes, std::min<size_t>(count, 3));
     };
     interruptions = 0;
     const FileDescriptor file = openAt(AT_FDCWD, (tree / "file").c_str(), O_WRONLY | O_CREAT, 0600);
