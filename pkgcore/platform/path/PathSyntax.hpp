@@ -28,9 +28,9 @@ PKGCORE_PLATFORM_API std::u16string extract_filename(const std::u16string& nativ
 /// The path of what holds the last element; empty for a root and for a single relative element.
 PKGCORE_PLATFORM_API std::u16string extract_parent_path(const std::u16string& nativePath);
 
-/// `base`, one separator and `rest`: all separators at the joint count as that one, so an absolute `rest` never
-/// replaces the base, and a `rest` of nothing but separators adds nothing. With an empty base the result is
-/// `rest`. `native` asks for the host's separator (else "/").
+/// `base`, one separator and `rest`: all separators at the joint count as that one, so an absolute `rest`
+/// never replaces the base, and a `rest` of nothing but separators adds nothing. With an empty base the
+/// result is `rest`. `native` asks for the host's separator (else "/").
 PKGCORE_PLATFORM_API std::u16string concatenate_pathname(const std::u16string& base,
                                                          const std::u16string& rest, bool native);
 
