@@ -7,6 +7,7 @@
 //
 // Read on in the order of the steps below: List, Compare, Bytes, Items, Folders, Words.
 
+#include "Interruption.hpp"
 #include "Tour.hpp"
 
 #include <exception>
@@ -89,6 +90,7 @@ int main(int argc, char** argv) {
         std::cerr << "usage: tour FOLDER\n";
         return 2;
     }
+    tour::handleSignals();
     try {
         return visit(opc::detail::toStringFromUTF8String(argv[1], false)) ? 0 : 1;
     } catch (const std::exception& failure) {

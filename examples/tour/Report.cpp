@@ -1,11 +1,14 @@
 #include "Report.hpp"
 
+#include "Interruption.hpp"
+
 #include <unistd.h>
 
 #include <chrono>
 #include <exception>
 #include <iomanip>
 #include <iostream>
+#include <stdexcept>
 
 namespace tour {
 
@@ -51,6 +54,9 @@ void Step::check(bool holds, const std::string& difference) {
 }
 
 void Step::progress(std::size_t done, std::size_t total) const {
+    if (isInterrupted()) {
+        throw std::runtime_error("interrupted");
+    }
     if (onTerminal() && done % kProgressEvery == 0) {
         std::cout << "\r  " << title_ << ": " << done << " of " << total << std::flush;
     }
@@ -63,6 +69,9 @@ Report::Report() {
 }
 
 void Report::run(const std::string& title, const std::function<void(Step&)>& work) {
+    if (isInterrupted()) {
+        return;
+    }
     Step step(title);
     const auto start = std::chrono::steady_clock::now();
     try {
@@ -76,8 +85,10 @@ void Report::run(const std::string& title, const std::function<void(Step&)>& wor
 }
 
 bool Report::conclude() const {
-    std::cout << "\n" << held_ << " checks held, " << failed_ << " did not.\n";
-    return failed_ == 0;
+    std::cout << "\n"
+              << held_ << " checks held, " << failed_ << " did not.\n"
+              << (isInterrupted() ? "Interrupted.\n" : "");
+    return failed_ == 0 && !isInterrupted();
 }
 
 void Report::print(const Step& step, double milliseconds) const {

@@ -38,7 +38,8 @@ public:
               what + ": " + describe(ec) + " instead of " + describe(make_error_code(expected)));
     }
 
-    /// Shows on a terminal how far the step is, in a line that the next one overwrites.
+    /// Shows on a terminal how far the step is, in a line that the next one overwrites. Throws once the tour
+    /// is to stop.
     void progress(std::size_t done, std::size_t total) const;
 
 private:
@@ -57,10 +58,11 @@ class Report {
 public:
     Report();
 
-    /// Runs the step. An exception counts as a check that did not hold; the tour goes on with the next step.
+    /// Runs the step. An exception counts as a check that did not hold; the tour goes on with the next step,
+    /// but with none after an interruption.
     void run(const std::string& title, const std::function<void(Step&)>& work);
 
-    /// Prints the sum of it; true if every check held.
+    /// Prints the sum of it; true if every check held and nothing was left out.
     bool conclude() const;
 
 private:

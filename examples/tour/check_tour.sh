@@ -68,6 +68,14 @@ expect_line 'not all of it: getFiles failed: Access denied: made-up/locked$'
 expect_line 'left out, not readable: 1$'
 expect_line '^ +made-up/secret$'
 
+# A reader that goes away, and a signal, leave no scratch folder behind either.
+mkdir many
+touch many/{1..400}
+{ "$tour" many || true; } | head -1 > output
+[[ -z $(ls -A temp) ]] || fail "left behind by a closed pipe: $(ls -A temp)"
+timeout --signal=TERM 0.02 "$tour" many > output || true  # whether the signal comes early, late or not at all
+[[ -z $(ls -A temp) ]] || fail "left behind after a signal: $(ls -A temp)"
+
 mkdir nothing-in-it
 expect_status 0 "$tour" nothing-in-it
 expect_line '^  list the folder +- .* ok$'

@@ -168,6 +168,9 @@ public:
     /// that exists (for links nothing ever is replaced). A file is copied whole or not at all: a failed copy
     /// leaves the old destination as it was, or none. A folder copy that fails leaves what it had copied;
     /// with Replace, the old destination is gone by then.
+    ///
+    /// **Replace removes a folder at the destination before anything is copied, and does not look whether the
+    /// source is that folder or lies in it: then the source is removed with it.** Compare the paths before.
     void copy(const ustring& from, const ustring& to, ExistsMode mode);
     void copy(const ustring& from, const ustring& to, ExistsMode mode,
               boost::system::error_code& ec) noexcept;

@@ -118,6 +118,27 @@ TEST_F(RaceTest, RemovingStaysInAFolderThatIsMovedAway) {
     ::rmdir((tree / "outside/deep").c_str());
 }
 
+TEST_F(RaceTest, RemovingFindsItsWayBackOrGivesUpWhereADeepFolderIsMovedAway) {
+    constexpr int levels = 40;  // more than are held open at once, so that the way back goes through ".."
+    makeFolder(tree / "deep");
+    makeChain(tree / "deep", "ab", levels);
+    makeFolder(tree / "elsewhere");
+    makeFolder(tree / "elsewhere/ab");  // of the name that the removal will look for
+    std::string part = tree / "deep";
+    for (int level = 0; level < 5; ++level) {
+        part += "/ab";
+    }
+    interference = [&] { ASSERT_EQ(0, ::rename(part.c_str(), (tree / "elsewhere/moved").c_str())); };
+    calls->unlinkat = [](int folder, const char* path, int flags) {
+        if (namesItem(path, "leaf")) {
+            interfereOnce();
+        }
+        return kHostCalls.unlinkat(folder, path, flags);
+    };
+    EXPECT_THROW(fsys::remove_all(tree.text("deep")), fsys::SystemError);
+    EXPECT_TRUE(isThere(tree / "elsewhere/ab"));
+}
+
 TEST_F(RaceTest, RemovingTakesWhatIsAddedMeanwhile) {
     interference = [&] { makeFile(tree / "top/inner/late"); };
     calls->unlinkat = [](int folder, const char* path, int flags) {
