@@ -13,9 +13,10 @@ void interrupt(int /*signal*/) { interrupted = 1; }
 }  // namespace
 
 void handleSignals() {
-    std::signal(SIGINT, interrupt);
-    std::signal(SIGTERM, interrupt);
-    std::signal(SIGPIPE, SIG_IGN);
+    // Setting these cannot fail: the numbers are ones that may be handled.
+    static_cast<void>(std::signal(SIGINT, interrupt));
+    static_cast<void>(std::signal(SIGTERM, interrupt));
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
 }
 
 bool isInterrupted() { return interrupted != 0; }
