@@ -7,7 +7,8 @@ Exception::Exception(const std::string& message, boost::system::error_code code)
 
 Exception::Exception(const Exception& other) noexcept = default;
 
-// std::runtime_error has no move of its own to speak of: its text is shared by count, so this cannot fail.
+// A copy on purpose: what() must go on working on the source. The text is shared by count, so this cannot
+// fail. NOLINTNEXTLINE(cert-oop11-cpp,performance-move-constructor-init)
 Exception::Exception(Exception&& other) noexcept
     : std::runtime_error(static_cast<const std::runtime_error&>(other)), code_(other.code_) {}
 

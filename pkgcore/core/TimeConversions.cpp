@@ -38,9 +38,10 @@ ptime parseWhole(const ustring& text, const std::locale& locale) {
 
 /// Whether a text that holds more than a date has a time of full length behind a T.
 bool hasTimeBehindT(const ustring& text) {
-    constexpr std::size_t positionOfT = 10;
-    constexpr std::size_t lengthUpToSeconds = 19;
-    return text.size() <= positionOfT + 1 || (text[positionOfT] == u'T' && text.size() >= lengthUpToSeconds);
+    constexpr std::size_t kPositionOfT = 10;
+    constexpr std::size_t kLengthUpToSeconds = 19;
+    return text.size() <= kPositionOfT + 1 ||
+           (text[kPositionOfT] == u'T' && text.size() >= kLengthUpToSeconds);
 }
 
 }  // namespace

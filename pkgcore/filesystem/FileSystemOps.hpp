@@ -143,8 +143,9 @@ public:
     boost::shared_ptr<std::istream> createInputStream(const ustring& path, int mode,
                                                       boost::system::error_code& ec) noexcept;
 
-    /// Opens a file for writing; `mode` decides as in std::ofstream: a missing file is created; an existing
-    /// one is emptied unless std::ios_base::app, or std::ios_base::in, is among the flags. Flush the stream
+    /// Opens a file for writing; `mode` decides as in std::ofstream: a missing file is created and an
+    /// existing one emptied, but not with std::ios_base::app (created, and appended to) or with
+    /// std::ios_base::in (must exist, and keeps its content) among the flags. Flush the stream
     /// and look at its state before letting go of it: a failure to write shows there.
     boost::shared_ptr<std::ostream> createOutputStream(const ustring& path, int mode);
     boost::shared_ptr<std::ostream> createOutputStream(const ustring& path, int mode,
@@ -167,7 +168,8 @@ public:
     /// Copies a file, a link itself, or a folder with all that it holds; `mode` decides about a destination
     /// that exists (for links nothing ever is replaced). A file is copied whole or not at all: a failed copy
     /// leaves the old destination as it was, or none. A folder copy that fails leaves what it had copied;
-    /// with Replace, the old destination is gone by then.
+    /// with Replace, the old destination is gone by then. A pipe, a socket or a device as the source is
+    /// passed over without a word; within a folder it is a failure.
     ///
     /// **Replace removes a folder at the destination before anything is copied, and does not look whether the
     /// source is that folder or lies in it: then the source is removed with it.** Compare the paths before.
@@ -175,8 +177,10 @@ public:
     void copy(const ustring& from, const ustring& to, ExistsMode mode,
               boost::system::error_code& ec) noexcept;
 
-    /// Moves an item, also onto another file system. A file at the destination is replaced. A failure leaves
-    /// the item whole at its old place.
+    /// Moves an item, also onto another file system. A file or a link at the destination is replaced, and an
+    /// empty folder by a folder; a folder that holds something is a failure. The item is never lost: a
+    /// failure leaves it whole at one of the two places, and, where the old place on another file system
+    /// could not be cleared, with a rest there.
     void rename(const ustring& from, const ustring& to);
     void rename(const ustring& from, const ustring& to, boost::system::error_code& ec) noexcept;
 

@@ -167,11 +167,11 @@ bool LocalFileSystemOps::doIsSymlink(const ustring& path, std::string& msg, erro
 }
 
 Perms::Perms_tag LocalFileSystemOps::doGetPermissions(const ustring& path, std::string& msg, error_code& ec) {
-    constexpr unsigned kept = file_status::perms_all | file_status::archive_file |
-                              file_status::non_indexed_file | file_status::hidden_file |
-                              file_status::system_file;
+    constexpr unsigned kKept = file_status::perms_all | file_status::archive_file |
+                               file_status::non_indexed_file | file_status::hidden_file |
+                               file_status::system_file;
     return translated(Perms::NotKnown, msg, ec, [&] {
-        return static_cast<Perms::Perms_tag>(statusOfExisting(path).permissions & kept);
+        return static_cast<Perms::Perms_tag>(statusOfExisting(path).permissions & kKept);
     });
 }
 

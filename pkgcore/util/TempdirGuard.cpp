@@ -42,7 +42,7 @@ void TempdirGuard::release() { owns_ = false; }
 
 ustring TempdirGuard::generateTempDir(const ustring& directory, const ustring& prefix,
                                       const ustring& extension) const {
-    const ustring name = getTempName(directory, prefix, extension);
+    ustring name = getTempName(directory, prefix, extension);
     try {
         fl::filesystem::create_directory(name);
     } catch (const fl::filesystem::FsysExceptionBase& failure) {

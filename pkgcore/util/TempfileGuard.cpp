@@ -57,7 +57,7 @@ ustring TempfileGuard::generateTempFile(const ustring& directory, const ustring&
     if (file == nullptr) {
         throw Exception("Temp file could not be created", boost::system::error_code());
     }
-    std::fclose(file);
+    static_cast<void>(std::fclose(file));  // nothing was written that could be lost
     return normalizedOrRemoved(name);
 }
 

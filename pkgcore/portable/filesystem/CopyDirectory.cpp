@@ -33,10 +33,10 @@ int refusalOfTarget(const Place& target, const struct stat& source) {
     return posix::refusalIfWithin(posix::ParentFolder(target).folder(), source);
 }
 
-void refuseCopyIntoItself(int source, const Place& target) {
+void refuseCopyIntoItself(int folder, const Place& source, const Place& target) {
     struct stat status;
-    if (const int error = posix::readStatus(source, status); error != 0) {
-        throwError(error, target.text());
+    if (const int error = posix::readStatus(folder, status); error != 0) {
+        throwError(error, source.text());
     }
     if (const int error = refusalOfTarget(target, status); error != 0) {
         throwError(error, target.text());
@@ -49,7 +49,7 @@ void copy_directory(const std::u16string& from, const std::u16string& to) {
     const Place source(from);
     const Place target(to);
     FileDescriptor folder = openSource(source.orThrow());
-    refuseCopyIntoItself(folder.get(), target.orThrow());
+    refuseCopyIntoItself(folder.get(), source, target.orThrow());
     posix::DestinationFolder destination = posix::openOrCreateFolder(itemAt(target));
     if (destination.error != 0) {
         throwError(destination.error, to);

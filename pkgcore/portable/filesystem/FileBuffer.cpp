@@ -27,11 +27,11 @@ constexpr std::size_t kPutBackRoom = 64;
 constexpr std::size_t kBufferSize = std::size_t{64} * 1024 + kPutBackRoom;
 
 /// Measured: where transfers follow each other, those of 16 KiB still gain by the buffer.
-constexpr streamsize kDirectSize = 32 * 1024;
+constexpr streamsize kDirectSize = streamsize{32} * 1024;
 /// The same for a read that may remain the only one at its place.
 constexpr streamsize kFirstDirectRead = 4096;
 /// What is read ahead there.
-constexpr std::size_t kFirstFilling = 8 * 1024;
+constexpr std::size_t kFirstFilling = std::size_t{8} * 1024;
 
 const std::streambuf::pos_type kNoPosition = std::streambuf::pos_type(std::streambuf::off_type(-1));
 

@@ -47,9 +47,13 @@ inline FileDescriptor openFolder(Item item) noexcept {
     return folder;
 }
 
+/// An error number for a folder that must be empty and is not, of which POSIX lets a host choose between two.
+inline int withOneNumberForNotEmpty(int error) noexcept { return error == EEXIST ? ENOTEMPTY : error; }
+
 /// Unlinks an item: 0 or the error number. `flags` is 0, or AT_REMOVEDIR for an empty folder.
 inline int unlinkItem(Item item, int flags) noexcept {
-    return errorOf([&] { return systemCalls().unlinkat(item.folder, item.name, flags); });
+    return withOneNumberForNotEmpty(
+        errorOf([&] { return systemCalls().unlinkat(item.folder, item.name, flags); }));
 }
 
 }  // namespace fl::filesystem::posix

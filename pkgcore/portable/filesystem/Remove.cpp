@@ -12,9 +12,6 @@ namespace {
 /// For an item that unlinking refused with `refusal`: that it is a folder, or a reason of its own.
 int removeFolder(posix::Item item, int refusal) {
     const int error = posix::unlinkItem(item, AT_REMOVEDIR);
-    if (error == EEXIST) {
-        return ENOTEMPTY;  // POSIX lets a host say either
-    }
     return error == ENOTDIR ? refusal : error;
 }
 

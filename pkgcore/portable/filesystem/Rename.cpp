@@ -20,7 +20,6 @@ void refuseDots(const Place& place) {
 bool concernsDestination(int error) {
     switch (error) {
         case ENOENT:
-        case EEXIST:
         case ENOTEMPTY:
         case EISDIR:
         case ENOTDIR:
@@ -48,10 +47,10 @@ void rename(const std::u16string& from, const std::u16string& to) {
     const Place target(to);
     refuseDots(source);
     refuseDots(target);
-    const int error = posix::errorOf([&] {
+    const int error = posix::withOneNumberForNotEmpty(posix::errorOf([&] {
         return posix::systemCalls().renameat(source.directory(), source.path(), target.directory(),
                                              target.path());
-    });
+    }));
     if (error == EXDEV) {
         posix::moveToOtherDevice(source, target);
     } else if (error != 0) {

@@ -36,8 +36,8 @@ TemporarySibling::~TemporarySibling() {
 int TemporarySibling::moveIntoPlace() noexcept {
     const Item from = item();
     const Item to = parent_.item();
-    const int error =
-        errorOf([&] { return systemCalls().renameat(from.folder, from.name, to.folder, to.name); });
+    const int error = withOneNumberForNotEmpty(
+        errorOf([&] { return systemCalls().renameat(from.folder, from.name, to.folder, to.name); }));
     made_ = error != 0;
     return error;
 }

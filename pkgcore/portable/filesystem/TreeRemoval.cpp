@@ -59,9 +59,6 @@ Attempt removeOrOpen(Item item, bool looksLikeFolder) {
 
 int removeEmptied(Item folder) {
     const int error = unlinkItem(folder, AT_REMOVEDIR);
-    if (error == EEXIST) {
-        return ENOTEMPTY;  // POSIX lets a host say either
-    }
     return error == ENOTDIR ? unlinkItem(folder, 0) : error;
 }
 

@@ -7,6 +7,7 @@ namespace fl::i18n::portable {
 
 /// How long a whole result will be if its rest is like its beginning, and a little for luck.
 inline std::size_t extrapolate(std::size_t produced, std::size_t consumed, std::size_t remaining) noexcept {
+    if (consumed == 0) return produced + remaining;
     const std::size_t rest = remaining / consumed * produced + remaining % consumed * produced / consumed;
     return produced + rest + rest / 64;
 }

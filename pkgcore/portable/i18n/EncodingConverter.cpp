@@ -106,7 +106,8 @@ public:
     std::size_t fill(char16_t* out, std::size_t capacity) {
         char16_t* to = out;
         const auto convert = [&](const char** in, const char* end, bool flush, UErrorCode* error) {
-            ucnv_toUnicode(converter_, &to, out + capacity, in, end, nullptr, flush, error);
+            ucnv_toUnicode(converter_, &to, out + capacity, in, end, nullptr, static_cast<UBool>(flush),
+                           error);
         };
         const UErrorCode error = convertPieces(convert);
         if (U_FAILURE(error) && error != U_BUFFER_OVERFLOW_ERROR) throwFailure(error);
@@ -120,7 +121,7 @@ private:
         UErrorCode error = U_ZERO_ERROR;
         ucnv_getInvalidChars(converter_, bytes, &count, &error);
         if (U_FAILURE(error) || count <= 0) throwUnexpected(encoding_, failure);
-        const auto length = static_cast<std::size_t>(count);
+        const std::size_t length{static_cast<std::uint8_t>(count)};
         const std::size_t offset = consumed() - std::min(consumed(), length);
         if (failure == U_TRUNCATED_CHAR_FOUND)
             portable::throwTruncatedBytes(encoding_, offset, bytes, length);
@@ -135,7 +136,8 @@ public:
     std::size_t fill(char* out, std::size_t capacity) {
         char* to = out;
         const auto convert = [&](const char16_t** in, const char16_t* end, bool flush, UErrorCode* error) {
-            ucnv_fromUnicode(converter_, &to, out + capacity, in, end, nullptr, flush, error);
+            ucnv_fromUnicode(converter_, &to, out + capacity, in, end, nullptr, static_cast<UBool>(flush),
+                             error);
         };
         const UErrorCode error = convertPieces(convert);
         if (U_FAILURE(error) && error != U_BUFFER_OVERFLOW_ERROR) throwFailure(error);

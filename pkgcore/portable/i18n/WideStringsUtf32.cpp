@@ -25,6 +25,7 @@ public:
         std::size_t written = 0;
         while (!done() && written + U16_MAX_LENGTH <= capacity) {
             // A negative value becomes a large one here, and is refused like one.
+            // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character, not a signed char
             const auto value = static_cast<std::uint32_t>(text_[position_]);
             if (value > 0x10FFFF) portable::throwNoCodePoint(position_, value);
             U16_APPEND_UNSAFE(out, written, value);
