@@ -38,9 +38,6 @@ void interfereOnce() {
     }
 }
 
-/// Seconds after which an operation that waits for somebody who never comes ends the program.
-constexpr unsigned kPatience = 60;
-
 bool namesItem(const char* path, const char* name) {
     const char* const slash = std::strrchr(path, '/');
     return std::strcmp(slash == nullptr ? path : slash + 1, name) == 0;
@@ -50,7 +47,6 @@ bool namesItem(const char* path, const char* name) {
 class RaceTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ::alarm(kPatience);
         makeFolder(tree / "outside");
         makeFile(tree / "outside/kept", "kept");
         makeFolder(tree / "top");
@@ -60,7 +56,6 @@ protected:
         outside = snapshot(tree / "outside");
     }
     void TearDown() override {
-        ::alarm(0);
         interference = nullptr;
         EXPECT_EQ(outside, snapshot(tree / "outside"));
     }

@@ -24,8 +24,12 @@ void* operator new(std::size_t size) {
     }
     throw std::bad_alloc();
 }
+// A sanitizer brings array forms that would not come here.
+void* operator new[](std::size_t size) { return operator new(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace opc {
 namespace {
