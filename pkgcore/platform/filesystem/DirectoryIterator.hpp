@@ -43,9 +43,9 @@ enum class initialization_mode : unsigned { standard = 0 };
 
 /// Walks the direct entries of a folder once, each shown once, in the order in which the host delivers them.
 ///
-/// Stands on the first entry after construction. Listings may be nested to any depth: the number of
-/// descriptors that they hold together stays small, and a folder that fits in one read of the host is held as
-/// its names alone. An entry that goes away while the folder is listed may or may not be shown.
+/// Stands on the first entry after construction. Belongs to the thread that made it. Listings may be nested
+/// to any depth: all together hold few descriptors, and one that waits for another to end holds its entry
+/// alone. An entry that goes away while the folder is listed may or may not be shown.
 class PKGCORE_PLATFORM_API upath_directory_iterator_impl {
 public:
     /// Opens a folder given in native form. A link to a folder is followed. Anything else is

@@ -4,30 +4,15 @@
 #include <pkgcore/platform/filesystem/FileStatus.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include <pkgcore/portable/filesystem/Errors.hpp>
-#include <pkgcore/portable/filesystem/FolderReader.hpp>
 #include <pkgcore/portable/filesystem/ItemKind.hpp>
-#include <pkgcore/portable/filesystem/NativePath.hpp>
+#include <pkgcore/portable/filesystem/OpenListing.hpp>
 #include <pkgcore/portable/filesystem/PathText.hpp>
-#include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
 
 #include <dirent.h>
-#include <fcntl.h>
-
-#include <cerrno>
 
 namespace fl::filesystem::detail {
 
 namespace {
-
-posix::FileDescriptor openFolder(const std::u16string& path) {
-    const posix::Place place(path);
-    posix::FileDescriptor folder =
-        posix::openAt(place.orThrow().directory(), place.path(), O_RDONLY | O_DIRECTORY);
-    if (!folder.isOpen()) {
-        posix::throwError(errno, path);
-    }
-    return folder;
-}
 
 /// What every entry's path begins with, with room for a name behind it.
 std::u16string entryPrefix(const std::u16string& folder) {
@@ -61,29 +46,14 @@ std::u16string_view upath_directory_entry::filename() const noexcept {
     return std::u16string_view(fullPathname_).substr(nameOffset_);
 }
 
-/// The folder being listed. Its descriptor goes as soon as the rest of the records is in memory.
-class upath_directory_iterator_impl::Source {
+class upath_directory_iterator_impl::Source : public posix::OpenListing {
 public:
-    explicit Source(const std::u16string& folder) : folder_(openFolder(folder)), reader_(folder_.get()) {}
-
-    bool next() {
-        const bool found = reader_.next();
-        if (reader_.isComplete()) {
-            folder_.reset();
-        }
-        return found;
-    }
-
-    const posix::FolderReader& reader() const noexcept { return reader_; }
-
-private:
-    posix::FileDescriptor folder_;
-    posix::FolderReader reader_;
+    using OpenListing::OpenListing;
 };
 
 upath_directory_iterator_impl::upath_directory_iterator_impl(const std::u16string& nativeFolder,
                                                              initialization_mode /*mode*/)
-    : source_(std::make_unique<Source>(nativeFolder)) {
+    : source_(std::make_unique<Source>(nativeFolder, entry_.fullPathname_)) {
     entry_.fullPathname_ = entryPrefix(nativeFolder);
     entry_.nameOffset_ = entry_.fullPathname_.size();
     increment();
@@ -98,9 +68,10 @@ void upath_directory_iterator_impl::increment() {
         throw_invalid_operation_exception();
     }
     std::u16string& path = entry_.fullPathname_;
+    const bool found = source_->next();
     path.resize(entry_.nameOffset_);
-    if (!source_->next()) {
-        const int error = source_->reader().error();
+    if (!found) {
+        const int error = source_->error();
         source_.reset();
         if (error != 0) {
             posix::throwError(error, folderOf(path));

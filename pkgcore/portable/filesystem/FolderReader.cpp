@@ -3,18 +3,18 @@
 #include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
 
 #include <dirent.h>
+#include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
-#include <vector>
+#include <utility>
 
 namespace fl::filesystem::posix {
 
 namespace {
 
 // The C library lays out its dirent64 as the system does its records.
+constexpr std::size_t kPositionOffset = offsetof(dirent64, d_off);
 constexpr std::size_t kLengthOffset = offsetof(dirent64, d_reclen);
 constexpr std::size_t kTypeOffset = offsetof(dirent64, d_type);
 constexpr std::size_t kNameOffset = offsetof(dirent64, d_name);
@@ -22,52 +22,25 @@ constexpr std::size_t kNameOffset = offsetof(dirent64, d_name);
 constexpr std::size_t kBlockSize = std::size_t{32} * 1024;
 constexpr std::size_t kLongestRecord = sizeof(dirent64);
 
-constexpr int kMaxStreaming = 32;
-std::atomic<int> streaming{0};
-
 std::size_t recordLength(const char* record) noexcept {
     std::uint16_t length;
     std::memcpy(&length, record + kLengthOffset, sizeof length);
     return length;
 }
 
+std::int64_t positionBehind(const char* record) noexcept {
+    std::int64_t position;
+    std::memcpy(&position, record + kPositionOffset, sizeof position);
+    return position;
+}
+
 bool isDots(const char* name) noexcept {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-const char* skipDots(const char* record, const char* end) noexcept {
-    while (record != end && isDots(record + kNameOffset)) {
-        record += recordLength(record);
-    }
-    return record;
-}
-
 }  // namespace
 
-bool StreamingSlot::acquire() noexcept {
-    held_ = streaming.fetch_add(1, std::memory_order_relaxed) < kMaxStreaming;
-    if (!held_) {
-        streaming.fetch_sub(1, std::memory_order_relaxed);
-    }
-    return held_;
-}
-
-void StreamingSlot::release() noexcept {
-    if (std::exchange(held_, false)) {
-        streaming.fetch_sub(1, std::memory_order_relaxed);
-    }
-}
-
-FolderReader::FolderReader(int folder) : folder_(folder) {
-    alignas(dirent64) char scratch[kBlockSize];  // left uninitialised: only what was read is looked at
-    const std::size_t size = readWhatFits(scratch);
-    const char* const first = skipDots(scratch, scratch + size);
-    const auto left = static_cast<std::size_t>(scratch + size - first);
-    keep(first, left, complete_ ? left : kBlockSize);
-    if (!complete_ && !slot_.acquire()) {
-        drain();
-    }
-}
+FolderReader::FolderReader(int folder) : folder_(folder) { load(); }
 
 bool FolderReader::next() {
     do {
@@ -75,6 +48,7 @@ bool FolderReader::next() {
             return false;
         }
         entry_ = next_;
+        here_ = std::exchange(behind_, positionBehind(entry_));
         next_ += recordLength(entry_);
     } while (isDots(name()));
     return true;
@@ -86,23 +60,51 @@ std::size_t FolderReader::nameLength() const noexcept { return std::strlen(name(
 
 unsigned char FolderReader::type() const noexcept { return static_cast<unsigned char>(entry_[kTypeOffset]); }
 
-void FolderReader::drain() {
-    if (complete_) {
-        return;
+void FolderReader::park() {
+    const std::size_t length = recordLength(entry_);
+    keep(entry_, length, length);
+    entry_ = block_.get();
+    next_ = end_;
+    parked_ = true;
+}
+
+void FolderReader::resume(int folder) {
+    folder_ = folder;
+    parked_ = false;
+    const std::int64_t behind = behind_;
+    std::unique_ptr<char[]> record = std::move(block_);
+    const char* const wanted = record.get() + kNameOffset;
+    astray_ = !(seek(here_) && next() && isNamed(wanted)) && !(seek(0) && find(wanted));
+    if (astray_) {
+        block_ = std::move(record);
+        capacity_ = 0;
+        entry_ = block_.get();
+        if (error_ == 0) {
+            seek(behind);
+        }
     }
-    const bool stands = entry_ != nullptr;
-    std::vector<char> records(stands ? entry_ : next_, end_);
-    while (!complete_) {
-        const std::size_t size = records.size();
-        records.resize(size + kBlockSize);
-        records.resize(size + readBatch(records.data() + size, kBlockSize));
+}
+
+bool FolderReader::isNamed(const char* wanted) const noexcept { return std::strcmp(name(), wanted) == 0; }
+
+bool FolderReader::find(const char* wanted) {
+    while (next()) {
+        if (isNamed(wanted)) {
+            return true;
+        }
     }
-    keep(records.data(), records.size(), records.size());
-    if (stands) {
-        entry_ = next_;
-        next_ += recordLength(entry_);
-    }
-    slot_.release();
+    return false;
+}
+
+bool FolderReader::seek(std::int64_t position) noexcept {
+    behind_ = position;
+    next_ = nullptr;
+    end_ = nullptr;
+    const off_t reached = retryInterrupted(
+        [&] { return systemCalls().lseek(folder_, static_cast<off_t>(position), SEEK_SET); });
+    error_ = reached < 0 ? errno : 0;
+    complete_ = reached < 0;
+    return !complete_;
 }
 
 /// Reads some records; 0 when there are no more, which ends the reading, as an error does.
@@ -127,12 +129,27 @@ std::size_t FolderReader::readWhatFits(char* block) noexcept {
     return size;
 }
 
+/// Reads the first block, and keeps no more memory than its records take if they are all that there are.
+void FolderReader::load() {
+    alignas(dirent64) char scratch[kBlockSize];  // left uninitialised: only what was read is looked at
+    const std::size_t size = readWhatFits(scratch);
+    const char* const end = scratch + size;
+    const char* first = scratch;
+    while (first != end && isDots(first + kNameOffset)) {
+        behind_ = positionBehind(first);
+        first += recordLength(first);
+    }
+    const auto left = static_cast<std::size_t>(end - first);
+    keep(first, left, complete_ ? left : kBlockSize);
+}
+
 void FolderReader::keep(const char* records, std::size_t size, std::size_t capacity) {
     std::unique_ptr<char[]> block(capacity == 0 ? nullptr : new char[capacity]);
     if (size != 0) {
         std::memcpy(block.get(), records, size);
     }
     block_ = std::move(block);
+    capacity_ = capacity;
     next_ = block_.get();
     end_ = next_ + size;
 }
@@ -141,10 +158,11 @@ bool FolderReader::refill() {
     if (complete_) {
         return false;
     }
-    next_ = block_.get();
-    end_ = next_ + readBatch(block_.get(), kBlockSize);
-    if (complete_) {
-        slot_.release();
+    if (capacity_ < kBlockSize) {
+        load();
+    } else {
+        next_ = block_.get();
+        end_ = next_ + readBatch(block_.get(), kBlockSize);
     }
     return next_ != end_;
 }

@@ -1,48 +1,28 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <utility>
 
 namespace fl::filesystem::posix {
 
-/// One of the few places for readers that keep a descriptor in use: descriptors belong to the whole process,
-/// so these places do too. Given back when the owner ends.
-class StreamingSlot {
-public:
-    StreamingSlot() noexcept = default;
-    StreamingSlot(StreamingSlot&& other) noexcept : held_(std::exchange(other.held_, false)) {}
-    StreamingSlot& operator=(StreamingSlot&& other) noexcept {
-        release();
-        held_ = std::exchange(other.held_, false);
-        return *this;
-    }
-    ~StreamingSlot() { release(); }
-
-    /// False where all places are taken.
-    bool acquire() noexcept;
-    void release() noexcept;
-
-private:
-    bool held_ = false;
-};
-
 /// Reads the entries of an open folder, "." and ".." left out, in the order of the system.
 ///
-/// A folder whose records fit into one block is read at once and kept as exactly those records, so that
-/// nested listings hold neither a descriptor nor a block each. Bigger ones are read a block at a time; while
-/// many of those are under way, a further one is read into memory as a whole.
+/// A folder whose records fit into one block is kept as exactly those records, bigger ones are read a block
+/// at a time. A reader that is parked holds one record and no descriptor, so that a walk can leave any number
+/// of listings behind on its way down.
 class FolderReader {
 public:
-    /// Reads from `folder`, which stays the caller's and must be open until isComplete().
+    /// Reads from `folder`, which stays the caller's and must be open while the reader is not parked.
     explicit FolderReader(int folder);
     FolderReader(FolderReader&&) noexcept = default;
     FolderReader& operator=(FolderReader&&) noexcept = default;
 
-    /// Moves to the next entry, at first to the first one. False at the end and on an error.
+    /// Moves to the next entry, at first to the first one. False at the end and on an error. Not while
+    /// parked.
     bool next();
 
-    /// The name of the entry, NUL-terminated; valid until the next call of next() or drain().
+    /// The name of the entry, NUL-terminated; valid until the next call of next(), park() or resume().
     const char* name() const noexcept;
     std::size_t nameLength() const noexcept;
 
@@ -53,22 +33,36 @@ public:
     /// Once next() has given false: 0 at the end, or the error number with which reading ended.
     int error() const noexcept { return error_; }
 
-    /// Whether everything still to come is in memory and the descriptor no longer needed.
-    bool isComplete() const noexcept { return complete_; }
+    /// Lets go of the folder and of all records but that of the entry on which the reader stands; it must
+    /// stand on one.
+    void park();
+    bool isParked() const noexcept { return parked_; }
 
-    /// Reads all that is left into memory; the entry that the reader stands on stays the same.
-    void drain();
+    /// Goes on in the same folder, which was opened anew. The place is looked for by the entry's name, first
+    /// where it was, then from the beginning, since a file system may have moved it. Where the name is gone
+    /// the reader isAstray(): it still stands on the entry, but what follows is what the file system takes
+    /// for the place behind it.
+    void resume(int folder);
+    bool isAstray() const noexcept { return astray_; }
 
 private:
     std::size_t readBatch(char* to, std::size_t room) noexcept;
     std::size_t readWhatFits(char* block) noexcept;
+    void load();
     void keep(const char* records, std::size_t size, std::size_t capacity);
     bool refill();
+    bool seek(std::int64_t position) noexcept;
+    bool find(const char* wanted);
+    bool isNamed(const char* wanted) const noexcept;
 
     int folder_;
     int error_ = 0;
     bool complete_ = false;
-    StreamingSlot slot_;
+    bool parked_ = false;
+    bool astray_ = false;
+    std::int64_t here_ = 0;    // where in the folder the entry begins, in the numbers of the file system
+    std::int64_t behind_ = 0;  // where the record after it begins
+    std::size_t capacity_ = 0;
     std::unique_ptr<char[]> block_;
     const char* entry_ = nullptr;
     const char* next_ = nullptr;

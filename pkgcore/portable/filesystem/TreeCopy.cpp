@@ -5,6 +5,7 @@
 
 #include <dirent.h>
 
+#include <cerrno>
 #include <utility>
 #include <vector>
 
@@ -129,6 +130,7 @@ private:
 
     void leaveFolder() {
         checkFolder(atSource(source_.openParent()));
+        checkFolder(atSource(source_.isCutOff() ? ESTALE : 0));  // a guess could leave something out
         checkFolder(atDestination(destination_.openParent()));
         source_.leave();
         destination_.pop();

@@ -14,13 +14,22 @@ TreeWalk::TreeWalk(FileDescriptor root) : chain_(std::move(root)) {
 
 int TreeWalk::enter(FileDescriptor folder) {
     if (chain_.isFull()) {
-        readers_[chain_.outermostOpen()].drain();  // its folder is closed next
+        readers_[chain_.outermostOpen()].park();  // its folder is closed next
     }
     if (const int error = chain_.push(std::move(folder)); error != 0) {
         return error;
     }
     readers_.emplace_back(chain_.innermost());
     return 0;
+}
+
+int TreeWalk::openParent() {
+    const int error = chain_.openParent();
+    FolderReader& reader = readers_[readers_.size() - 2];
+    if (error == 0 && reader.isParked()) {
+        reader.resume(chain_.parent());
+    }
+    return error;
 }
 
 void TreeWalk::leave() noexcept {

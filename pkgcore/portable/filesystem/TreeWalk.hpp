@@ -11,7 +11,7 @@ namespace fl::filesystem::posix {
 
 /// A walk through a tree of folders by descriptors: the folders on the way to where it stands, each with its
 /// listing. No link is followed and no path is built, but for a message: the entries on which the listings
-/// stand are the path.
+/// stand are the path, and of the folders far up they are all that is kept.
 class TreeWalk {
 public:
     explicit TreeWalk(FileDescriptor root);
@@ -27,8 +27,13 @@ public:
     /// Goes into a folder that was opened at the entry: 0, or the error number.
     int enter(FileDescriptor folder);
 
-    /// Sees to it that the folder around this one is open: 0, or the error number. Not for the root.
-    int openParent() noexcept { return chain_.openParent(); }
+    /// Sees to it that the folder around this one is open and its listing under way: 0, or the error number.
+    /// Not for the root.
+    int openParent();
+
+    /// After openParent(): whether this folder is not in the one around it any more, so that the rest of the
+    /// listing there begins at a guess.
+    bool isCutOff() const noexcept { return readers_[readers_.size() - 2].isAstray(); }
 
     /// This folder as an entry of the one around it, after openParent().
     Item asEntry() const noexcept { return {chain_.parent(), readers_[readers_.size() - 2].name()}; }

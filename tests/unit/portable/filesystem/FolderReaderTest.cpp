@@ -10,9 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <deque>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -84,21 +82,19 @@ TEST(FolderReader, GivesTheTypeOfEachEntry) {
     EXPECT_FALSE(reader.next());
 }
 
-TEST(FolderReader, SmallFolderIsCompleteAtOnce) {
+TEST(FolderReader, SmallFolderIsReadAtOnce) {
     const ScriptedFolder script({batchOf(numbered(0, 3)), batchOf(numbered(3, 3))});
     FolderReader reader(0);
-    EXPECT_TRUE(reader.isComplete());
     EXPECT_TRUE(script.isRead());
     EXPECT_EQ(numbered(0, 6), namesFrom(reader));
 }
 
-TEST(FolderReader, EmptyFolderIsCompleteAtOnce) {
+TEST(FolderReader, EmptyFolderIsAtItsEnd) {
     Records dots;
     dots.add(".", DT_DIR).add("..", DT_DIR);
     for (const std::string& records : {std::string(), dots.bytes()}) {
         const ScriptedFolder script(records.empty() ? std::vector<Batch>{} : std::vector<Batch>{{records}});
         FolderReader reader(0);
-        EXPECT_TRUE(reader.isComplete());
         EXPECT_FALSE(reader.next());
         EXPECT_EQ(0, reader.error());
     }
@@ -107,24 +103,9 @@ TEST(FolderReader, EmptyFolderIsCompleteAtOnce) {
 TEST(FolderReader, BigFolderIsReadBlockByBlock) {
     const ScriptedFolder script(bigFolder());
     FolderReader reader(0);
-    EXPECT_FALSE(reader.isComplete());
+    EXPECT_FALSE(script.isRead());
     EXPECT_EQ(numbered(0, 2100), namesFrom(reader));
-    EXPECT_TRUE(reader.isComplete());
-}
-
-TEST(FolderReader, DrainingKeepsTheEntryThatItStandsOn) {
-    for (const std::size_t before : {0U, 1U, 350U, 700U, 701U}) {
-        const ScriptedFolder script(bigFolder());
-        FolderReader reader(0);
-        for (std::size_t i = 0; i < before; ++i) ASSERT_TRUE(reader.next());
-        reader.drain();
-        EXPECT_TRUE(reader.isComplete());
-        if (before != 0) {
-            EXPECT_EQ("entry-" + std::to_string(before - 1), reader.name());
-        }
-        reader.drain();
-        EXPECT_EQ(numbered(before, 2100 - before), namesFrom(reader));
-    }
+    EXPECT_TRUE(script.isRead());
 }
 
 TEST(FolderReader, WhatWasReadBeforeAFailureIsShownFirst) {
@@ -137,14 +118,11 @@ TEST(FolderReader, WhatWasReadBeforeAFailureIsShownFirst) {
 TEST(FolderReader, FailureInTheMiddleOfABigFolder) {
     std::vector<Batch> batches = bigFolder();
     batches[2] = {"", EIO};
-    for (const bool drained : {false, true}) {
-        const ScriptedFolder script(batches);
-        FolderReader reader(0);
-        if (drained) reader.drain();
-        EXPECT_EQ(numbered(0, 1400), namesFrom(reader));
-        EXPECT_EQ(EIO, reader.error());
-        EXPECT_FALSE(reader.next());
-    }
+    const ScriptedFolder script(batches);
+    FolderReader reader(0);
+    EXPECT_EQ(numbered(0, 1400), namesFrom(reader));
+    EXPECT_EQ(EIO, reader.error());
+    EXPECT_FALSE(reader.next());
 }
 
 TEST(FolderReader, FailureAtOnce) {
@@ -175,60 +153,6 @@ TEST(FolderReader, CanBeMoved) {
     FolderReader second(std::move(first));
     EXPECT_STREQ("entry-0", second.name());
     EXPECT_EQ(numbered(1, 2099), namesFrom(second));
-}
-
-/// Every folder is big: a first answer that leaves no room in the block, a second one, and the end.
-class ManyReaders : public testing::Test {
-protected:
-    ManyReaders() {
-        calls->getdents64 = [](int folder, void* records, size_t) -> ssize_t {
-            static const std::string block = batchOf(numbered(0, 1016)).records;
-            if (answersGiven.at(static_cast<std::size_t>(folder))++ == 2) return 0;
-            block.copy(static_cast<char*>(records), block.size());
-            return static_cast<ssize_t>(block.size());
-        };
-        answersGiven.assign(100, 0);
-    }
-
-    /// Each reads a folder of its own; the number stands for the descriptor.
-    void addReader() { readers.emplace_back(nextFolder++); }
-
-    std::size_t streaming() const {
-        return static_cast<std::size_t>(std::count_if(
-            readers.begin(), readers.end(), [](const FolderReader& reader) { return !reader.isComplete(); }));
-    }
-
-    static inline std::vector<int> answersGiven;
-    test::ScopedSystemCalls calls;
-    std::deque<FolderReader> readers;
-    int nextFolder = 0;
-};
-
-TEST_F(ManyReaders, OnlySomeKeepADescriptorInUse) {
-    for (int i = 0; i < 50; ++i) addReader();
-    EXPECT_EQ(32U, streaming());
-    for (FolderReader& reader : readers) EXPECT_EQ(2'032U, namesFrom(reader).size());
-    EXPECT_EQ(0U, streaming());
-}
-
-TEST_F(ManyReaders, PlaceIsFreeAgainOnceAReaderNeedsItNoMore) {
-    for (int i = 0; i < 32; ++i) addReader();
-    readers[0].drain();
-    EXPECT_EQ(31U, streaming());
-    addReader();
-    EXPECT_EQ(32U, streaming());
-    while (readers[1].next()) {
-    }
-    addReader();
-    EXPECT_EQ(32U, streaming());
-    // Also where another thread ends it.
-    std::thread([&] { readers.pop_back(); }).join();
-    addReader();
-    EXPECT_EQ(32U, streaming());
-    FolderReader moved(std::move(readers.back()));
-    readers.pop_back();
-    addReader();
-    EXPECT_TRUE(readers.back().isComplete());
 }
 
 TEST(FolderReaderOnDisk, GivesEachEntryOnce) {

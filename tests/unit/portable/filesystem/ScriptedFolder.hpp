@@ -17,12 +17,14 @@ namespace test {
 /// The records of some names, as getdents64 writes them.
 class Records {
 public:
-    Records& add(const std::string& name, unsigned char type) {
+    /// `positionBehind` is where the folder goes on after the entry.
+    Records& add(const std::string& name, unsigned char type, std::int64_t positionBehind = 0) {
         constexpr std::size_t kNameOffset = offsetof(dirent64, d_name);
         const auto length = static_cast<std::uint16_t>((kNameOffset + name.size() + 1 + 7) / 8 * 8);
         const std::size_t start = bytes_.size();
         bytes_.resize(start + length);
         std::memcpy(&bytes_[start + offsetof(dirent64, d_reclen)], &length, sizeof length);
+        std::memcpy(&bytes_[start + offsetof(dirent64, d_off)], &positionBehind, sizeof positionBehind);
         bytes_[start + offsetof(dirent64, d_type)] = static_cast<char>(type);
         name.copy(&bytes_[start + kNameOffset], name.size());
         return *this;
