@@ -89,6 +89,28 @@ void makeTree(const std::string& top) {
     makeFile(top + "/other/three", "three");
 }
 
+/// More levels than are kept open, so that some are closed and found again: a walk keeps 16, listings 32.
+template <int kLevels>
+void makeDeepTree(const std::string& top) {
+    std::string folder = top;
+    makeFolder(folder);
+    for (int level = 0; level < kLevels; ++level) {
+        makeFile(folder + (level % 2 == 0 ? "/a" : "/z"), "text");
+        folder += "/d";
+        makeFolder(folder);
+    }
+}
+
+/// Of such a tree, one error stands for all.
+Operation deep(Operation operation) {
+    operation.name += "Deep";
+    operation.errors = {EIO};
+    operation.harmless["getdents64"] = "a folder that was closed on the way down is read again on the way up";
+    return operation;
+}
+
+using MakeTree = void (*)(const std::string& top);
+
 /// Has renaming an item to another place fail with EXDEV, so that the library sees two file systems. What it
 /// made itself beside the destination is renamed by the system.
 class TwoDevices {
@@ -135,10 +157,18 @@ const Reasons kRemovalIsHarmless = {
     {"openat", "a folder that cannot be opened may be empty, and then it goes all the same"},
     {"openat(..)", "where the way up is closed the way down is too"},
     {"close", "what was only read is complete by then"},
+    {"lseek", "a place that is lost is looked for from the beginning"},
 };
 
 const Reasons kReadingIsHarmless = {
     {"close", "what was only read is complete by then"},
+};
+
+const Reasons kListingIsHarmless = {
+    {"close", "what was only read is complete by then"},
+    {"fstat", "a folder that cannot be told from others stays open"},
+    {"openat(..)", "a folder is found by its path as well"},
+    {"lseek", "a place that is lost is looked for from the beginning"},
 };
 
 Operation copyFile(const std::string& name, fsys::copy_option option,
@@ -183,10 +213,10 @@ void addFileCopies(std::vector<Operation>& all) {
     all.push_back(copyFile("CopySparseFileOver", fsys::copy_option::overwrite_if_exists, sparse));
 }
 
-Operation copyDirectory() {
+Operation copyDirectory(MakeTree make) {
     Operation operation;
     operation.name = "CopyDirectory";
-    operation.prepare = [](const TempTree& tree) { makeTree(tree / "from"); };
+    operation.prepare = [=](const TempTree& tree) { make(tree / "from"); };
     operation.run = [](const TempTree& tree) {
         fsys::copy_directory(tree.text("from"), tree.text("to"));
         return std::string();
@@ -264,11 +294,11 @@ void addRenames(std::vector<Operation>& all) {
         renameAcross("RenameLinkAcross", [](const TempTree& tree) { makeLink("nowhere", tree / "from"); }));
 }
 
-Operation removeAll() {
+Operation removeAll(MakeTree make) {
     Operation operation;
     operation.name = "RemoveAll";
-    operation.prepare = [](const TempTree& tree) {
-        makeTree(tree / "top");
+    operation.prepare = [=](const TempTree& tree) {
+        make(tree / "top");
         makeTree(tree / "outside");
         makeLink("../outside", tree / "top/toOutside");
     };
@@ -280,19 +310,19 @@ Operation removeAll() {
         return changedBesidesRemoval(outcome.before, outcome.after, "top") +
                (outcome.before.size() < outcome.after.size() ? "something was made; " : "");
     };
-    operation.recover = [](const TempTree& tree) {
+    operation.recover = [=](const TempTree& tree) {
         if (!isThere(tree / "top")) {
-            makeTree(tree / "top");
+            make(tree / "top");
         }
     };
     operation.harmless = kRemovalIsHarmless;
     return operation;
 }
 
-Operation listFiles() {
+Operation listFiles(MakeTree make) {
     Operation operation;
     operation.name = "ListFiles";
-    operation.prepare = [](const TempTree& tree) { makeTree(tree / "top"); };
+    operation.prepare = [=](const TempTree& tree) { make(tree / "top"); };
     operation.run = [](const TempTree& tree) {
         std::vector<opc::ustring> files;
         opc::LocalFileSystemOps().getFiles(tree.text("top"), files, true);
@@ -305,7 +335,7 @@ Operation listFiles() {
         return result;
     };
     operation.lost = [](const Outcome& outcome) { return changed(outcome, isNothing); };
-    operation.harmless = kReadingIsHarmless;
+    operation.harmless = kListingIsHarmless;
     return operation;
 }
 
@@ -406,10 +436,13 @@ Operation readStream() {
 std::vector<Operation> operations() {
     std::vector<Operation> all;
     addFileCopies(all);
-    all.push_back(copyDirectory());
+    all.push_back(copyDirectory(makeTree));
+    all.push_back(deep(copyDirectory(makeDeepTree<19>)));
     addRenames(all);
-    all.push_back(removeAll());
-    all.push_back(listFiles());
+    all.push_back(removeAll(makeTree));
+    all.push_back(deep(removeAll(makeDeepTree<19>)));
+    all.push_back(listFiles(makeTree));
+    all.push_back(deep(listFiles(makeDeepTree<36>)));
     all.push_back(createDirectories());
     all.push_back(temporaryFile());
     all.push_back(writeStream());

@@ -3,6 +3,7 @@
 #include "tests/support/TempTree.hpp"
 #include "tests/support/TreeSnapshot.hpp"
 
+#include <cerrno>
 #include <functional>
 #include <iosfwd>
 #include <map>
@@ -39,6 +40,10 @@ struct Operation {
     /// The calls that may fail without a failure of the operation, as "call" or "call(last name of the
     /// path)", each with the reason. The operation must then have done all of its work.
     std::map<std::string, std::string> harmless;
+
+    /// With what the calls fail: a failure of the device, of space, of this process and of rights; the
+    /// library answers the last by itself here and there.
+    std::vector<int> errors = {EIO, ENOSPC, EMFILE, EACCES};
 };
 
 /// A failure that the library reports otherwise than by an exception: by a null, or in the state of a stream.

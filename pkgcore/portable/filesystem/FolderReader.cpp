@@ -74,7 +74,7 @@ void FolderReader::resume(int folder) {
     const std::int64_t behind = behind_;
     std::unique_ptr<char[]> record = std::move(block_);
     const char* const wanted = record.get() + kNameOffset;
-    astray_ = !(seek(here_) && next() && isNamed(wanted)) && !(seek(0) && find(wanted));
+    astray_ = !findAt(here_, wanted) && !findAnywhere(wanted);
     if (astray_) {
         block_ = std::move(record);
         capacity_ = 0;
@@ -87,7 +87,19 @@ void FolderReader::resume(int folder) {
 
 bool FolderReader::isNamed(const char* wanted) const noexcept { return std::strcmp(name(), wanted) == 0; }
 
-bool FolderReader::find(const char* wanted) {
+/// A position that the file system does not know any more is no failure, but one of reading is.
+bool FolderReader::findAt(std::int64_t position, const char* wanted) {
+    if (seek(position)) {
+        return next() && isNamed(wanted);
+    }
+    error_ = 0;
+    return false;
+}
+
+bool FolderReader::findAnywhere(const char* wanted) {
+    if (error_ != 0 || !seek(0)) {
+        return false;
+    }
     while (next()) {
         if (isNamed(wanted)) {
             return true;

@@ -30,7 +30,7 @@ public:
     /// tell.
     unsigned char type() const noexcept;
 
-    /// Once next() has given false: 0 at the end, or the error number with which reading ended.
+    /// Once next() has given false or the reader isAstray(): 0, or the error number with which reading ended.
     int error() const noexcept { return error_; }
 
     /// Lets go of the folder and of all records but that of the entry on which the reader stands; it must
@@ -52,7 +52,8 @@ private:
     void keep(const char* records, std::size_t size, std::size_t capacity);
     bool refill();
     bool seek(std::int64_t position) noexcept;
-    bool find(const char* wanted);
+    bool findAt(std::int64_t position, const char* wanted);
+    bool findAnywhere(const char* wanted);
     bool isNamed(const char* wanted) const noexcept;
 
     int folder_;

@@ -5,7 +5,6 @@
 
 #include <dirent.h>
 
-#include <cerrno>
 #include <utility>
 #include <vector>
 
@@ -130,7 +129,7 @@ private:
 
     void leaveFolder() {
         checkFolder(atSource(source_.openParent()));
-        checkFolder(atSource(source_.isCutOff() ? ESTALE : 0));  // a guess could leave something out
+        checkFolder(atSource(source_.cutOff()));  // a guess could leave something out
         checkFolder(atDestination(destination_.openParent()));
         source_.leave();
         destination_.pop();

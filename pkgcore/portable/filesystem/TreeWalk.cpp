@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace fl::filesystem::posix {
@@ -30,6 +31,14 @@ int TreeWalk::openParent() {
         reader.resume(chain_.parent());
     }
     return error;
+}
+
+int TreeWalk::cutOff() const noexcept {
+    const FolderReader& reader = readers_[readers_.size() - 2];
+    if (!reader.isAstray()) {
+        return 0;
+    }
+    return reader.error() != 0 ? reader.error() : ESTALE;
 }
 
 void TreeWalk::leave() noexcept {

@@ -31,9 +31,9 @@ public:
     /// Not for the root.
     int openParent();
 
-    /// After openParent(): whether this folder is not in the one around it any more, so that the rest of the
-    /// listing there begins at a guess.
-    bool isCutOff() const noexcept { return readers_[readers_.size() - 2].isAstray(); }
+    /// After openParent(): ESTALE where this folder is not in the one around it any more, so that the rest of
+    /// the listing there begins at a guess, or the error number of looking for it; else 0.
+    int cutOff() const noexcept;
 
     /// This folder as an entry of the one around it, after openParent().
     Item asEntry() const noexcept { return {chain_.parent(), readers_[readers_.size() - 2].name()}; }
