@@ -106,6 +106,7 @@ int faultyClose(int descriptor) {
 SystemCalls faultyTable() {
     SystemCalls table = kHostCalls;
     table.close = faultyClose;
+    table.sync = [] { kHostCalls.sync(); };  // cannot fail
     makeFaulty<&SystemCalls::openat>(table, "openat");
     makeFaulty<&SystemCalls::read>(table, "read");
     makeFaulty<&SystemCalls::write>(table, "write");
@@ -125,6 +126,7 @@ SystemCalls faultyTable() {
     makeFaulty<&SystemCalls::fchmodat>(table, "fchmodat");
     makeFaulty<&SystemCalls::utimensat>(table, "utimensat");
     makeFaulty<&SystemCalls::futimens>(table, "futimens");
+    makeFaulty<&SystemCalls::syncfs>(table, "syncfs");
     makeFaulty<&SystemCalls::getrandom>(table, "getrandom");
     makeFaulty<&SystemCalls::getcwd>(table, "getcwd");
     makeFaulty<&SystemCalls::fdopen>(table, "fdopen");

@@ -70,10 +70,11 @@ PKGCORE_PLATFORM_API void copy_symlink(const std::u16string& from, const std::u1
 /// names of one item stay as they are, as POSIX has it. "." or ".." as the last element is InvalidArgument.
 ///
 /// Onto another file system the item is copied to a temporary sibling of the destination, with the nine
-/// permission bits and the times, then renamed into place, and then removed at its old place. That works for
-/// files, links and folders of them; other kinds are InvalidOperation. A failure before the renaming leaves
-/// the source whole, the destination as it was and nothing beside it. A failure of removing the source after
-/// that is thrown as remove_all throws it; the destination is then complete.
+/// permission bits and the times, then renamed into place, and, once it is on the disk, removed at its old
+/// place. That works for files, links and folders of them; other kinds are InvalidOperation. A failure before
+/// the renaming leaves the source whole, the destination as it was and nothing beside it; a failure to bring
+/// the copy to the disk leaves both. A failure of removing the source after that is thrown as remove_all
+/// throws it; the destination is then complete.
 PKGCORE_PLATFORM_API void rename(const std::u16string& from, const std::u16string& to);
 
 /// Removes a file, a link itself, or an empty folder. A missing path is PathNotFound, a folder that holds

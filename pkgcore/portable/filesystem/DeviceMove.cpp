@@ -78,6 +78,8 @@ private:
                 checkSource(ENOTSUP);
         }
         checkTarget(sibling.moveIntoPlace());
+        // The source goes next, and after that a failing power supply must find the copy on the disk.
+        checkTarget(sibling.sync());
     }
 
     void copyFile(TemporarySibling& sibling) const {

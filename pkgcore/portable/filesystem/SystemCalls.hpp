@@ -33,6 +33,8 @@ struct SystemCalls {
     int (*fchmodat)(int directory, const char* path, mode_t mode, int flags);  ///< knows AT_SYMLINK_NOFOLLOW
     int (*utimensat)(int directory, const char* path, const timespec times[2], int flags);
     int (*futimens)(int descriptor, const timespec times[2]);
+    int (*syncfs)(int descriptor);
+    void (*sync)();
     ssize_t (*getrandom)(void* bytes, size_t count, unsigned flags);
     char* (*getcwd)(char* path, size_t size);
     std::FILE* (*fdopen)(int descriptor, const char* mode);

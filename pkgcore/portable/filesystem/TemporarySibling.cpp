@@ -42,4 +42,13 @@ int TemporarySibling::moveIntoPlace() noexcept {
     return error;
 }
 
+int TemporarySibling::sync() const noexcept {
+    const FileDescriptor folder = openAt(parent_.folder(), ".", O_RDONLY | O_DIRECTORY);
+    if (!folder.isOpen() && errno == EACCES) {
+        systemCalls().sync();  // a folder that may be written but not read
+        return 0;
+    }
+    return folder.isOpen() ? errorOf([&] { return systemCalls().syncfs(folder.get()); }) : errno;
+}
+
 }  // namespace fl::filesystem::posix

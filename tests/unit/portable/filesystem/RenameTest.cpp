@@ -271,6 +271,47 @@ TEST_F(RenameAcross, ChangesNothingWhenTheCopyCannotBePutInPlace) {
     }
 }
 
+TEST_F(RenameAcross, KeepsBothWhenTheCopyCannotBeBroughtToTheDisk) {
+    fill(tree, "a");
+    const test::TreeSnapshot before = snapshot(tree / "a");
+    test::failCall<&SystemCalls::syncfs>(calls, 1, EIO);
+    EXPECT_TRUE(failsWith(EIO, tree.text("b"), [&] { rename("a", "b"); }));
+    EXPECT_EQ(before, snapshot(tree / "a"));
+    EXPECT_EQ(before, snapshot(tree / "b"));
+}
+
+TEST_F(RenameAcross, RemovesNothingBeforeTheCopyIsOnTheDisk) {
+    static bool synced = false;
+    synced = false;
+    makeFile(tree / "a", "text");
+    calls->syncfs = [](int folder) {
+        synced = true;
+        return kHostCalls.syncfs(folder);
+    };
+    calls->unlinkat = [](int folder, const char* name, int flags) {
+        EXPECT_TRUE(synced);
+        return kHostCalls.unlinkat(folder, name, flags);
+    };
+    rename("a", "b");
+    EXPECT_EQ("text", contentOf(tree / "b"));
+    EXPECT_TRUE(synced);
+}
+
+TEST_F(RenameAcross, SyncsAllWhereTheFolderCannotBeRead) {
+    static bool synced = false;
+    synced = false;
+    makeFile(tree / "a", "text");
+    calls->sync = [] { synced = true; };
+    calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
+        return name == std::string_view(".") && (flags & O_PATH) == 0
+                   ? (errno = EACCES, -1)
+                   : kHostCalls.openat(folder, name, flags, mode);
+    };
+    rename("a", "b");
+    EXPECT_TRUE(synced);
+    EXPECT_FALSE(isThere(tree / "a"));
+}
+
 TEST_F(RenameAcross, KeepsBothWhenTheSourceCannotBeRemoved) {
     fill(tree, "a");
     const test::TreeSnapshot before = snapshot(tree / "a");
