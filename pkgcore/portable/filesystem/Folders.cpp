@@ -18,6 +18,9 @@ namespace {
 
 constexpr mode_t kFolderMode = 0777;  // less what the process's umask takes
 
+// Somebody who removes without end what is made must not keep the call from ending.
+constexpr int kMaxRaces = 8;
+
 /// 0 or the error number.
 int makeFolder(int directory, const char* path) {
     return posix::errorOf([&] { return posix::systemCalls().mkdirat(directory, path, kFolderMode); });
@@ -72,18 +75,31 @@ private:
         folder_ = std::move(next);
     }
 
-    /// Makes and enters a folder. Somebody else may make it at the same moment; that is as good.
+    /// Makes and enters a folder. Somebody else may make it at the same moment, which is as good, or remove
+    /// it.
     FileDescriptor make(const char* name) {
-        const int error = makeFolder(directory(), name);
-        made_ = error == 0;
-        if (error != 0 && error != EEXIST) {
-            posix::throwError(error, path_.text());
+        for (int races = 0; races < kMaxRaces; ++races) {
+            const int error = makeFolder(directory(), name);
+            made_ = error == 0;
+            if (error != 0 && error != EEXIST) {
+                posix::throwError(error, path_.text());
+            }
+            FileDescriptor folder = enterFolder(directory(), name);
+            if (folder.isOpen() || errno != ENOENT) {
+                return folder;
+            }
+            if (isThere(name)) {
+                errno = ENOTDIR;  // a link that leads nowhere is in the way
+                return folder;
+            }
         }
-        FileDescriptor folder = enterFolder(directory(), name);
-        if (!folder.isOpen() && error == EEXIST && errno == ENOENT) {
-            errno = ENOTDIR;  // a link that leads nowhere is in the way
-        }
-        return folder;
+        errno = ENOENT;
+        return {};
+    }
+
+    bool isThere(const char* name) const {
+        struct stat status;
+        return posix::readStatus({directory(), name}, status) == 0;
     }
 
     NativePath path_;
@@ -108,14 +124,14 @@ bool create_directories(const std::u16string& path) {
     if (error == 0) {
         return true;
     }
-    if (error == ENOENT || whole.size() >= PATH_MAX) {
-        return FolderMaker(path).run();
-    }
     // Also where the error is not EEXIST: some file systems say first that they are read-only.
-    if (posix::isFolder(AT_FDCWD, whole.bytes())) {
+    if (error != ENOENT && posix::isFolder(AT_FDCWD, whole.bytes())) {
         return false;
     }
-    posix::throwError(error == EEXIST ? ENOTDIR : error, path);
+    if (error == ENOENT || error == EEXIST || whole.size() >= PATH_MAX) {
+        return FolderMaker(path).run();
+    }
+    posix::throwError(error, path);
 }
 
 }  // namespace fl::filesystem

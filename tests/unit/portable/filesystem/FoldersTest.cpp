@@ -11,7 +11,9 @@
 
 #include <atomic>
 #include <cerrno>
+#include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -193,6 +195,51 @@ TEST(CreateDirectories, SomebodyElseIsFasterByAMoment) {
     };
     EXPECT_FALSE(create_directories(tree.text("a/b")));
     EXPECT_TRUE(isFolder(tree / "a/b"));
+}
+
+/// How often making a folder is tried, while somebody else removes it again as soon as it is there.
+int triesAgainstARemover(int removals) {
+    static int tries;
+    static int left;
+    tries = 0;
+    left = removals;
+    const TempTree tree;
+    ScopedSystemCalls calls;
+    calls->mkdirat = [](int directory, const char* path, mode_t mode) {
+        if (std::string_view(path) != "b") return kHostCalls.mkdirat(directory, path, mode);
+        ++tries;
+        if (left-- <= 0) return kHostCalls.mkdirat(directory, path, mode);
+        errno = EEXIST;  // and gone at once
+        return -1;
+    };
+    if (removals < 8) {
+        EXPECT_TRUE(create_directories(tree.text("a/b")));
+        EXPECT_TRUE(isFolder(tree / "a/b"));
+    } else {
+        EXPECT_EQ(tree.text("a/b"), failedPath<PathNotFound>([&] { create_directories(tree.text("a/b")); }));
+    }
+    return tries;
+}
+
+TEST(CreateDirectories, FolderThatSomebodyRemovesMeanwhileIsMadeAgain) {
+    EXPECT_EQ(2, triesAgainstARemover(1));
+    EXPECT_EQ(8, triesAgainstARemover(7));
+}
+
+TEST(CreateDirectories, GivesUpOnSomebodyWhoRemovesWithoutEnd) { EXPECT_EQ(8, triesAgainstARemover(1'000)); }
+
+TEST(CreateDirectories, FolderThatGoesBetweenTwoLooksIsMadeAgain) {
+    static bool first;
+    first = true;
+    const TempTree tree;
+    ScopedSystemCalls calls;
+    calls->mkdirat = [](int directory, const char* path, mode_t mode) {
+        if (!std::exchange(first, false)) return kHostCalls.mkdirat(directory, path, mode);
+        errno = EEXIST;
+        return -1;
+    };
+    EXPECT_TRUE(create_directories(tree.text("a")));
+    EXPECT_TRUE(isFolder(tree / "a"));
 }
 
 TEST(CreateDirectories, FoldersMadeBeforeAFailureStay) {
