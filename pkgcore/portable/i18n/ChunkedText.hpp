@@ -22,7 +22,7 @@ inline std::size_t extrapolate(std::size_t produced, std::size_t consumed, std::
 /// `bool done()`, and `consumed()` and `remaining()`, which count units of its input.
 template <typename Unit, typename Source>
 std::basic_string<Unit> collectChunks(Source source) {
-    constexpr std::size_t kChunk = 8192;
+    constexpr std::size_t kChunk = 16384 / sizeof(Unit);
     Unit chunk[kChunk];
     std::size_t length = source.fill(chunk, kChunk);
     if (source.done()) return std::basic_string<Unit>(chunk, length);

@@ -39,7 +39,7 @@ public:
 private:
     static constexpr std::size_t kBytesPerUnit = 3;  // at most; a pair takes four for two
     static constexpr std::size_t kMinRoom = 16;      // more than any character
-    static constexpr std::size_t kMaxPiece = 1024;   // after so much, ASCII may have come back
+    static constexpr std::size_t kMaxPiece = 4096;   // after so much, ASCII may have come back
 
     std::size_t encodePiece(char* out, std::size_t units) {
         const std::size_t taken = wholeCharacters(std::min(units, remaining()));
