@@ -14,10 +14,10 @@ PKGCORE_API boost::posix_time::ptime getCurrentTime();
 
 /// The same instant as the machine's wall clock shows it, fractions of a second included. The zone is looked
 /// up at each call: the one that the environment variable TZ names (a name as "Europe/Berlin", an absolute
-/// path of a zone file, either with or without a colon in front, or a rule such as
-/// "CET-1CEST,M3.5.0,M10.5.0/3"), or else the one that the system is set to. A value of TZ that is none of
-/// these counts as UTC, without an error, as does an empty one. Special values stay as they are.
-/// std::out_of_range for a result outside the years 1400 to 9999. As with everything that reads the
+/// path of a zone file, either with or without a colon in front, or a rule for the years
+/// from 1970 on such as "CET-1CEST,M3.5.0,M10.5.0/3"), or else the one that the system is set to. A value of
+/// TZ that is none of these counts as UTC, without an error, as does an empty one. Special values stay as
+/// they are. std::out_of_range for a result outside the years 1400 to 9999. As with everything that reads the
 /// environment, no thread may change it at the same time.
 PKGCORE_API boost::posix_time::ptime convertToLocalTime(const boost::posix_time::ptime& utc);
 
