@@ -7,6 +7,8 @@
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 
+#include <algorithm>
+#include <cstdint>
 #include <locale>
 #include <sstream>
 
@@ -26,14 +28,28 @@ std::locale localeWith() {
     return std::locale(fl::i18n::facet::get_global_std_locale(), new Facet(kFormat));
 }
 
+/// The parser asks the C library whether a character is a blank or a digit, which is defined for a byte and
+/// reads stray memory for more. Nothing beyond ASCII is a blank or a digit of a time.
+std::wstring inASCII(std::wstring text) {
+    constexpr std::uint32_t kLastOfASCII = 0x7F;
+    const auto isBeyond = [](wchar_t c) { return static_cast<std::uint32_t>(c) > kLastOfASCII; };
+    std::replace_if(text.begin(), text.end(), isBeyond, L'?');
+    return text;
+}
+
+/// The parser adds up a date and a time of day without a look at where that leads.
+bool isWithinRange(const ptime& time) {
+    return time.is_special() || time <= ptime(boost::date_time::max_date_time);
+}
+
 /// What the stream's parser makes of the whole text; it is lenient about separators and missing fields.
 ptime parseWhole(const ustring& text, const std::locale& locale) {
-    std::wistringstream stream(fl::i18n::to_wstring(text));
+    std::wistringstream stream(inASCII(fl::i18n::to_wstring(text)));
     stream.imbue(locale);
     ptime time(not_a_date_time);
     stream >> time;
     const bool whole = !stream.fail() && stream.peek() == std::wistringstream::traits_type::eof();
-    return whole ? time : ptime(not_a_date_time);
+    return whole && isWithinRange(time) ? time : ptime(not_a_date_time);
 }
 
 /// Whether a text that holds more than a date has a time of full length behind a T.

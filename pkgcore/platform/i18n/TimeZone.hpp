@@ -12,15 +12,17 @@ namespace fl::i18n::time_zone {
 /// A time zone with its daylight-saving rules, past and future.
 class PKGCORE_PLATFORM_API timezone {
 public:
-    /// The empty name is the machine's own zone as it is set at this moment (POSIX: the environment variable
-    /// TZ, else the system's configured zone). std::invalid_argument for any other name: nobody needs one
-    /// here. A value of TZ that the system does not know counts as UTC, as it does for every program of a
-    /// POSIX system.
+    /// The empty name is the machine's own zone as it is set at this moment: the environment variable TZ,
+    /// else the system's configured zone. TZ is what POSIX and its C library make of it: a zone's name, an
+    /// absolute path of a zone file, either with or without a colon in front, or a rule
+    /// for the years from 1970 on ("CET-1CEST,M3.5.0,M10.5.0/3"). A value that is none of these counts as
+    /// UTC, as it does for every program of the system; so does an empty one. std::invalid_argument for any
+    /// other name: nobody needs one here.
     explicit timezone(const std::string& name);
 };
 
-/// The wall-clock time of a UTC instant. Special values stay as they are. A result outside the years 1400 to
-/// 9999 is boost's std::out_of_range.
+/// The wall-clock time of a UTC instant. Special values stay as they are. std::out_of_range for a result
+/// outside the years 1400 to 9999.
 PKGCORE_PLATFORM_API boost::posix_time::ptime from_utc(const boost::posix_time::ptime& utc,
                                                        const timezone& zone);
 

@@ -20,8 +20,9 @@ namespace {
 using Seconds = std::int64_t;  // since 1970-01-01T00:00:00, of UTC or of the wall clock
 
 constexpr Seconds kHour = 3600;
-/// No place was ever further from UTC than this, Manila's 16 hours before 1845 included.
-constexpr Seconds kWidestOffset = 18 * kHour;
+/// RFC 8536 allows zone files no more, and POSIX allows rules 24 hours and an hour of daylight time. No place
+/// was ever further from UTC than Manila, 16 hours, before 1845.
+constexpr Seconds kWidestOffset = 26 * kHour;
 /// Two changes of one zone never lie closer together.
 constexpr Seconds kClosestChanges = 6 * kHour;
 
@@ -75,7 +76,7 @@ Stretch stretchFrom(Seconds begin, Seconds limit) {
 
 /// The instant at which the wall clock shows `local`: the first that does, or else the one that it would be
 /// had the change that skips it not come.
-Seconds instantOf(Seconds local) {
+Seconds instantAmongChanges(Seconds local) {
     const Seconds limit = local + kWidestOffset;
     Seconds skipped = local;
     for (Seconds begin = local - kWidestOffset; begin < limit;) {
@@ -92,6 +93,26 @@ Seconds instantOf(Seconds local) {
     return skipped;
 }
 
+/// As instantAmongChanges, and quick where no clock is changed for a day before and after. Were a clock set
+/// forward and back again in between, which none ever was within four days, the later of two instants might
+/// come.
+Seconds instantOf(Seconds local) {
+    const Seconds offset = offsetAt(local - kWidestOffset);
+    const bool lasts = offsetAt(local - offset) == offset && offsetAt(local + kWidestOffset) == offset;
+    return lasts ? local - offset : instantAmongChanges(local);
+}
+
+/// Boost's own arithmetic leaves the years that its dates know without a word.
+ptime shifted(const ptime& time, Seconds by) {
+    static const ptime first(boost::date_time::min_date_time);
+    static const ptime last(boost::date_time::max_date_time);
+    const ptime result = time + seconds(by);
+    if (result < first || result > last) {
+        throw std::out_of_range("The time in the other zone lies outside the years 1400 to 9999");
+    }
+    return result;
+}
+
 }  // namespace
 
 timezone::timezone(const std::string& name) {
@@ -102,7 +123,7 @@ timezone::timezone(const std::string& name) {
 }
 
 ptime from_utc(const ptime& utc, const timezone& /*zone*/) {
-    return utc.is_special() ? utc : utc + seconds(offsetAt(wholeSeconds(utc)));
+    return utc.is_special() ? utc : shifted(utc, offsetAt(wholeSeconds(utc)));
 }
 
 ptime to_utc(const ptime& local, const timezone& /*zone*/) {
@@ -110,7 +131,7 @@ ptime to_utc(const ptime& local, const timezone& /*zone*/) {
         return local;
     }
     const Seconds shown = wholeSeconds(local);
-    return local + seconds(instantOf(shown) - shown);
+    return shifted(local, instantOf(shown) - shown);
 }
 
 }  // namespace fl::i18n::time_zone

@@ -1,26 +1,25 @@
-// Times as text, and texts as times.
+// Times as text, local times, and the current time.
 
 #include <pkgcore/core/TimeConversions.hpp>
+
+#include "tests/support/ScopedEnvironment.hpp"
 
 #include <gtest/gtest.h>
 #include <boost/date_time/posix_time/posix_time.hpp>
 
-#include <cstdint>
-#include <random>
+#include <stdexcept>
 
+using boost::posix_time::hours;
+using boost::posix_time::minutes;
 using boost::posix_time::ptime;
-using opc::convertStringToTime;
 using opc::convertTimeToString;
+using opc::convertToLocalTime;
+using opc::convertToUTCTime;
 using opc::ustring;
 
 namespace {
 
 ptime at(const char* text) { return boost::posix_time::time_from_string(text); }
-
-struct Row {
-    const char16_t* text;
-    const char* time;  // null: no time
-};
 
 TEST(TimeText, DropsFractionsOfASecond) {
     EXPECT_EQ(convertTimeToString(at("2021-03-04 05:06:07.250")), u"2021-03-04T05:06:07Z");
@@ -40,56 +39,33 @@ TEST(TimeText, ReachesFromTheFirstYearToTheLast) {
     EXPECT_EQ(convertTimeToString(at("9999-12-31 23:59:59")), u"9999-12-31T23:59:59Z");
 }
 
-TEST(TimeText, IsReadOnlyWhereItIsExactlyOneTime) {
-    constexpr Row rows[] = {
-        {u"2021-03-04T05:06:07Z", "2021-03-04 05:06:07"},
-        {u"1400-01-01T00:00:00Z", "1400-01-01 00:00:00"},
-        {u"9999-12-31T23:59:59Z", "9999-12-31 23:59:59"},
-        {u"2000-02-29T00:00:00Z", "2000-02-29 00:00:00"},
-        {u"", nullptr},
-        {u" ", nullptr},
-        {u"x", nullptr},
-        {u"2021", "2021-01-01 00:00:00"},  // up to a date the parser has the only say
-        {u"2021-03-04T05:06:07Z ", nullptr},
-        {u"2021-03-04T05:06:07Zx", nullptr},
-        {u"2021-03-04T05:06:07ZZ", nullptr},
-        {u"2021-03-04T05:06:07Z\n", nullptr},
-        {u"2021-03-04 05:06:07Z", nullptr},
-        {u"2021-03-04t05:06:07Z", nullptr},
-        {u"2021-03-04_05:06:07Z", nullptr},
-        {u"2021-03-04T05:06", nullptr},
-        {u"2021-03-04T05:06Z", nullptr},
-        {u"2021-03-04T5:6:7Z", nullptr},
-        {u"2021-13-04T05:06:07Z", nullptr},
-        {u"2021-00-04T05:06:07Z", nullptr},
-        {u"2021-02-30T05:06:07Z", nullptr},
-        {u"1900-02-29T05:06:07Z", nullptr},
-        {u"2021-03-00T05:06:07Z", nullptr},
-        {u"2021-03-32T05:06:07Z", nullptr},
-        {u"1399-12-31T23:59:59Z", nullptr},
-        {u"0000-01-01T00:00:00Z", nullptr},
-        {u"-2021-03-04T05:06:07Z", nullptr},
-        {u"20a1-03-04T05:06:07Z", nullptr},
-        {u"2021-03-04Txx:06:07Z", nullptr},
-        {u"\u0662\u0660\u0662\u0661-03-04T05:06:07Z", nullptr},
-        {u"not-a-date-time", nullptr},
-        {u"T", nullptr},
-    };
-    for (const Row& row : rows) {
-        const ptime expected = row.time != nullptr ? at(row.time) : ptime(boost::posix_time::not_a_date_time);
-        EXPECT_EQ(convertStringToTime(row.text), expected) << testing::PrintToString(ustring(row.text));
+TEST(LocalTime, IsThatOfTheZoneThatTZNamesAtEachCall) {
+    const ptime noon = at("2021-07-01 12:00:00.250");
+    const ptime evening = at("2021-07-01 14:00:00.250");
+    const test::ScopedEnvironment berlin("TZ", "Europe/Berlin");
+    EXPECT_EQ(convertToLocalTime(noon), evening);
+    EXPECT_EQ(convertToUTCTime(evening), noon);
+    const test::ScopedEnvironment kathmandu("TZ", "Asia/Kathmandu");
+    EXPECT_EQ(convertToLocalTime(noon), at("2021-07-01 17:45:00.250"));
+    const test::ScopedEnvironment nowhere("TZ", "No/Such_Zone");
+    EXPECT_EQ(convertToLocalTime(noon), noon);
+}
+
+TEST(LocalTime, ComesBackUnchangedOutsideTheRepeatedHour) {
+    const test::ScopedEnvironment berlin("TZ", "Europe/Berlin");
+    const ptime again = at("2021-10-31 01:00:00");  // the hour from here on is shown a second time
+    for (ptime time = at("2021-01-01 00:00:00"); time.date().year() == 2021; time += minutes(10)) {
+        const bool repeated = time >= again && time < again + hours(1);
+        const ptime expected = repeated ? time - hours(1) : time;
+        ASSERT_EQ(convertToUTCTime(convertToLocalTime(time)), expected) << time;
     }
 }
 
-TEST(TimeText, OfRandomInstantsComesBackUnchanged) {
-    std::mt19937_64 random(7);
-    const ptime first = at("1400-01-01 00:00:00");
-    const std::int64_t span = (at("9999-12-31 23:59:59") - first).total_seconds();
-    for (int i = 0; i < 10'000; ++i) {
-        const ptime time = first + boost::posix_time::seconds(static_cast<std::int64_t>(
-                                       random() % static_cast<std::uint64_t>(span)));
-        ASSERT_EQ(convertStringToTime(convertTimeToString(time)), time) << time;
-    }
+TEST(LocalTime, OutsideTheYearsOfBoostIsOutOfRange) {
+    const test::ScopedEnvironment tokyo("TZ", "Asia/Tokyo");
+    EXPECT_THROW(convertToLocalTime(at("9999-12-31 23:59:59")), std::out_of_range);
+    EXPECT_THROW(convertToUTCTime(at("1400-01-01 00:00:00")), std::out_of_range);
+    EXPECT_THROW(convertTimeToString(at("9999-12-31 23:59:59") + hours(1)), std::out_of_range);
 }
 
 TEST(CurrentTime, IsNowInWholeSeconds) {

@@ -3,32 +3,17 @@
 #include <pkgcore/platform/i18n/Conversion.hpp>
 #include <pkgcore/platform/i18n/Initialize.hpp>
 
+#include "tests/support/ManyThreads.hpp"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <string>
-#include <thread>
-#include <vector>
 
 using namespace fl::i18n;
+using test::inManyThreads;
 
 namespace {
-
-/// Runs the body in several threads that begin at the same moment, as far as that can be had.
-void inManyThreads(const std::function<void()>& body) {
-    constexpr int kThreads = 8;
-    std::atomic<int> waiting{kThreads};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&] {
-            --waiting;
-            while (waiting != 0) std::this_thread::yield();
-            body();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-}
 
 TEST(ConcurrentConversion, InitializesFromManyThreads) {
     inManyThreads([] {

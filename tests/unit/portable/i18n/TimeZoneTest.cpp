@@ -47,7 +47,8 @@ constexpr Row kRows[] = {
     {"Pacific/Apia", "2011-12-30 10:00:00", "2011-12-31 00:00:00"},
     {"Pacific/Kiritimati", "2021-07-01 12:00:00", "2021-07-02 02:00:00"},
     {"CET-1CEST,M3.5.0,M10.5.0/3", "2021-07-01 12:00:00", "2021-07-01 14:00:00"},
-    {"No/Such_Zone", "2021-07-01 12:00:00", "2021-07-01 12:00:00"},
+    {"XXX-24", "2021-07-01 12:00:00", "2021-07-02 12:00:00"},
+    {"XXX24", "2021-07-01 12:00:00", "2021-06-30 12:00:00"},
 };
 
 ptime local(const char* zone, const ptime& utc) {
@@ -90,6 +91,39 @@ TEST(TimeZone, LeavesSpecialTimesAsTheyAre) {
     }
     EXPECT_TRUE(local("UTC", ptime(boost::posix_time::not_a_date_time)).is_not_a_date_time());
     EXPECT_TRUE(utc("UTC", ptime(boost::posix_time::not_a_date_time)).is_not_a_date_time());
+}
+
+TEST(TimeZone, HasItsNameWithAColonOrAsAPathAsWell) {
+    for (const char* const berlin : {"Europe/Berlin", ":Europe/Berlin", "/usr/share/zoneinfo/Europe/Berlin",
+                                     ":/usr/share/zoneinfo/Europe/Berlin", ":CET-1CEST,M3.5.0,M10.5.0/3"}) {
+        EXPECT_EQ(local(berlin, at("2021-07-01 12:00:00")), at("2021-07-01 14:00:00")) << berlin;
+        EXPECT_EQ(utc(berlin, at("2021-07-01 14:00:00")), at("2021-07-01 12:00:00")) << berlin;
+    }
+}
+
+TEST(TimeZone, ThatTheSystemDoesNotKnowCountsAsUTC) {
+    const std::string mebibyte(1U << 20U, 'x');
+    for (const char* const unknown :
+         {"", ":", " ", "/", "x", "5", "No/Such_Zone", "Nowhere/City", ":No/Such_Zone", "Europe/Berlim",
+          "Europe/Berlin ", "europe/berlin/", "Europe", "/usr/share/zoneinfo", "/no/such/file", "/etc/passwd",
+          "Z\xC3\xBCrich", mebibyte.c_str()}) {
+        const std::string name = std::string(unknown).substr(0, 40);
+        EXPECT_EQ(local(unknown, at("2021-07-01 12:00:00")), at("2021-07-01 12:00:00")) << name;
+        EXPECT_EQ(utc(unknown, at("2021-07-01 12:00:00")), at("2021-07-01 12:00:00")) << name;
+    }
+}
+
+TEST(TimeZone, KeepsToTheYearsOfBoost) {
+    const ptime first = at("1400-01-01 00:00:00");
+    const ptime last(boost::date_time::max_date_time);
+    EXPECT_EQ(local("XXX-1", at("9999-12-31 22:59:59.999999")), last);
+    EXPECT_EQ(utc("XXX1", at("9999-12-31 22:59:59.999999")), last);
+    EXPECT_EQ(local("XXX1", at("1400-01-01 01:00:00")), first);
+    EXPECT_EQ(utc("XXX-1", at("1400-01-01 01:00:00")), first);
+    EXPECT_THROW(local("XXX-1", at("9999-12-31 23:00:00")), std::out_of_range);
+    EXPECT_THROW(utc("XXX1", at("9999-12-31 23:00:00")), std::out_of_range);
+    EXPECT_THROW(local("XXX1", at("1400-01-01 00:59:59.999999")), std::out_of_range);
+    EXPECT_THROW(utc("XXX-1", at("1400-01-01 00:59:59.999999")), std::out_of_range);
 }
 
 TEST(TimeZone, OfAnyOtherNameIsRefused) { EXPECT_THROW(Zone("Europe/Berlin"), std::invalid_argument); }
