@@ -8,10 +8,8 @@
 #include "tests/reference/ReferenceCopyLoop.hpp"
 #include "tests/unit/streams/ScriptedStreams.hpp"
 
-#include <atomic>
 #include <random>
 #include <sstream>
-#include <thread>
 
 namespace opc {
 namespace {
@@ -186,52 +184,6 @@ TEST(StreamCopy, IsFalseForAStandardStreamThatFailsInTheMiddle) {
     std::ostream out(&buffer);
     std::istringstream in(std::string(100, 'x'));
     EXPECT_FALSE(StreamHelper::copyStreamToStream(in, out));
-}
-
-/// A pipe of one byte between two threads: ready for one side, never for the other.
-class OneByte : public InputStream {
-public:
-    explicit OneByte(int total) : left_(total) {}
-    ~OneByte() override = default;
-
-    void open() override {}
-    std::size_t read(std::uint8_t* buffer, std::size_t /*count*/) override {
-        if (!full_.load()) {
-            return 0;
-        }
-        *buffer = 'x';
-        --left_;
-        full_ = false;
-        return 1;
-    }
-    bool isDone() const override { return left_ == 0; }
-    void close() override {}
-
-    void fill() {
-        while (full_.load()) {
-            std::this_thread::yield();
-        }
-        full_ = true;
-    }
-
-private:
-    std::atomic<bool> full_{false};
-    int left_;
-};
-
-TEST(StreamCopy, MakesProgressBesideItsProducer) {
-    constexpr int kBytes = 2000;
-    OneByte pipe(kBytes);
-    std::thread producer([&pipe] {
-        for (int i = 0; i < kBytes; ++i) {
-            pipe.fill();
-        }
-    });
-    Bytes target;
-    ByteArrayOutAdaptor out(target);
-    EXPECT_TRUE(StreamHelper::copyStreamToStream(pipe, out));
-    producer.join();
-    EXPECT_EQ(target, Bytes(kBytes, 'x'));
 }
 
 }  // namespace

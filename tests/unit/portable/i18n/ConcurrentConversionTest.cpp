@@ -3,35 +3,19 @@
 #include <pkgcore/platform/i18n/Conversion.hpp>
 #include <pkgcore/platform/i18n/Initialize.hpp>
 
+#include "tests/support/InManyThreads.hpp"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <string>
-#include <thread>
-#include <vector>
 
 using namespace fl::i18n;
 
 namespace {
 
-/// Runs the body in several threads that begin at the same moment, as far as that can be had.
-void inManyThreads(const std::function<void()>& body) {
-    constexpr int kThreads = 8;
-    std::atomic<int> waiting{kThreads};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&] {
-            --waiting;
-            while (waiting != 0) std::this_thread::yield();
-            body();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-}
-
 TEST(ConcurrentConversion, InitializesFromManyThreads) {
-    inManyThreads([] {
+    test::inManyThreads([](int /*number*/) {
         for (int call = 0; call < 1000; ++call) initialize();
     });
     EXPECT_NO_THROW(initialize());
@@ -40,7 +24,7 @@ TEST(ConcurrentConversion, InitializesFromManyThreads) {
 TEST(ConcurrentConversion, ConvertsInManyThreadsAtOnce) {
     const std::u16string text = u"a\u00E4\u65E5\u672C";
     std::atomic<int> wrong{0};
-    inManyThreads([&] {
+    test::inManyThreads([&](int /*number*/) {
         for (int round = 0; round < 200; ++round) {
             for (const char* encoding : {"UTF-8", "EUC-JP", "ISO-2022-JP", "GB18030", ""}) {
                 const codecvt_ustring_to_string encoder(encoding, true);
