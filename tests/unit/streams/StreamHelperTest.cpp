@@ -175,6 +175,33 @@ TEST(StreamCopy, GoesBetweenStandardStreamsAndOurs) {
     EXPECT_EQ(target, bytes);
 }
 
+/// Counts what would be a flush.
+struct SyncCounter : std::stringbuf {
+    using std::stringbuf::stringbuf;
+    int syncs = 0;
+    int sync() override { return ++syncs, 0; }
+};
+
+TEST(StreamCopy, OfStandardStreamsFlushesNeither) {
+    SyncCounter from("abc");
+    SyncCounter to;
+    std::istream in(&from);
+    std::ostream out(&to);
+    EXPECT_TRUE(StreamHelper::copyStreamToStream(in, out));
+    EXPECT_EQ(to.str(), "abc");
+    EXPECT_EQ(from.syncs + to.syncs, 0);
+}
+
+TEST(StreamCopy, OfAFailedStandardStreamIsTrueAndWritesNothing) {
+    std::istringstream in("text");
+    in.setstate(std::ios::failbit);
+    Bytes target;
+    ByteArrayOutAdaptor out(target);
+    EXPECT_TRUE(StreamHelper::copyStreamToStream(in, out));
+    EXPECT_EQ(target, Bytes());
+    EXPECT_EQ(in.rdstate(), std::ios::failbit);
+}
+
 TEST(StreamCopy, IsFalseForAStandardStreamThatFailsInTheMiddle) {
     struct FullBuffer : std::stringbuf {
         std::streamsize xsputn(const char* in, std::streamsize count) override {
