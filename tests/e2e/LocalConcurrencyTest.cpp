@@ -1,5 +1,5 @@
 #include "tests/e2e/LocalTest.hpp"
-#include "tests/support/InManyThreads.hpp"
+#include "tests/support/ManyThreads.hpp"
 
 #include <atomic>
 
@@ -41,7 +41,7 @@ TEST_F(LocalConcurrency, OneFolderServesThreadsThatMakeListCopyAndRemove) {
 TEST_F(LocalConcurrency, OneOfManyMakesTheFolder) {
     for (int round = 0; round < 50; ++round) {
         std::atomic<int> made{0};
-        inManyThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.createFolder(tree.text("folder"), ec);
             made += !ec.failed();
@@ -54,7 +54,7 @@ TEST_F(LocalConcurrency, OneOfManyMakesTheFolder) {
 TEST_F(LocalConcurrency, AllOfManyFindTheirFoldersMade) {
     for (int round = 0; round < 50; ++round) {
         std::atomic<int> failures{0};
-        inManyThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.createFolders(tree.text("a/b/c/d/e"), ec);
             failures += ec.failed();
@@ -68,7 +68,7 @@ TEST_F(LocalConcurrency, OneOfManyCopiesToANewPlace) {
     makeFile(tree / "from", someBytes(100'000));
     for (int round = 0; round < 20; ++round) {
         std::atomic<int> copied{0};
-        inManyThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.copy(tree.text("from"), tree.text("to"), opc::Fail, ec);
             copied += !ec.failed();
@@ -108,7 +108,7 @@ TEST_F(LocalConcurrency, ManyRemovalsOfOneTreeEndWithNothingLeft) {
                 makeFile(tree / folder + "/" + std::to_string(number));
             }
         }
-        inManyThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.removeAll(tree.text("top"), ec);
         });

@@ -2,7 +2,7 @@
 
 #include <pkgcore/pkgcore.hpp>
 
-#include "tests/support/InManyThreads.hpp"
+#include "tests/support/ManyThreads.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/TempTree.hpp"
 
@@ -21,7 +21,7 @@ TEST(SelectorConcurrency, CopiesAreMadeUsedAndDroppedAnywhere) {
     const opc::FileSystemOpsSelector selector;
     const opc::FileSystemOps* const local = &selector.getLocal();
     std::atomic<int> wrong{0};
-    inManyThreads([&](int /*number*/) {
+    inManyThreads([&] {
         for (int round = 0; round < 500; ++round) {
             opc::FileSystemOpsSelector copy(selector);
             const opc::FileSystemOpsSelector moved(std::move(copy));

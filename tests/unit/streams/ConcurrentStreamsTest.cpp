@@ -6,7 +6,7 @@
 #include <pkgcore/streams/COMIStreamOutAdaptor.hpp>
 #include <pkgcore/streams/StreamHelper.hpp>
 
-#include "tests/support/InManyThreads.hpp"
+#include "tests/support/ManyThreads.hpp"
 #include "tests/unit/streams/COMStreamKinds.hpp"
 
 #include <gtest/gtest.h>
@@ -99,7 +99,7 @@ TEST(StreamCopy, GoesThroughAPipeOfCOMStreams) {
 TEST(StreamCopy, RunsInManyThreadsAtOnceOverOneSource) {
     const Bytes source = someBytes(300'000);
     std::atomic<int> wrong{0};
-    test::inManyThreads([&](int /*number*/) {
+    test::inManyThreads([&] {
         ByteArrayInAdaptor in(source);
         std::stringstream middle;
         Bytes target;

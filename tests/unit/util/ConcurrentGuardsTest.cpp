@@ -4,7 +4,7 @@
 #include <pkgcore/util/TempdirGuard.hpp>
 #include <pkgcore/util/TempfileGuard.hpp>
 
-#include "tests/support/InManyThreads.hpp"
+#include "tests/support/ManyThreads.hpp"
 #include "tests/support/TempTree.hpp"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ namespace {
 TEST(ConcurrentGuards, LeaveTheirFolderEmpty) {
     constexpr int kRounds = 625;  // of two guards each in eight threads: 10,000 in all
     const test::TempTree tree(test::fastFolder());
-    test::inManyThreads([&tree](int /*number*/) {
+    test::inManyThreads([&tree] {
         for (int round = 0; round < kRounds; ++round) {
             const opc::util::TempfileGuard file(tree.text(""));
             const opc::util::TempdirGuard folder(tree.text(""));
@@ -59,7 +59,7 @@ TEST(ConcurrentTempNames, AreAllDifferent) {
 TEST(ConcurrentTempNames, LieInOneFolderForAll) {
     const opc::ustring folder = opc::util::getTempDir();
     std::atomic<int> others{0};
-    test::inManyThreads([&](int /*number*/) {
+    test::inManyThreads([&] {
         for (int call = 0; call < 500; ++call) {
             others += opc::util::getTempDir() != folder;
         }

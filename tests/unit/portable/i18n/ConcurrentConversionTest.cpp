@@ -3,7 +3,7 @@
 #include <pkgcore/platform/i18n/Conversion.hpp>
 #include <pkgcore/platform/i18n/Initialize.hpp>
 
-#include "tests/support/InManyThreads.hpp"
+#include "tests/support/ManyThreads.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,11 +11,12 @@
 #include <string>
 
 using namespace fl::i18n;
+using test::inManyThreads;
 
 namespace {
 
 TEST(ConcurrentConversion, InitializesFromManyThreads) {
-    test::inManyThreads([](int /*number*/) {
+    inManyThreads([] {
         for (int call = 0; call < 1000; ++call) initialize();
     });
     EXPECT_NO_THROW(initialize());
@@ -24,7 +25,7 @@ TEST(ConcurrentConversion, InitializesFromManyThreads) {
 TEST(ConcurrentConversion, ConvertsInManyThreadsAtOnce) {
     const std::u16string text = u"a\u00E4\u65E5\u672C";
     std::atomic<int> wrong{0};
-    test::inManyThreads([&](int /*number*/) {
+    inManyThreads([&] {
         for (int round = 0; round < 200; ++round) {
             for (const char* encoding : {"UTF-8", "EUC-JP", "ISO-2022-JP", "GB18030", ""}) {
                 const codecvt_ustring_to_string encoder(encoding, true);
