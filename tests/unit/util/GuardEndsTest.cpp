@@ -39,8 +39,8 @@ void endFolderGuardAfter(const TempTree& tree, const std::function<void(const st
     work(bytes(guard.getDirectoryName()));
 }
 
-void replaceFile(const std::string& path) { ASSERT_EQ(0, ::unlink(path.c_str())); }
-void replaceFolder(const std::string& path) { ASSERT_EQ(0, ::rmdir(path.c_str())); }
+void takeFileAway(const std::string& path) { ASSERT_EQ(0, ::unlink(path.c_str())); }
+void takeFolderAway(const std::string& path) { ASSERT_EQ(0, ::rmdir(path.c_str())); }
 
 /// A tree with the folder "in", where guards stand, and with a folder elsewhere that must survive.
 class GuardEnds : public testing::Test {
@@ -74,7 +74,7 @@ TEST_F(GuardEnds, OfAFileRemovesItWhateverItHoldsAndWhoeverHasItOpen) {
 
 TEST_F(GuardEnds, OfAFileRemovesAnEmptyFolderInItsPlace) {
     endFileGuardAfter(tree, [](const std::string& path) {
-        replaceFile(path);
+        takeFileAway(path);
         test::makeFolder(path);
     });
     expectNothingElse();
@@ -83,7 +83,7 @@ TEST_F(GuardEnds, OfAFileRemovesAnEmptyFolderInItsPlace) {
 TEST_F(GuardEnds, OfAFileRemovesALinkInItsPlaceAndNotTheFolderThatItLeadsTo) {
     for (const char* const target : {"../elsewhere", "../elsewhere/kept", "nowhere"}) {
         endFileGuardAfter(tree, [&](const std::string& path) {
-            replaceFile(path);
+            takeFileAway(path);
             test::makeLink(target, path);
         });
         expectNothingElse();
@@ -92,7 +92,7 @@ TEST_F(GuardEnds, OfAFileRemovesALinkInItsPlaceAndNotTheFolderThatItLeadsTo) {
 
 TEST_F(GuardEnds, OfAFileIsQuietWhereItsFolderIsGone) {
     endFileGuardAfter(tree, [&](const std::string& path) {
-        replaceFile(path);
+        takeFileAway(path);
         ASSERT_EQ(0, ::rmdir((tree / "in").c_str()));
     });
     test::makeFolder(tree / "in");
@@ -127,7 +127,7 @@ TEST_F(GuardEnds, OfAFolderRemovesTheLinksInItAndNotWhatTheyLeadTo) {
 TEST_F(GuardEnds, OfAFolderRemovesALinkInItsPlaceAndNotTheFolderThatItLeadsTo) {
     for (const char* const target : {"../elsewhere", "../elsewhere/kept", ".", "nowhere"}) {
         endFolderGuardAfter(tree, [&](const std::string& path) {
-            replaceFolder(path);
+            takeFolderAway(path);
             test::makeLink(target, path);
         });
         expectNothingElse();
@@ -136,7 +136,7 @@ TEST_F(GuardEnds, OfAFolderRemovesALinkInItsPlaceAndNotTheFolderThatItLeadsTo) {
 
 TEST_F(GuardEnds, OfAFolderRemovesAFileInItsPlace) {
     endFolderGuardAfter(tree, [](const std::string& path) {
-        replaceFolder(path);
+        takeFolderAway(path);
         test::makeFile(path, "text");
     });
     expectNothingElse();
@@ -144,7 +144,7 @@ TEST_F(GuardEnds, OfAFolderRemovesAFileInItsPlace) {
 
 TEST_F(GuardEnds, OfAFolderIsQuietWhereItsFolderIsGone) {
     endFolderGuardAfter(tree, [&](const std::string& path) {
-        replaceFolder(path);
+        takeFolderAway(path);
         ASSERT_EQ(0, ::rmdir((tree / "in").c_str()));
         test::makeFile(tree / "in");
     });
@@ -152,7 +152,6 @@ TEST_F(GuardEnds, OfAFolderIsQuietWhereItsFolderIsGone) {
 }
 
 TEST_F(GuardEnds, OfReleasedItemsTouchesNothing) {
-    endFileGuardAfter(tree, [](const std::string&) {});
     TreeSnapshot made;
     {
         TempfileGuard file(tree.text("in"));
