@@ -55,5 +55,11 @@ diff <(printf '%s\n' 777 640 644) permissions
 expect_status 1 "$list" missing
 expect_output 'list_folder: the listing is not complete: No such file or directory'
 
+# Names are bytes, which need not be UTF-8.
+odd=$'odd \xff'
+expect_status 0 "$copy" from "$odd"
+diff --recursive --no-dereference from "$odd"
+expect_status 0 "$list" "$odd"
+
 expect_status 2 "$list"
 expect_status 2 "$copy" from

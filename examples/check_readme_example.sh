@@ -13,6 +13,6 @@ cd "$2"
 
 for _ in 1 2; do
     "$program" > output
-    diff <(printf '%s\n' backup/2026/tea.txt) output
+    diff <(printf '%s\n' 'backup/2026/tea.txt: 10 bytes') output
     diff <(printf '%s\n' 'Earl Grey') backup/2026/tea.txt
 done

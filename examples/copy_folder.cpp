@@ -4,6 +4,8 @@
 //
 // Without --replace a destination that exists is an error.
 
+#include "support/HostPath.hpp"
+
 #include <pkgcore/pkgcore.hpp>
 
 #include <exception>
@@ -17,8 +19,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        const opc::ustring from = opc::detail::toStringFromUTF8String(argv[1], false);
-        const opc::ustring to = opc::detail::toStringFromUTF8String(argv[2], false);
+        const opc::ustring from = pathFromHost(argv[1]);
+        const opc::ustring to = pathFromHost(argv[2]);
         const opc::FileSystemOpsSelector selector;
         selector.getForPath(from).copy(from, to, replace ? opc::Replace : opc::Fail);
         return 0;

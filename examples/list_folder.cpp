@@ -3,6 +3,8 @@
 //
 //     list_folder FOLDER
 
+#include "support/HostPath.hpp"
+
 #include <pkgcore/pkgcore.hpp>
 
 #include <boost/date_time/posix_time/posix_time.hpp>
@@ -50,7 +52,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        const opc::ustring folder = opc::detail::toStringFromUTF8String(argv[1], false);
+        const opc::ustring folder = pathFromHost(argv[1]);
         const opc::FileSystemOpsSelector selector;
         return list(selector.getForPath(folder), folder) ? 0 : 1;
     } catch (const std::exception& failure) {

@@ -1,4 +1,4 @@
-// Byte streams: one loop copies between files, memory, and whatever else has an adaptor.
+// Byte streams between files and memory.
 
 #include "Tour.hpp"
 
@@ -11,16 +11,6 @@ namespace tour {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-/// Text that nowhere repeats, so that no part can stand for another.
-std::string numbers(std::size_t length) {
-    std::string text;
-    for (std::size_t i = 0; text.size() < length; ++i) {
-        text += std::to_string(i) + ' ';
-    }
-    text.resize(length);
-    return text;
-}
 
 Bytes readIntoMemory(opc::FileSystemOps& files, const opc::ustring& path, Step& step) {
     Bytes memory;
@@ -40,6 +30,15 @@ void writeFromMemory(opc::FileSystemOps& files, const opc::ustring& path, const 
 }
 
 }  // namespace
+
+std::string numbers(std::size_t length) {
+    std::string text;
+    for (std::size_t i = 0; text.size() < length; ++i) {
+        text += std::to_string(i) + ' ';
+    }
+    text.resize(length);
+    return text;
+}
 
 void passBytesOn(Tour& tour, Step& step) {
     constexpr std::size_t kLength = 200'000;

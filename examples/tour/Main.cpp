@@ -5,8 +5,10 @@
 // The folder is only read. Everything else happens in a scratch folder, which is removed at the end. The exit
 // status is 0 if every check held, 1 if one did not, and 2 if the tour could not begin.
 //
-// Read on in the order of the steps below: List, Compare, Bytes, Items, Folders, Words.
+// Read on in the order of the steps below: List, Compare, Bytes, Streams, Items, Times,
+// Folders, Words, Guards.
 
+#include "../support/HostPath.hpp"
 #include "Interruption.hpp"
 #include "Tour.hpp"
 
@@ -29,7 +31,9 @@ constexpr Chapter kChapters[] = {
     {"copy a part of it", tour::copyPart},
     {"read back and compare", tour::compareCopies},
     {"pass bytes on", tour::passBytesOn},
+    {"copy between streams", tour::copyBetweenStreams},
     {"set times and permissions", tour::setTimesAndPermissions},
+    {"tell the time", tour::tellTheTime},
     {"make and follow links", tour::makeAndFollowLinks},
     {"copy folders", tour::copyFolders},
     {"rename", tour::renameItems},
@@ -37,6 +41,7 @@ constexpr Chapter kChapters[] = {
     {"fail, in both styles", tour::provokeFailures},
     {"take paths apart", tour::takePathsApart},
     {"draw temporary names", tour::drawTempNames},
+    {"guard temporary items", tour::guardTempItems},
 };
 
 /// Throws if the folder cannot be listed, with the reason in words. Asking by doing leaves no moment in
@@ -92,7 +97,7 @@ int main(int argc, char** argv) {
     }
     tour::handleSignals();
     try {
-        return visit(opc::detail::toStringFromUTF8String(argv[1], false)) ? 0 : 1;
+        return visit(pathFromHost(argv[1])) ? 0 : 1;
     } catch (const std::exception& failure) {
         std::cerr << "tour: " << failure.what() << "\n";
         return 2;

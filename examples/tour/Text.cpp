@@ -17,6 +17,8 @@ std::string printable(const opc::ustring& path) {
 
 std::string describe(bool value) { return value ? "true" : "false"; }
 
+std::string describe(std::size_t value) { return std::to_string(value); }
+
 std::string describe(const std::string& text) { return '"' + text + '"'; }
 
 std::string describe(const opc::ustring& path) { return describe(printable(path)); }

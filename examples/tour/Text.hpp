@@ -12,6 +12,7 @@ std::string printable(const opc::ustring& path);
 
 /// The values that the checks compare, as text.
 std::string describe(bool value);
+std::string describe(std::size_t value);
 std::string describe(const std::string& text);
 std::string describe(const opc::ustring& path);
 std::string describe(opc::Perms::Perms_tag permissions);

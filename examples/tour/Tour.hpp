@@ -29,7 +29,9 @@ void listFolder(Tour& tour, Step& step);
 void copyPart(Tour& tour, Step& step);
 void compareCopies(Tour& tour, Step& step);
 void passBytesOn(Tour& tour, Step& step);
+void copyBetweenStreams(Tour& tour, Step& step);
 void setTimesAndPermissions(Tour& tour, Step& step);
+void tellTheTime(Tour& tour, Step& step);
 void makeAndFollowLinks(Tour& tour, Step& step);
 void copyFolders(Tour& tour, Step& step);
 void renameItems(Tour& tour, Step& step);
@@ -37,6 +39,10 @@ void removeItems(Tour& tour, Step& step);
 void provokeFailures(Tour& tour, Step& step);
 void takePathsApart(Tour& tour, Step& step);
 void drawTempNames(Tour& tour, Step& step);
+void guardTempItems(Tour& tour, Step& step);
+
+/// Text of this length that nowhere repeats, so that no part can stand for another.
+std::string numbers(std::size_t length);
 
 /// Writes a whole file through a stream; throws if a byte of it could not be written.
 void writeText(opc::FileSystemOps& files, const opc::ustring& path, const std::string& text);

@@ -50,7 +50,14 @@ expect_line '^  list the folder +6 +- .* ok$'
 expect_line '^  copy a part of it +6 +200012 .* ok$'
 expect_line '^  read back and compare +6 +200012 .* ok$'
 expect_line '^  pass bytes on +1 +200000 .* ok$'
+expect_line '^  copy between streams +4 +159000 .* ok$'
+expect_line 'byte array -> std::stringstream -> byte array: 40000 bytes$'
+expect_line 'into a sink with room for less: false after 20000 bytes$'
+expect_line '^  tell the time +6 .* ok$'
 expect_line '^  copy folders +18 .* ok$'
+expect_line '^  guard temporary items +4 .* ok$'
+expect_line 'in scope: draft-[a-z0-9]{20}\.txt and work-[a-z0-9]{20}\.tmp$'
+expect_line 'released, and kept: result-[a-z0-9]{20}\.txt$'
 expect_line 'thrown: +remove failed: Path not found: .*/no such item$'
 expect_line 'error code: generic:2 \('
 expect_line '^[0-9]+ checks held, 0 did not\.$'
@@ -75,6 +82,19 @@ touch many/{1..400}
 [[ -z $(ls -A temp) ]] || fail "left behind by a closed pipe: $(ls -A temp)"
 timeout --signal=TERM 0.02 "$tour" many > output || true  # whether the signal comes early, late or not at all
 [[ -z $(ls -A temp) ]] || fail "left behind after a signal: $(ls -A temp)"
+
+# The wall clock is that of the place that TZ names.
+TZ=XYZ-09:30 expect_status 0 "$tour" made-up
+expect_line '2024-07-01T12:00:00Z is 2024-07-01T21:30:00 on the wall clock here$'
+
+# A folder may have any name, and so may those above it.
+odd=$'odd \xff \xe4\xb8 \xe6\x97\xa5'
+mkdir -p "$odd/in it"
+printf 'text' > "$odd/in it/file"
+expect_status 0 "$tour" "$odd"
+expect_line '^A tour of odd .* with a scratch folder at '
+expect_line '^  copy a part of it +1 +4 .* ok$'
+expect_status 0 "$tour" "$PWD/$odd/in it"
 
 mkdir nothing-in-it
 expect_status 0 "$tour" nothing-in-it

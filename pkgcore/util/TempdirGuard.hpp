@@ -15,8 +15,12 @@ public:
 
     /// Creates the folder in `directory`; empty arguments stand for the defaults above. A relative directory
     /// means the one that it names now: a later change of the working directory does not matter. A folder
-    /// that somebody else makes under the same name in between is a failure, never adopted. Failures leave no
-    /// folder behind.
+    /// that somebody else makes under the same name in between is a failure, never adopted. The folder has
+    /// the permissions that the mask of the process leaves a new folder.
+    ///
+    /// A folder that cannot be created is opc::Exception: "Temporary directory could not be created. ", the
+    /// platform library's text and the path, with a cleared code. A name that cannot be drawn leaves as
+    /// getTempName throws it. No folder is left then.
     explicit TempdirGuard(const ustring& directory, const ustring& prefix = ustring(),
                           const ustring& extension = ustring());
     TempdirGuard(const TempdirGuard&) = delete;

@@ -13,8 +13,10 @@ public:
     TempfileGuard();
 
     /// Creates the file in `directory`; empty arguments stand for the defaults above. A relative directory
-    /// means the one that it names now: a later change of the working directory does not matter. Failures
-    /// leave as the platform library threw them, or as opc::Exception; then no file is left.
+    /// means the one that it names now: a later change of the working directory does not matter.
+    ///
+    /// Failures leave as the platform library threw them, those of getTempDir() and a file without a stream
+    /// ("Temp file could not be created") as opc::Exception with a cleared code. No file is left then.
     explicit TempfileGuard(const ustring& directory, const ustring& prefix = ustring(),
                            const ustring& extension = ustring());
     TempfileGuard(const TempfileGuard&) = delete;

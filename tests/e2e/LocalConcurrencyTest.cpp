@@ -1,32 +1,17 @@
 #include "tests/e2e/LocalTest.hpp"
+#include "tests/support/ManyThreads.hpp"
 
 #include <atomic>
-#include <thread>
 
 namespace test {
 
 namespace {
 
-constexpr int threadCount = 8;
-
-class LocalConcurrency : public LocalTest {
-protected:
-    /// Runs the body on several threads at once, each with its number.
-    template <typename Body>
-    void onAllThreads(Body body) {
-        std::vector<std::thread> threads;
-        for (int number = 0; number < threadCount; ++number) {
-            threads.emplace_back([&body, number] { body(number); });
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-    }
-};
+class LocalConcurrency : public LocalTest {};
 
 TEST_F(LocalConcurrency, OneFolderServesThreadsThatMakeListCopyAndRemove) {
     std::atomic<int> failures{0};
-    onAllThreads([&](int number) {
+    inManyThreads([&](int number) {
         const std::string own = "own" + std::to_string(number);
         for (int round = 0; round < 40; ++round) {
             boost::system::error_code ec;
@@ -56,7 +41,7 @@ TEST_F(LocalConcurrency, OneFolderServesThreadsThatMakeListCopyAndRemove) {
 TEST_F(LocalConcurrency, OneOfManyMakesTheFolder) {
     for (int round = 0; round < 50; ++round) {
         std::atomic<int> made{0};
-        onAllThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.createFolder(tree.text("folder"), ec);
             made += !ec.failed();
@@ -69,7 +54,7 @@ TEST_F(LocalConcurrency, OneOfManyMakesTheFolder) {
 TEST_F(LocalConcurrency, AllOfManyFindTheirFoldersMade) {
     for (int round = 0; round < 50; ++round) {
         std::atomic<int> failures{0};
-        onAllThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.createFolders(tree.text("a/b/c/d/e"), ec);
             failures += ec.failed();
@@ -83,7 +68,7 @@ TEST_F(LocalConcurrency, OneOfManyCopiesToANewPlace) {
     makeFile(tree / "from", someBytes(100'000));
     for (int round = 0; round < 20; ++round) {
         std::atomic<int> copied{0};
-        onAllThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.copy(tree.text("from"), tree.text("to"), opc::Fail, ec);
             copied += !ec.failed();
@@ -100,7 +85,7 @@ TEST_F(LocalConcurrency, AReaderSeesTheOldOrTheNewContentOfAFileThatIsReplaced) 
     makeFile(tree / "b", contents[1]);
     makeFile(tree / "to", contents[0]);
     std::atomic<int> torn{0};
-    onAllThreads([&](int number) {
+    inManyThreads([&](int number) {
         for (int round = 0; round < 30; ++round) {
             boost::system::error_code ec;
             if (number % 2 == 0) {
@@ -123,7 +108,7 @@ TEST_F(LocalConcurrency, ManyRemovalsOfOneTreeEndWithNothingLeft) {
                 makeFile(tree / folder + "/" + std::to_string(number));
             }
         }
-        onAllThreads([&](int) {
+        inManyThreads([&] {
             boost::system::error_code ec;
             ops.removeAll(tree.text("top"), ec);
         });

@@ -374,6 +374,8 @@ Operation temporaryFile() {
         return std::string();
     };
     operation.lost = [](const Outcome& outcome) { return changed(outcome, isTemporary); };
+    operation.harmless = {
+        {"fchmod", "the file was made with these permissions; only an odd mask takes some"}};
     return operation;
 }
 

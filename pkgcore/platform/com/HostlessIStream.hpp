@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 /// The stream interfaces of COM for hosts without COM: method order, parameters and widths are those of the
-/// Windows headers (objidl.h), so that the table of virtual functions of an implementation fits.
+/// Windows headers (objidl.h), so that the table of virtual functions of an implementation fits. The results,
+/// flags and interface ids are those that a stream needs.
 
 using HRESULT = std::int32_t;
 using ULONG = std::uint32_t;
@@ -21,6 +23,12 @@ struct GUID {
 using IID = GUID;
 using CLSID = GUID;
 using REFIID = const IID&;
+
+inline bool operator==(const GUID& one, const GUID& other) {
+    return one.Data1 == other.Data1 && one.Data2 == other.Data2 && one.Data3 == other.Data3 &&
+           std::equal(one.Data4, one.Data4 + 8, other.Data4);
+}
+inline bool operator!=(const GUID& one, const GUID& other) { return !(one == other); }
 
 union LARGE_INTEGER {
     struct {
@@ -58,11 +66,38 @@ struct STATSTG {
 };
 
 enum STREAM_SEEK : DWORD { STREAM_SEEK_SET = 0, STREAM_SEEK_CUR = 1, STREAM_SEEK_END = 2 };
-enum STGC : DWORD { STGC_DEFAULT = 0 };
+enum STGC : DWORD {
+    STGC_DEFAULT = 0,
+    STGC_OVERWRITE = 1,
+    STGC_ONLYIFCURRENT = 2,
+    STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE = 4,
+    STGC_CONSOLIDATE = 8
+};
+enum STGTY : DWORD { STGTY_STORAGE = 1, STGTY_STREAM = 2, STGTY_LOCKBYTES = 3, STGTY_PROPERTY = 4 };
+enum STATFLAG : DWORD { STATFLAG_DEFAULT = 0, STATFLAG_NONAME = 1, STATFLAG_NOOPEN = 2 };
+enum LOCKTYPE : DWORD { LOCK_WRITE = 1, LOCK_EXCLUSIVE = 2, LOCK_ONLYONCE = 4 };
+
+inline constexpr DWORD STGM_READ = 0;
+inline constexpr DWORD STGM_WRITE = 1;
+inline constexpr DWORD STGM_READWRITE = 2;
 
 inline constexpr HRESULT S_OK = 0;
 inline constexpr HRESULT S_FALSE = 1;
 inline constexpr HRESULT E_PENDING = static_cast<HRESULT>(0x8000000A);
+inline constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002);
+inline constexpr HRESULT E_POINTER = static_cast<HRESULT>(0x80004003);
+inline constexpr HRESULT STG_E_INVALIDFUNCTION = static_cast<HRESULT>(0x80030001);
+inline constexpr HRESULT STG_E_ACCESSDENIED = static_cast<HRESULT>(0x80030005);
+inline constexpr HRESULT STG_E_INVALIDPOINTER = static_cast<HRESULT>(0x80030009);
+inline constexpr HRESULT STG_E_WRITEFAULT = static_cast<HRESULT>(0x8003001D);
+inline constexpr HRESULT STG_E_READFAULT = static_cast<HRESULT>(0x8003001E);
+inline constexpr HRESULT STG_E_MEDIUMFULL = static_cast<HRESULT>(0x80030070);
+inline constexpr HRESULT STG_E_INVALIDFLAG = static_cast<HRESULT>(0x800300FF);
+
+inline constexpr IID IID_IUnknown = {0x00000000, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr IID IID_ISequentialStream = {
+    0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};
+inline constexpr IID IID_IStream = {0x0000000C, 0x0000, 0x0000, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
 /// The root of all COM interfaces. A virtual destructor would take a slot that COM does not have: objects end
 /// by Release, and nobody deletes them through an interface.

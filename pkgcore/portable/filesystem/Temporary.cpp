@@ -43,15 +43,26 @@ FileDescriptor createFile(const Place& place) {
     return file;
 }
 
+/// A mask can take away what the owner needs. A file system without permissions refuses, which does no harm.
+void giveToOwner(const FileDescriptor& file) {
+    posix::retryInterrupted([&] { return systemCalls().fchmod(file.get(), S_IRUSR | S_IWUSR); });
+}
+
 /// The stream that owns the file from now on; removes the file where no stream can be had.
 std::FILE* toStream(FileDescriptor file, const Place& place) {
     std::FILE* const stream = systemCalls().fdopen(file.get(), "w+b");
     if (stream == nullptr) {
-        systemCalls().unlinkat(place.directory(), place.path(), 0);
+        posix::retryInterrupted([&] { return systemCalls().unlinkat(place.directory(), place.path(), 0); });
         return nullptr;
     }
     file.release();
     return stream;
+}
+
+/// A relative path would name another folder as soon as the working directory changes, while temporary items
+/// are removed long after they were made.
+bool isUsable(const char* folder) {
+    return folder != nullptr && folder[0] == '/' && posix::isFolder(AT_FDCWD, folder);
 }
 
 }  // namespace
@@ -60,7 +71,7 @@ std::FILE* toStream(FileDescriptor file, const Place& place) {
 std::u16string temp_directory_name() {
     for (const char* const variable : {"TMPDIR", "TMP", "TEMP", "TEMPDIR"}) {
         const char* const folder = std::getenv(variable);
-        if (folder != nullptr && posix::isFolder(AT_FDCWD, folder)) {
+        if (isUsable(folder)) {
             return decoded(folder);
         }
     }
@@ -96,6 +107,7 @@ std::FILE* tmpfile(std::u16string& name, const std::u16string& directory, const 
         const Place place(drawn);
         FileDescriptor file = createFile(place);
         if (file.isOpen()) {
+            giveToOwner(file);
             std::FILE* const stream = toStream(std::move(file), place);
             if (stream != nullptr) name = std::move(drawn);
             return stream;

@@ -4,6 +4,7 @@
 #include <pkgcore/platform/filesystem/Temporary.hpp>
 
 #include "tests/support/scripted_platform/Platform.hpp"
+#include "tests/support/scripted_platform/RecordedFile.hpp"
 
 namespace fl::filesystem {
 
@@ -95,7 +96,7 @@ Text tmpnam(const Text& directory, const Text& prefix, const Text& extension) {
 std::FILE* tmpfile(Text& name, const Text& directory, const Text& prefix, const Text& extension) {
     Platform& platform = recorded("tmpfile", directory, prefix, extension);
     name = platform.tmpfileName;
-    return platform.tmpfile.next(directory, [] { return std::tmpfile(); });
+    return platform.tmpfile.next(directory, scripted::recordedFile);
 }
 
 namespace detail {

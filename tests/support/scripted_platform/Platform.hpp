@@ -82,6 +82,7 @@ public:
     Answers<std::u16string> temp_directory_name;
     Answers<std::u16string> get_current_path;
     Answers<std::u16string> tmpnam;
+    /// Without an answer: a stream whose end is recorded as "fclose()".
     Answers<std::FILE*> tmpfile;
     std::u16string tmpfileName = u"tmpfile name";
 

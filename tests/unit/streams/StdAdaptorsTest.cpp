@@ -110,6 +110,21 @@ TEST(StdIStream, ReopeningClearsTheStateAndRewinds) {
     EXPECT_EQ(readUpTo(in, 9), "abc");
 }
 
+TEST(StdIStream, ReopeningOneThatCannotGoBackIsDone) {
+    struct OneWayBuffer : std::stringbuf {
+        OneWayBuffer() : std::stringbuf("abc") {}
+        pos_type seekoff(off_type, std::ios::seekdir, std::ios::openmode) override { return off_type(-1); }
+        pos_type seekpos(pos_type, std::ios::openmode) override { return off_type(-1); }
+    } buffer;
+    std::istream stream(&buffer);
+    StdIStreamAdaptor in(stream);
+    EXPECT_EQ(readUpTo(in, 1), "a");
+    in.close();
+    in.open();
+    EXPECT_TRUE(in.isDone());
+    EXPECT_EQ(readUpTo(in, 1), "");
+}
+
 TEST(StdIStream, OpeningAnOpenOneNeitherClearsNorRewinds) {
     std::istringstream stream("abc");
     StdIStreamAdaptor in(stream);
@@ -127,6 +142,34 @@ TEST(StdOStream, CountsByTheMoveOfThePutPosition) {
     EXPECT_EQ(write(out, ""), 0U);
     EXPECT_EQ(stream.str(), "12abc");
     EXPECT_FALSE(out.isDone());
+}
+
+/// Makes two bytes of each line feed, as hosts do that end lines in two.
+class TranslatingBuffer : public std::stringbuf {
+protected:
+    std::streamsize xsputn(const char* in, std::streamsize count) override {
+        for (std::streamsize i = 0; i < count; ++i) {
+            std::stringbuf::xsputn(in[i] == '\n' ? "\r\n" : in + i, in[i] == '\n' ? 2 : 1);
+        }
+        return count;
+    }
+};
+
+TEST(StdOStream, CountsTheMoveAlsoWhereThatIsNotTheCountOfBytes) {
+    TranslatingBuffer buffer;
+    std::ostream stream(&buffer);
+    StdOStreamAdaptor out(stream);
+    EXPECT_EQ(write(out, "a\nb"), 4U);
+    EXPECT_EQ(buffer.str(), "a\r\nb");
+}
+
+TEST(StdOStream, IsDoneForEachStateBit) {
+    for (const auto bit : {std::ios::eofbit, std::ios::failbit, std::ios::badbit}) {
+        std::ostringstream stream;
+        stream.setstate(bit);
+        StdOStreamAdaptor out(stream);
+        EXPECT_TRUE(out.isDone()) << bit;
+    }
 }
 
 TEST(StdOStream, CountsNothingWhereThePositionCannotBeTold) {

@@ -4,7 +4,6 @@
 #include <pkgcore/util/TempfileGuard.hpp>
 
 #include <pkgcore/core/Exception.hpp>
-#include <pkgcore/core/StringConversions.hpp>
 #include <pkgcore/filesystem/PathHelpers.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/util/TempNames.hpp>
@@ -12,6 +11,7 @@
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/RunInChild.hpp"
 #include "tests/support/TempTree.hpp"
+#include "tests/unit/util/GuardedNames.hpp"
 
 #include <gtest/gtest.h>
 
@@ -24,16 +24,14 @@
 using opc::ustring;
 using opc::detail::getFilename;
 using opc::detail::getParentPath;
-using opc::detail::toUTF8String;
 using opc::util::TempdirGuard;
 using opc::util::TempfileGuard;
+using test::bytes;
 
 namespace {
 
 static_assert(!std::is_copy_constructible_v<TempfileGuard> && !std::is_copy_assignable_v<TempfileGuard>);
 static_assert(!std::is_copy_constructible_v<TempdirGuard> && !std::is_copy_assignable_v<TempdirGuard>);
-
-std::string bytes(const ustring& path) { return toUTF8String(path, false); }
 
 bool isEmptyFolder(const std::string& path) {
     const bool gone = ::rmdir(path.c_str()) == 0;

@@ -20,6 +20,7 @@
 namespace {
 
 using namespace fl::filesystem;
+using fl::filesystem::posix::kHostCalls;
 using test::failedPath;
 using test::ScopedEnvironment;
 using test::ScopedSystemCalls;
@@ -63,6 +64,23 @@ TEST(TempDirectoryName, IsTheFirstVariableThatNamesAFolder) {
         const TempVariables variables(values[0], values[1], values[2], values[3]);
         EXPECT_EQ(expected, temp_directory_name());
     }
+}
+
+// What is made in a folder that goes by a relative path could not be found again from another one.
+TEST(TempDirectoryName, IsNeverRelative) {
+    test::runInChild([] {
+        const TempTree tree;
+        test::makeFolder(tree / "temp");
+        test::makeFolder(tree / "other");
+        ASSERT_EQ(0, ::chdir(tree.path().c_str()));
+        const std::string other = tree / "other";
+        for (const char* const relative : {"temp", "./temp", ".", "temp/../temp"}) {
+            const TempVariables alone(relative, nullptr, nullptr, nullptr);
+            EXPECT_EQ(u"/tmp", temp_directory_name()) << relative;
+            const TempVariables first(relative, other.c_str(), nullptr, nullptr);
+            EXPECT_EQ(tree.text("other"), temp_directory_name()) << relative;
+        }
+    });
 }
 
 TEST(TempDirectoryName, IsEmptyWhereNoneIsKnown) {
@@ -214,8 +232,8 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 TEST(Tmpfile, IsANewFileForItsOwnerAlone) {
     test::runInChild([] {
-        ::umask(0);
         const TempTree tree;
+        ::umask(0);
         std::u16string name = u"overwritten";
         const File file(tmpfile(name, test::text(tree.path()), u"pre", u".ext"));
         ASSERT_NE(nullptr, file);
@@ -225,6 +243,30 @@ TEST(Tmpfile, IsANewFileForItsOwnerAlone) {
         EXPECT_EQ(0600U, test::modeOf(path));
         EXPECT_EQ(FD_CLOEXEC, ::fcntl(::fileno(file.get()), F_GETFD));
     });
+}
+
+TEST(Tmpfile, IsOfItsOwnerWhateverTheMaskTakes) {
+    test::runInChild([] {
+        const TempTree tree;
+        for (const mode_t mask : {0200U, 0400U, 0777U}) {
+            ::umask(mask);
+            std::u16string name;
+            const File file(tmpfile(name, test::text(tree.path()), u"p", u""));
+            ASSERT_NE(nullptr, file);
+            EXPECT_EQ(0600U, test::modeOf(std::string(name.begin(), name.end()))) << std::oct << mask;
+        }
+    });
+}
+
+TEST(Tmpfile, IsMadeWherePermissionsCannotBeSet) {
+    const TempTree tree;
+    ScopedSystemCalls calls;
+    calls->fchmod = [](int, mode_t) {
+        errno = EPERM;
+        return -1;
+    };
+    std::u16string name;
+    EXPECT_NE(nullptr, File(tmpfile(name, test::text(tree.path()), u"p", u"")));
 }
 
 TEST(Tmpfile, CanBeWrittenAndRead) {
@@ -295,6 +337,25 @@ TEST(Tmpfile, LeavesNothingWhereNoStreamCanBeHad) {
     std::u16string name = u"unchanged";
     EXPECT_EQ(nullptr, tmpfile(name, test::text(tree.path()), u"", u""));
     EXPECT_EQ(u"unchanged", name);
+    EXPECT_FALSE(test::isThere(tree / std::string(20, 'a')));
+}
+
+TEST(Tmpfile, LeavesNothingWhereSignalsInterruptTheRemoval) {
+    const TempTree tree;
+    ScriptedNames names(1);
+    static int removals;
+    removals = 0;
+    names.calls()->fdopen = [](int, const char*) -> std::FILE* { return nullptr; };
+    names.calls()->unlinkat = [](int folder, const char* path, int flags) {
+        if (removals++ < 3) {
+            errno = EINTR;
+            return -1;
+        }
+        return kHostCalls.unlinkat(folder, path, flags);
+    };
+    std::u16string name;
+    EXPECT_EQ(nullptr, tmpfile(name, test::text(tree.path()), u"", u""));
+    EXPECT_EQ(4, removals);
     EXPECT_FALSE(test::isThere(tree / std::string(20, 'a')));
 }
 

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <pkgcore/pkgcore.hpp>
+
+#include <string>
+
+/// A path as the host gives it to a program, which may be any bytes, as the library takes it: UTF-8, and each
+/// byte that is no part of it as the code unit U+DC00 plus the byte.
+opc::ustring pathFromHost(const std::string& bytes);
