@@ -81,7 +81,8 @@ TEST(GuardBeginnings, ThatFailLeaveNothing) {
     };
     const test::NoDescriptorLeft noneLeft;
     for (const auto& [directory, prefix, fileFails, folderText] : cases) {
-        EXPECT_TRUE(fileFails([&] { TempfileGuard(directory, prefix, u"e"); })) << folderText;
+        EXPECT_TRUE(fileFails([&where = directory, &start = prefix] { TempfileGuard(where, start, u"e"); }))
+            << folderText;
         const std::string start = kNotCreated + folderText + bytes(directory);
         EXPECT_EQ(start, failureOfFolder(directory, prefix).substr(0, start.size()));
     }
