@@ -39,9 +39,8 @@ PKGCORE_API ustring convertTimeToString(boost::posix_time::ptime time);
 /// - any single character in place of a "-", ":" or the Z, and no Z at all;
 /// - hours, minutes and seconds up to 99, which carry over (23:59:60 is midnight of the next day);
 /// - blanks before the year, the month and the day, and a month of one digit;
-/// - in up to 11 units, an end behind the year, the month or the day, or behind the one character that
-/// follows it;
-///   what is missing is the first one: 2021-03 is midnight of 1 March;
+/// - in up to 11 units, an end behind the year, the month or the day, or behind the character that follows
+///   it; what is missing is the first one: 2021-03 is midnight of 1 March;
 /// - "+infinity" and "-infinity" in up to 11 units, and these as well as "minimum-date-time" and
 ///   "maximum-date-time" in place of the hour, the minute or the second of a longer text, in small or capital
 ///   letters.
