@@ -1,5 +1,6 @@
 #include <pkgcore/util/TempPlace.hpp>
 
+#include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Temporary.hpp>
 #include <pkgcore/platform/path/PathSyntax.hpp>
 #include <pkgcore/util/TempNames.hpp>
@@ -17,7 +18,11 @@ ustring anchored(const ustring& directory) {
     if (directory.empty() || path::is_absolute(path::make_native_form(directory, true))) {
         return directory;
     }
-    return path::concatenate_pathname(fl::filesystem::get_current_path(), directory, true);
+    try {
+        return path::concatenate_pathname(fl::filesystem::get_current_path(), directory, true);
+    } catch (const fl::filesystem::FsysExceptionBase&) {
+        return directory;  // a working directory that is gone: making the item there says what is wrong
+    }
 }
 
 }  // namespace opc::util

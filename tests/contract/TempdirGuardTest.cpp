@@ -56,6 +56,13 @@ TEST_F(TempdirGuardContract, ReadsARelativeDirectoryFromTheWorkingDirectory) {
               (Calls{"concatenate_pathname('cwd', 'd', true)", "tmpnam('join(cwd+d)', 'p', 'e')"}));
 }
 
+TEST_F(TempdirGuardContract, TakesARelativeDirectoryAsItIsWithoutAWorkingDirectory) {
+    platform.is_absolute.at(u"native(d)").returns(false);
+    platform.get_current_path.throws(fl::filesystem::PathNotFound(u""));
+    const TempdirGuard guard(u"d", u"p", u"e");
+    EXPECT_EQ(platform.callsTo({"tmpnam"}), (Calls{"tmpnam('d', 'p', 'e')"}));
+}
+
 TEST_F(TempdirGuardContract, DrawsAgainAsLongAsANameIsTaken) {
     platform.tmpnam.returns(Text(u"a")).returns(Text(u"b"));
     platform.exists.at(u"a").returns(true);

@@ -100,7 +100,9 @@ TEST_F(TimeConversionsContract, TheLocaleOfTheProcessIsAskedForOnceInEachDirecti
         opc::convertTimeToString(kTime);
         read("2021-03-04T05:06:07Z");
     }
-    EXPECT_LE(platform.callsTo({"get_global_std_locale"}).size(), 2u);
+    // Only where no other test of this program has come first, as under CTest, is the first use seen here.
+    const bool isFirst = testing::UnitTest::GetInstance()->test_to_run_count() == 1;
+    EXPECT_EQ(platform.callsTo({"get_global_std_locale"}).size(), isFirst ? 2u : 0u);
 }
 
 }  // namespace

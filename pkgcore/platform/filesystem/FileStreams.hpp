@@ -75,7 +75,7 @@ private:
 
     void makeArea() noexcept;
     bool readsDirectly(std::streamsize count) const noexcept;
-    bool startReading() noexcept;
+    bool startReading();
     std::size_t refill();
     std::streamsize takeBuffered(char* out, std::streamsize count) noexcept;
     std::streamsize readDirectly(char* out, std::streamsize count);

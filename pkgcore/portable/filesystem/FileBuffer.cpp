@@ -104,7 +104,16 @@ bool file_buffer::readsDirectly(streamsize count) const noexcept {
     return count >= (readsOn_ ? kDirectSize : kFirstDirectRead);
 }
 
-bool file_buffer::startReading() noexcept { return (mode_ & std::ios_base::in) != 0 && flushPending(); }
+/// What was written goes to the file first. That this fails must not look like the end of the file.
+bool file_buffer::startReading() {
+    if ((mode_ & std::ios_base::in) == 0) {
+        return false;
+    }
+    if (!flushPending()) {
+        throwReadFailure(errno);
+    }
+    return true;
+}
 
 std::size_t file_buffer::refill() {
     makeArea();
@@ -146,6 +155,9 @@ streamsize file_buffer::readDirectly(char* out, streamsize count) {
 }
 
 streamsize file_buffer::xsgetn(char* out, streamsize count) {
+    if (count <= 0) {
+        return 0;
+    }
     streamsize done = takeBuffered(out, count);
     while (done < count && startReading()) {
         const streamsize left = count - done;

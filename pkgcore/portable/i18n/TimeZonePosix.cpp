@@ -34,6 +34,8 @@ Seconds wholeSeconds(const ptime& time) {
     return total - (since < seconds(total) ? 1 : 0);
 }
 
+static_assert(sizeof(std::time_t) >= sizeof(Seconds), "the years 1400 to 9999 do not fit into 32 bits");
+
 /// Seconds that the wall clock is ahead of UTC at an instant.
 Seconds offsetAt(Seconds utc) {
     const std::time_t instant = utc;

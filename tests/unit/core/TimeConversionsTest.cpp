@@ -68,7 +68,8 @@ TEST(LocalTime, OutsideTheYearsOfBoostIsOutOfRange) {
     EXPECT_THROW(convertTimeToString(at("9999-12-31 23:59:59") + hours(1)), std::out_of_range);
 }
 
-TEST(CurrentTime, IsNowInWholeSeconds) {
+TEST(CurrentTime, IsNowInWholeSecondsOfUTC) {
+    const test::ScopedEnvironment kiritimati("TZ", "Pacific/Kiritimati");  // 14 hours ahead
     const ptime before = boost::posix_time::second_clock::universal_time();
     const ptime now = opc::getCurrentTime();
     const ptime after = boost::posix_time::second_clock::universal_time();

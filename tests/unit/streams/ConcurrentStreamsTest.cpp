@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sched.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -58,8 +59,27 @@ private:
     int left_;
 };
 
-TEST(StreamCopy, MakesProgressBesideItsProducer) {
+/// Has this thread, and those that it starts, run on one processor, so that only one of them runs at a time.
+class OneProcessor {
+public:
+    OneProcessor() {
+        ::sched_getaffinity(0, sizeof before_, &before_);
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(static_cast<std::size_t>(::sched_getcpu()), &one);
+        EXPECT_EQ(0, ::sched_setaffinity(0, sizeof one, &one));
+    }
+    ~OneProcessor() { ::sched_setaffinity(0, sizeof before_, &before_); }
+    OneProcessor(const OneProcessor&) = delete;
+    OneProcessor& operator=(const OneProcessor&) = delete;
+
+private:
+    cpu_set_t before_;
+};
+
+TEST(StreamCopy, MakesProgressBesideItsProducerOnOneProcessor) {
     constexpr int kBytes = 2000;
+    const OneProcessor oneProcessor;
     OneByte pipe(kBytes);
     std::thread producer([&pipe] {
         for (int i = 0; i < kBytes; ++i) {

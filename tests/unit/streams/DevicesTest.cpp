@@ -39,6 +39,14 @@ const Bytes& tenMiB() {
     return bytes;
 }
 
+/// A byte array that counts its flushes.
+class FlushedBytes : public ByteArrayOutAdaptor {
+public:
+    using ByteArrayOutAdaptor::ByteArrayOutAdaptor;
+    void flush() override { ++flushes; }
+    int flushes = 0;
+};
+
 Bytes readAll(std::istream& stream) {
     return Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
 }
@@ -96,12 +104,23 @@ TEST(Source, FeedsAStream) {
 
 TEST(Sink, TakesFromAStreamBufferAndItsFlush) {
     Bytes target;
-    ByteArrayOutAdaptor out(target);
+    FlushedBytes out(target);
     io::stream_buffer<OutputStreamSink> buffer{OutputStreamSink(out)};
     std::ostream stream(&buffer);
     writeAll(stream, tenMiB());
     stream.flush();
     EXPECT_TRUE(target == tenMiB());
+    EXPECT_EQ(out.flushes, 1);
+}
+
+TEST(Sink, TakesFromAStreamAndItsFlush) {
+    Bytes target;
+    FlushedBytes out(target);
+    io::stream<OutputStreamSink> stream{OutputStreamSink(out)};
+    writeAll(stream, tenMiB());
+    stream << std::flush;
+    EXPECT_TRUE(target == tenMiB());
+    EXPECT_EQ(out.flushes, 1);
 }
 
 TEST(Sink, PassesTheFlushOfAStreamDown) {
@@ -122,11 +141,13 @@ TEST(Devices, CopyFromOneToTheOther) {
 
 Bytes compressed() {
     Bytes target;
-    ByteArrayOutAdaptor out(target);
+    FlushedBytes out(target);
     io::filtering_ostream stream;
     stream.push(io::gzip_compressor());
     stream.push(OutputStreamSink(out));
     writeAll(stream, tenMiB());
+    stream.flush();
+    EXPECT_GE(out.flushes, 1);
     stream.reset();
     return target;
 }
@@ -147,11 +168,12 @@ TEST(Devices, ServeACountingFilterInBothDirections) {
     input.push(io::counter());
     input.push(InputStreamSource(in));
     Bytes target;
-    ByteArrayOutAdaptor out(target);
+    FlushedBytes out(target);
     io::filtering_ostream output;
     output.push(io::counter());
     output.push(OutputStreamSink(out));
     output << input.rdbuf() << std::flush;
+    EXPECT_GE(out.flushes, 1);
     EXPECT_EQ(input.component<io::counter>(0)->characters(), static_cast<int>(kTenMiB));
     EXPECT_EQ(output.component<io::counter>(0)->characters(), static_cast<int>(kTenMiB));
     EXPECT_TRUE(target == tenMiB());

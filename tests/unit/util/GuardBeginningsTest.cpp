@@ -343,6 +343,23 @@ TEST(GuardBeginnings, WithoutATemporaryFolderStandInTheWorkingDirectoryThatWas) 
     });
 }
 
+TEST(GuardBeginnings, InAWorkingDirectoryThatIsGoneFailAsInAnyMissingFolder) {
+    test::runInChild([] {
+        const TempTree tree;
+        test::makeFolder(tree / "gone");
+        ASSERT_EQ(0, ::chdir((tree / "gone").c_str()));
+        ASSERT_EQ(0, ::rmdir((tree / "gone").c_str()));
+        try {
+            const TempdirGuard guard(u"sub");
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const opc::Exception& failure) {
+            EXPECT_EQ(0U, std::string(failure.what()).find(kNotCreated)) << failure.what();
+        }
+        EXPECT_THROW(TempfileGuard(u"sub"), fl::filesystem::PathNotFound);
+        ASSERT_EQ(0, ::chdir("/"));
+    });
+}
+
 TEST(GuardBeginnings, WithARelativeTmpdirStandInTheFolderOfTheSystem) {
     test::runInChild([] {
         const TempTree tree;

@@ -397,4 +397,31 @@ TEST(FileBuffer, ReadingFromAFailingDiskIsNoEndOfFile) {
     EXPECT_EQ(get(*buffer, 5), "abc");
 }
 
+TEST(FileBuffer, AFullDiskBeforeReadingIsNoEndOfFile) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "abcdef");
+    const auto buffer = opened(tree / "file", ios_base::in | ios_base::out);
+    buffer->sputc('x');
+    test::ScopedSystemCalls calls;
+    calls->write = [](int, const void*, size_t) {
+        errno = ENOSPC;
+        return ssize_t{-1};
+    };
+    EXPECT_THROW(buffer->sgetc(), ios_base::failure);
+    EXPECT_THROW(get(*buffer, 3), ios_base::failure);
+    calls->write = kHostCalls.write;
+    EXPECT_EQ(get(*buffer, 5), "bcdef");
+    EXPECT_EQ(test::contentOf(tree / "file"), "xbcdef");
+}
+
+TEST(FileBuffer, ANegativeCountIsNothing) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "abc");
+    const auto buffer = opened(tree / "file", ios_base::in | ios_base::out);
+    char unit = 0;
+    EXPECT_EQ(buffer->sgetn(&unit, -1), 0);
+    EXPECT_EQ(buffer->sputn(&unit, -1), 0);
+    EXPECT_EQ(get(*buffer, 3), "abc");
+}
+
 }  // namespace
