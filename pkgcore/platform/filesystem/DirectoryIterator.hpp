@@ -46,6 +46,8 @@ enum class initialization_mode : unsigned { standard = 0 };
 /// Stands on the first entry after construction. Belongs to the thread that made it. Listings may be nested
 /// to any depth: all together hold few descriptors, and one that waits for another to end holds its entry
 /// alone. An entry that goes away while the folder is listed may or may not be shown.
+/// Where it is the very folder that a listing within was opened for, the others are those that the file
+/// system finds behind its place.
 class PKGCORE_PLATFORM_API upath_directory_iterator_impl {
 public:
     /// Opens a folder given in native form. A link to a folder is followed. Anything else is
@@ -66,8 +68,8 @@ public:
 
 private:
     class Source;
+    upath_directory_entry entry_;  // before the source, which looks at its path
     std::unique_ptr<Source> source_;
-    upath_directory_entry entry_;
 };
 
 }  // namespace detail

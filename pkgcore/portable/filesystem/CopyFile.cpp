@@ -1,5 +1,6 @@
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include <pkgcore/portable/filesystem/FileCopy.hpp>
+#include <pkgcore/portable/filesystem/ParentFolder.hpp>
 #include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 
 namespace fl::filesystem {
@@ -53,8 +54,12 @@ Outcome copy(const Place& source, const Place& target, copy_option option) {
     if (const Outcome outcome = checkSource(source, status); outcome.failed()) {
         return outcome;
     }
-    return option == copy_option::overwrite_if_exists ? copyOver(source, target, status)
-                                                      : copyNew(source, itemAt(target));
+    if (option == copy_option::overwrite_if_exists) {
+        return copyOver(source, target, status);
+    }
+    // Held open, so that a copy that fails is removed where it was made.
+    const posix::ParentFolder parent(target);
+    return copyNew(source, parent.item());
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
 
+#include <cerrno>
 #include <utility>
 
 namespace fl::filesystem::posix {
@@ -28,17 +29,56 @@ int refusalToReplace(Item target, const struct stat& targetStatus, const struct 
     return ontoFolder && holdsSomething(target) ? ENOTEMPTY : 0;
 }
 
+/// The file system that holds a folder, from this moment on: no failure to write to it is missed.
+class Disk {
+public:
+    explicit Disk(int folder) : folder_(openAt(folder, ".", O_RDONLY | O_DIRECTORY)), error_(errno) {}
+
+    /// Returns when what was written is on the disk and not in memory alone: 0, or the error number.
+    int sync() const noexcept {
+        if (folder_.isOpen()) {
+            return errorOf([&] { return systemCalls().syncfs(folder_.get()); });
+        }
+        if (error_ != EACCES) {
+            return error_;
+        }
+        systemCalls().sync();  // a folder that may be written but not read
+        return 0;
+    }
+
+private:
+    FileDescriptor folder_;
+    int error_;
+};
+
+/// What has become of an item since it was looked at: ESTALE where another one has taken its place, EBUSY
+/// where a file was written to, else 0, or the error number of looking.
+int changeSince(const struct stat& before, Item item) {
+    struct stat now;
+    if (const int error = readStatus(item, now); error != 0) {
+        return error;
+    }
+    if (!isSameItem(now, before)) {
+        return ESTALE;
+    }
+    const bool isUnwritten = now.st_size == before.st_size && now.st_mtim.tv_sec == before.st_mtim.tv_sec &&
+                             now.st_mtim.tv_nsec == before.st_mtim.tv_nsec;
+    return isUnwritten || !S_ISREG(now.st_mode) ? 0 : EBUSY;
+}
+
 class DeviceMove {
 public:
-    DeviceMove(const Place& source, const Place& target) : source_(source), target_(target) {}
+    DeviceMove(const Place& source, const Place& target) : source_(source), target_(target), from_(source) {}
 
     void run() {
-        checkSource(readStatus(itemAt(source_), status_));
+        checkSource(readStatus(from_.item(), status_));
         if (isThereAlready()) {
             return;
         }
         makeCopy();
-        removeTree(itemAt(source_), source_.text());
+        // What is there now must be what was copied.
+        checkSource(changeSince(status_, from_.item()));
+        removeTree(from_.item(), source_.text());
     }
 
 private:
@@ -64,6 +104,7 @@ private:
 
     void makeCopy() const {
         TemporarySibling sibling(target_);
+        const Disk disk(sibling.item().folder);
         switch (status_.st_mode & S_IFMT) {
             case S_IFREG:
                 copyFile(sibling);
@@ -79,22 +120,22 @@ private:
         }
         checkTarget(sibling.moveIntoPlace());
         // The source goes next, and after that a failing power supply must find the copy on the disk.
-        checkTarget(sibling.sync());
+        checkTarget(disk.sync());
     }
 
     void copyFile(TemporarySibling& sibling) const {
         CreationBits known;
-        check(FileCopy(Times::Carried).copyNew(itemAt(source_), sibling.item(), known));
+        check(FileCopy(Times::Carried).copyNew(from_.item(), sibling.item(), known));
         sibling.setMade();
     }
 
     void copyLink(TemporarySibling& sibling) const {
-        check(posix::copyLink(itemAt(source_), sibling.item(), Times::Carried));
+        check(posix::copyLink(from_.item(), sibling.item(), Times::Carried));
         sibling.setMade();
     }
 
     void copyFolder(TemporarySibling& sibling) const {
-        FileDescriptor folder = openFolder(itemAt(source_));
+        FileDescriptor folder = openFolder(from_.item());
         checkSource(folder.isOpen() ? 0 : errno);
         checkTarget(refusalIfWithin(sibling.item().folder, status_));
         DestinationFolder destination = openOrCreateFolder(sibling.item());
@@ -109,6 +150,7 @@ private:
 
     const Place& source_;
     const Place& target_;
+    ParentFolder from_;
     struct stat status_;
 };
 

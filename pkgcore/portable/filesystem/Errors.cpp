@@ -3,7 +3,8 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 
 #include <cerrno>
-#include <system_error>
+#include <cstring>
+#include <string>
 
 namespace fl::filesystem {
 
@@ -12,6 +13,16 @@ void detail::throw_invalid_operation_exception() {
 }
 
 namespace posix {
+
+namespace {
+
+/// The standard library's text would follow the locale of the process.
+std::string englishText(int error) {
+    const char* const text = ::strerrordesc_np(error);
+    return text != nullptr ? text : "Unknown error " + std::to_string(error);
+}
+
+}  // namespace
 
 // ENOTSUP and EOPNOTSUPP are one number on Linux and two elsewhere; EPERM also stands for an item made
 // immutable.
@@ -41,7 +52,7 @@ void throwError(int error, const std::u16string& path) {
         case EILSEQ:
             throw FileNameConversionFailure(path);
         default:
-            throw SystemError(std::system_category().message(error), error, path);
+            throw SystemError(englishText(error), error, path);
     }
 }
 

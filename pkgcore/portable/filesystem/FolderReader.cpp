@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace fl::filesystem::posix {
@@ -20,7 +21,7 @@ constexpr std::size_t kTypeOffset = offsetof(dirent64, d_type);
 constexpr std::size_t kNameOffset = offsetof(dirent64, d_name);
 
 constexpr std::size_t kBlockSize = std::size_t{32} * 1024;
-constexpr std::size_t kLongestRecord = sizeof(dirent64);
+constexpr std::size_t kUsualRecord = sizeof(dirent64);  // some file systems have longer names
 
 std::size_t recordLength(const char* record) noexcept {
     std::uint16_t length;
@@ -73,16 +74,28 @@ void FolderReader::resume(int folder) {
     parked_ = false;
     const std::int64_t behind = behind_;
     std::unique_ptr<char[]> record = std::move(block_);
-    const char* const wanted = record.get() + kNameOffset;
-    astray_ = !findAt(here_, wanted) && !findAnywhere(wanted);
+    try {
+        const char* const wanted = record.get() + kNameOffset;
+        astray_ = !findAt(here_, wanted) && !findAnywhere(wanted);
+    } catch (const std::bad_alloc&) {
+        standOn(std::move(record));
+        throw;
+    }
     if (astray_) {
-        block_ = std::move(record);
-        capacity_ = 0;
-        entry_ = block_.get();
+        standOn(std::move(record));
         if (error_ == 0) {
             seek(behind);
         }
     }
+}
+
+/// Stands on the entry of a record with nothing read behind it.
+void FolderReader::standOn(std::unique_ptr<char[]> record) noexcept {
+    block_ = std::move(record);
+    capacity_ = 0;
+    entry_ = block_.get();
+    next_ = nullptr;
+    end_ = nullptr;
 }
 
 bool FolderReader::isNamed(const char* wanted) const noexcept { return std::strcmp(name(), wanted) == 0; }
@@ -135,8 +148,12 @@ std::size_t FolderReader::readBatch(char* to, std::size_t room) noexcept {
 /// Reads until the end or until the block might not hold a further record.
 std::size_t FolderReader::readWhatFits(char* block) noexcept {
     std::size_t size = 0;
-    while (!complete_ && kBlockSize - size >= kLongestRecord) {
+    while (!complete_ && kBlockSize - size >= kUsualRecord) {
         size += readBatch(block + size, kBlockSize - size);
+    }
+    if (error_ == EINVAL && size != 0) {  // the next record is longer than the room that is left
+        error_ = 0;
+        complete_ = false;
     }
     return size;
 }
@@ -152,7 +169,13 @@ void FolderReader::load() {
         first += recordLength(first);
     }
     const auto left = static_cast<std::size_t>(end - first);
-    keep(first, left, complete_ ? left : kBlockSize);
+    try {
+        keep(first, left, complete_ ? left : kBlockSize);
+    } catch (const std::bad_alloc&) {
+        complete_ = true;  // what was read is lost, and must not be passed over in silence
+        error_ = ENOMEM;
+        throw;
+    }
 }
 
 void FolderReader::keep(const char* records, std::size_t size, std::size_t capacity) {

@@ -50,6 +50,7 @@ private:
     std::size_t readWhatFits(char* block) noexcept;
     void load();
     void keep(const char* records, std::size_t size, std::size_t capacity);
+    void standOn(std::unique_ptr<char[]> record) noexcept;
     bool refill();
     bool seek(std::int64_t position) noexcept;
     bool findAt(std::int64_t position, const char* wanted);

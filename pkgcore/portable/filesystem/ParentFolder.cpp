@@ -25,7 +25,7 @@ ParentFolder::ParentFolder(const Place& item) : name_(item.path()) {
     if (!folder_.isOpen()) {
         throwError(errno, item.text());
     }
-    if (separator != std::string_view::npos) {
+    if (separator != std::string_view::npos && path != "/") {  // the root is its own name
         name_ += separator + 1;
     }
 }

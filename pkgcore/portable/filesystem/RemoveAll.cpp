@@ -1,5 +1,6 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
+#include <pkgcore/portable/filesystem/ParentFolder.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
 
 #include <string_view>
@@ -20,7 +21,9 @@ void remove_all(const std::u16string& path) {
     if (place.orThrow().endsInDots() || isRoot(place)) {
         throw InvalidArgument(path);
     }
-    posix::removeTree(posix::itemAt(place), path);
+    // Held open, so that a folder on the way that is swapped meanwhile does not lead the removal elsewhere.
+    const posix::ParentFolder parent(place);
+    posix::removeTree(parent.item(), path);
 }
 
 }  // namespace fl::filesystem

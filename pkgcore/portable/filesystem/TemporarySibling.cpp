@@ -26,7 +26,7 @@ TemporarySibling::~TemporarySibling() {
         return;
     }
     try {
-        removeTree(item(), std::u16string());
+        removeTree(item(), std::u16string(), Ownership::ours);
     } catch (const std::exception&) {
         // The failure that brought us here is on its way; that the remains could not be removed is the lesser
         // news.
@@ -40,15 +40,6 @@ int TemporarySibling::moveIntoPlace() noexcept {
         errorOf([&] { return systemCalls().renameat(from.folder, from.name, to.folder, to.name); }));
     made_ = error != 0;
     return error;
-}
-
-int TemporarySibling::sync() const noexcept {
-    const FileDescriptor folder = openAt(parent_.folder(), ".", O_RDONLY | O_DIRECTORY);
-    if (!folder.isOpen() && errno == EACCES) {
-        systemCalls().sync();  // a folder that may be written but not read
-        return 0;
-    }
-    return folder.isOpen() ? errorOf([&] { return systemCalls().syncfs(folder.get()); }) : errno;
 }
 
 }  // namespace fl::filesystem::posix

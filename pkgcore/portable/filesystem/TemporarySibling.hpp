@@ -25,10 +25,6 @@ public:
     /// Renames it over the item: 0, or the error number.
     int moveIntoPlace() noexcept;
 
-    /// Sees to it that what was moved into place is on the disk and not in memory alone: 0, or the error
-    /// number.
-    int sync() const noexcept;
-
 private:
     ParentFolder parent_;
     std::string name_;

@@ -35,14 +35,22 @@ int removeUnopened(Item item, int openError) {
     return error == 0 || error == ENOENT ? error : openError;
 }
 
+/// What cannot be opened up is told by what comes next.
+FileDescriptor openToEmpty(Item item, Ownership ownership) {
+    if (ownership == Ownership::ours) {
+        errorOf([&] { return systemCalls().fchmodat(item.folder, item.name, S_IRWXU, AT_SYMLINK_NOFOLLOW); });
+    }
+    return openFolder(item);
+}
+
 /// Each step names the item afresh, so what was a file a moment ago may be a folder now, or the reverse.
-Attempt removeOrOpen(Item item, bool looksLikeFolder) {
+Attempt removeOrOpen(Item item, bool looksLikeFolder, Ownership ownership) {
     int error = looksLikeFolder ? EISDIR : unlinkItem(item, 0);
     if (!mayBeFolder(error)) {
         return {error, {}};
     }
     for (int swaps = 0; swaps < kMaxSwaps; ++swaps) {
-        FileDescriptor folder = openFolder(item);
+        FileDescriptor folder = openToEmpty(item, ownership);
         if (folder.isOpen()) {
             return {0, std::move(folder)};
         }
@@ -64,8 +72,8 @@ int removeEmptied(Item folder) {
 
 class TreeRemoval {
 public:
-    TreeRemoval(Item root, FileDescriptor folder, const std::u16string& path)
-        : root_(root), path_(path), walk_(std::move(folder)), levels_(1) {}
+    TreeRemoval(Item root, FileDescriptor folder, const std::u16string& path, Ownership ownership)
+        : root_(root), path_(path), ownership_(ownership), walk_(std::move(folder)), levels_(1) {}
 
     void run() {
         while (!levels_.empty()) {
@@ -87,7 +95,7 @@ private:
     };
 
     void removeEntry() {
-        Attempt attempt = removeOrOpen(walk_.entry(), walk_.reader().type() == DT_DIR);
+        Attempt attempt = removeOrOpen(walk_.entry(), walk_.reader().type() == DT_DIR, ownership_);
         if (attempt.folder.isOpen()) {
             attempt.error = walk_.enter(std::move(attempt.folder));
             if (attempt.error == 0) {
@@ -161,6 +169,7 @@ private:
 
     Item root_;
     const std::u16string& path_;
+    Ownership ownership_;
     TreeWalk walk_;
     std::vector<Level> levels_;
     int firstError_ = 0;
@@ -169,10 +178,10 @@ private:
 
 }  // namespace
 
-void removeTree(Item item, const std::u16string& path) {
-    Attempt attempt = removeOrOpen(item, false);
+void removeTree(Item item, const std::u16string& path, Ownership ownership) {
+    Attempt attempt = removeOrOpen(item, false, ownership);
     if (attempt.folder.isOpen()) {
-        TreeRemoval(item, std::move(attempt.folder), path).run();
+        TreeRemoval(item, std::move(attempt.folder), path, ownership).run();
     } else if (attempt.error != 0) {
         throwError(attempt.error, path);
     }

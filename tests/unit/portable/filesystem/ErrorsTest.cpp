@@ -1,9 +1,12 @@
 #include <pkgcore/portable/filesystem/Errors.hpp>
 
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
+#include "tests/support/RunInChild.hpp"
+#include "tests/support/ScopedEnvironment.hpp"
 #include "tests/unit/portable/filesystem/FailedPath.hpp"
 
 #include <cerrno>
+#include <clocale>
 #include <system_error>
 
 namespace {
@@ -61,6 +64,16 @@ TEST(Errors, AnyOtherKeepsItsNumberAndText) {
         EXPECT_EQ(kPath, pathOf<SystemError>(error));
         EXPECT_EQ(std::system_category().message(error), textOf(error));
     }
+}
+
+TEST(Errors, TextsAreEnglishInEveryLocale) {
+    test::runInChild([] {
+        const test::ScopedEnvironment german("LANGUAGE", "de");
+        ASSERT_NE(nullptr, std::setlocale(LC_ALL, "C.UTF-8"));
+        EXPECT_EQ("No space left on device", textOf(ENOSPC));
+        EXPECT_EQ("Input/output error", textOf(EIO));
+        EXPECT_EQ("Unknown error 4711", textOf(4711));
+    });
 }
 
 TEST(Errors, EntryOfAnEndedListingIsAnInvalidOperationWithoutPath) {

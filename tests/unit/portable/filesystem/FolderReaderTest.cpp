@@ -125,6 +125,26 @@ TEST(FolderReader, FailureInTheMiddleOfABigFolder) {
     EXPECT_FALSE(reader.next());
 }
 
+TEST(FolderReader, NameLongerThanTheRestOfABlockIsNoFailure) {
+    Records longName;
+    longName.add(std::string(1'000, 'n'), DT_REG);
+    // Room for a usual record is left, but not for this one.
+    const ScriptedFolder script({batchOf(numbered(0, 1'005)), {longName.bytes()}, batchOf(numbered(0, 1))});
+    FolderReader reader(0);
+    Names expected = numbered(0, 1'005);
+    expected.emplace_back(1'000, 'n');
+    expected.emplace_back("entry-0");
+    EXPECT_EQ(expected, namesFrom(reader));
+    EXPECT_EQ(0, reader.error());
+}
+
+TEST(FolderReader, InvalidFolderIsAFailure) {
+    const ScriptedFolder script({{"", EINVAL}});
+    FolderReader reader(0);
+    EXPECT_FALSE(reader.next());
+    EXPECT_EQ(EINVAL, reader.error());
+}
+
 TEST(FolderReader, FailureAtOnce) {
     const ScriptedFolder script({{"", ENOTDIR}});
     FolderReader reader(0);

@@ -252,6 +252,26 @@ TEST_F(RemoveAll, RemovesAFileThatTookTheFoldersPlace) {
     EXPECT_FALSE(isThere(tree / "top"));
 }
 
+TEST_F(RemoveAll, LinkPutInPlaceOfAFolderOnTheWayLeadsNowhere) {
+    static std::string top;
+    top = tree.path();
+    makeFolder(tree / "way");
+    makeFolder(tree / "way/top");
+    makeFile(tree / "way/top/file");
+    makeFolder(tree / "elsewhere");
+    makeFile(tree / "elsewhere/top", "a stranger's");
+    test::ScopedSystemCalls calls;
+    calls->unlinkat = [](int folder, const char* name, int flags) {
+        if (::rename((top + "/way").c_str(), (top + "/moved").c_str()) == 0) {
+            EXPECT_EQ(0, ::symlink("elsewhere", (top + "/way").c_str()));
+        }
+        return kHostCalls.unlinkat(folder, name, flags);
+    };
+    fl::filesystem::remove_all(tree.text("way/top"));
+    EXPECT_EQ("a stranger's", test::contentOf(tree / "elsewhere/top"));
+    EXPECT_FALSE(test::isThere(tree / "moved/top"));
+}
+
 TEST_F(RemoveAll, DoesNotFollowAFolderThatWasMovedAway) {
     makeFolder(tree / "top");
     makeFolder(tree / "elsewhere");

@@ -213,6 +213,8 @@ TEST(RenameWithin, TakesEmptyPathsForMissing) {
               failedPath<PathNotFound>([&] { fl::filesystem::rename(tree.text("a"), u""); }));
 }
 
+int calledForUp;
+
 /// Across file systems, one of which is made up, so that each call can be reached.
 class RenameAcross : public ::testing::Test {
 protected:
@@ -269,6 +271,68 @@ TEST_F(RenameAcross, ChangesNothingWhenTheCopyCannotBePutInPlace) {
         fl::filesystem::remove_all(tree.text("folder"));
         ::unlink((tree / "link").c_str());
     }
+}
+
+TEST_F(RenameAcross, LeavesNothingOfACopyWithFoldersThatMayNotBeWritten) {
+    test::runAsOrdinaryUser([] {
+        const TempTree own;
+        makeFolder(own / "a");
+        makeFolder(own / "a/0");
+        makeFile(own / "a/0/file", "text");
+        makeFolder(own / "a/0/closed");
+        test::setMode(own / "a/0/closed", 0500);
+        test::setMode(own / "a/0", 0555);
+        ScopedSystemCalls table;
+        test::failOneCall<&SystemCalls::renameat>(table, 1, EXDEV);
+        table->syncfs = kHostCalls.syncfs;
+        calledForUp = 0;
+        table->fchmod = [](int file, mode_t bits) {
+            // The last folder that is completed is the top one, and that fails.
+            return bits == 0755 && ++calledForUp == 1 ? (errno = EIO, -1) : kHostCalls.fchmod(file, bits);
+        };
+        const test::TreeSnapshot before = snapshot(own.path());
+        EXPECT_THROW(fl::filesystem::rename(own.text("a"), own.text("b")), fl::filesystem::SystemError);
+        EXPECT_EQ(before, snapshot(own.path()));
+        test::setMode(own / "a/0", 0755);
+        test::setMode(own / "a/0/closed", 0755);
+    });
+}
+
+TEST_F(RenameAcross, SurvivesARemainThatCannotBeRemoved) {
+    fill(tree, "a");
+    test::failCall<&SystemCalls::write>(calls, 2, ENOSPC);
+    calls->unlinkat = [](int folder, const char* name, int flags) {
+        return name == std::string_view("file") ? (errno = EBUSY, -1)
+                                                : kHostCalls.unlinkat(folder, name, flags);
+    };
+    EXPECT_TRUE(failsWith(ENOSPC, tree.text("b/large"), [&] { rename("a", "b"); }));
+    EXPECT_EQ("text", contentOf(tree / "a/inner/file"));
+}
+
+TEST_F(RenameAcross, KeepsAFileThatWasWrittenToMeanwhile) {
+    static std::string path;
+    path = tree / "a";
+    makeFile(path, "old");
+    calls->syncfs = [](int folder) {
+        makeFile(path, "newer");
+        return kHostCalls.syncfs(folder);
+    };
+    EXPECT_TRUE(failsWith(EBUSY, tree.text("a"), [&] { rename("a", "b"); }));
+    EXPECT_EQ("newer", contentOf(tree / "a"));
+    EXPECT_EQ("old", contentOf(tree / "b"));
+}
+
+TEST_F(RenameAcross, KeepsAnItemThatTookTheSourcesPlace) {
+    static std::string path;
+    path = tree / "a";
+    makeFile(path, "old");
+    makeFile(tree / "other", "other");
+    calls->syncfs = [](int folder) {
+        ::rename((path.substr(0, path.size() - 1) + "other").c_str(), path.c_str());
+        return kHostCalls.syncfs(folder);
+    };
+    EXPECT_TRUE(failsWith(ESTALE, tree.text("a"), [&] { rename("a", "b"); }));
+    EXPECT_EQ("other", contentOf(tree / "a"));
 }
 
 TEST_F(RenameAcross, KeepsBothWhenTheCopyCannotBeBroughtToTheDisk) {
