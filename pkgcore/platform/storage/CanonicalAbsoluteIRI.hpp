@@ -15,6 +15,7 @@ class PKGCORE_PLATFORM_API CanonicalAbsoluteIRI : public AbsoluteIRI {
 public:
     /// From encoded text; throws as AbsoluteIRI does.
     explicit CanonicalAbsoluteIRI(const std::u16string& text);
+    explicit CanonicalAbsoluteIRI(const AbsoluteIRI& iri);
 
     explicit CanonicalAbsoluteIRI(CheckedIRI checked) noexcept : AbsoluteIRI(std::move(checked)) {}
 

@@ -44,7 +44,7 @@ public:
     /// With the platform's own message for the code, an English text without a full stop.
     Exception(ErrorCode code, const AbsoluteIRI& location);
 
-    Exception(ErrorCode code, const AbsoluteIRI& location, const std::string& message)
+    Exception(ErrorCode code, const std::string& message, const AbsoluteIRI& location = AbsoluteIRI())
         : core::except::Exception(message),
           location_(std::make_shared<const AbsoluteIRI>(location)),
           code_(code) {}
