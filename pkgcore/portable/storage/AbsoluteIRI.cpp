@@ -12,7 +12,7 @@ std::u16string joined(const std::u16string& base, const std::u16string& relative
         return base;
     }
     std::u16string iri = base;
-    if (iri.back() != u'/' || portable::partsOf(iri).path.empty()) {
+    if (iri.empty() || iri.back() != u'/' || portable::partsOf(iri).path.empty()) {
         iri += u'/';
     }
     portable::appendPath(relative, portable::partsOf(base).scheme, iri);

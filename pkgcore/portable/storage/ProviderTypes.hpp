@@ -2,6 +2,7 @@
 
 #include <pkgcore/platform/Export.hpp>
 
+#include <boost/date_time/posix_time/posix_time_duration.hpp>
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <cstddef>
