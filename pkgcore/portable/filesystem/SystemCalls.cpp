@@ -48,7 +48,7 @@ ssize_t hostGetdents64(int directory, void* records, size_t size) {
 
 const SystemCalls kHostCalls = {
     hostOpenat, ::close,      ::read,         ::write,    ::lseek,     ::ftruncate, ::fallocate, hostFiclone,
-    ::fstat,    ::fstatat,    hostGetdents64, ::mkdirat,  ::unlinkat,  ::renameat,  ::symlinkat, ::readlinkat,
+    ::fstat,    ::fstatat,    hostGetdents64, ::mkdirat,  ::unlinkat,  ::renameat, ::renameat2, ::symlinkat, ::readlinkat,
     ::fchmod,   hostFchmodat, ::utimensat,    ::futimens, ::getrandom, ::getcwd,    ::fdopen,
 };
 

@@ -10,6 +10,9 @@ namespace foundation::storage::vfs {
 CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(const std::u16string& text)
     : AbsoluteIRI(CheckedIRI{portable::canonicalIRI(portable::checkedIRI(text))}) {}
 
+CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(const AbsoluteIRI& iri)
+    : AbsoluteIRI(CheckedIRI{portable::canonicalIRI(iri.toString())}) {}
+
 std::u16string CanonicalAbsoluteIRI::getName() const {
     return portable::decoded(std::u16string_view(toString()).substr(toString().rfind(u'/') + 1));
 }

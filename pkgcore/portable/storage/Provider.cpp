@@ -24,6 +24,8 @@ void Provider::createFolder(const Path& /*folder*/) { refuse(); }
 
 void Provider::remove(const Path& /*path*/) { refuse(); }
 
+void Provider::removeTree(const Path& /*folder*/) { refuse(); }
+
 void Provider::copy(const Path& /*from*/, const Path& /*to*/, ReplacementPolicy /*policy*/) { refuse(); }
 
 void Provider::move(const Path& /*from*/, const Path& /*to*/, ReplacementPolicy /*policy*/) { refuse(); }

@@ -102,19 +102,23 @@ public:
     virtual std::unique_ptr<Reader> openReader(const Path& file) = 0;
 
     /// Begins a new content of a file, which may be missing, but not the folder around it. "Exists" for a
-    /// folder. A file that is not writable is replaced as any other: the storage system asks find() before it
-    /// lets anybody write. What takes the place of a file keeps whether that is writable.
+    /// folder. The file stays writable or not, as it was; one that is not gets its new content all the same,
+    /// since the storage system asks find() before it lets anybody write.
     virtual std::unique_ptr<Writer> openWriter(const Path& file, WriteMode mode);
 
     /// Makes one folder. "Exists" if anything is there.
     virtual void createFolder(const Path& folder);
 
-    /// Removes a file, writable or not, or an empty folder; "not empty" for another one. The root is
-    /// "unsupported".
+    /// Removes a file, writable or not, an empty folder, or a link itself; "not empty" for another folder. The
+    /// root is never asked for.
     virtual void remove(const Path& path);
 
-    /// Copies a file or, with Traits::copiesFolders, a folder with everything in it; `to` is never at or below
-    /// `from`. Content, kind and writability are those of the source; what is copied has the time of now.
+    /// Removes a folder with everything in it, and follows no link. What can be removed is gone then, and the
+    /// first failure is thrown at the end.
+    virtual void removeTree(const Path& folder);
+
+    /// Copies a file or, with Traits::copiesFolders, a folder with everything in it; neither of the two paths
+    /// is ever at or below the other one. Content and writability are those of the source, the time is new.
     ///
     /// With policy 0 anything at `to` is "exists". With policy 1 a file takes the place of a file and a folder
     /// that of a folder, in one step and writable or not; one kind onto the other is "exists". A failure
@@ -125,8 +129,7 @@ public:
     /// is where it was.
     virtual void move(const Path& from, const Path& to, ReplacementPolicy policy);
 
-    /// Marks a file or a folder. The mark stops openWriter in the storage system alone: what carries it may be
-    /// read, moved, replaced and removed.
+    /// Marks a file or a folder. A file that is not writable may still be read, moved, replaced and removed.
     virtual void setWritable(const Path& path, bool isWritable);
 
     /// Sets the time, kept to Traits::timeStep; a special time, and one that the store cannot keep, is

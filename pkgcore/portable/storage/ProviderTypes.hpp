@@ -62,6 +62,8 @@ enum class Kind : unsigned char { File, Folder };
 struct Item {
     Kind kind = Kind::File;
     bool isWritable = true;
+    /// As in ListItem; everything else speaks of what the link leads to. One that leads nowhere is a file.
+    bool isLink = false;
     /// UTC; not_a_date_time where the store keeps none.
     boost::posix_time::ptime lastModified{boost::posix_time::not_a_date_time};
 };
@@ -77,8 +79,9 @@ struct ListItem {
 
 /// What a writer begins with.
 enum class WriteMode : unsigned char {
-    Create,  ///< an empty content, which replaces the old one when it is committed
-    Append   ///< the old content, or an empty one where nothing is; called where Traits::appends alone
+    Create,     ///< an empty content, which replaces the old one when it is committed
+    CreateNew,  ///< the same, but the first commit throws "exists" if anything is there by then
+    Append      ///< the old content, or an empty one where nothing is; with Traits::appends alone
 };
 
 /// What a store does itself. The storage system puts together what is left false where that can be done from
@@ -86,10 +89,11 @@ enum class WriteMode : unsigned char {
 /// promises that the verb is overridden, one that is false that it is never called.
 struct Traits {
     bool readsAt = false;         ///< Reader::readAt
-    bool writes = false;          ///< openWriter with WriteMode::Create
+    bool writes = false;          ///< openWriter with WriteMode::Create and CreateNew
     bool appends = false;         ///< openWriter with WriteMode::Append
     bool createsFolders = false;  ///< createFolder
     bool removes = false;         ///< remove
+    bool removesTrees = false;    ///< removeTree
     bool copiesFiles = false;     ///< copy of a file within the store
     bool copiesFolders = false;   ///< copy of a folder with everything in it
     bool movesFiles = false;      ///< move of a file, atomic

@@ -85,6 +85,9 @@ IRIParts partsOf(std::u16string_view checked) noexcept {
 }
 
 std::u16string canonicalIRI(std::u16string_view checked) {
+    if (checked.empty()) {
+        return {};
+    }
     const IRIParts parts = partsOf(checked);
     std::u16string result = loweredScheme(parts.scheme);
     const std::u16string authority = canonicalAuthority(parts.authority, result);

@@ -20,7 +20,7 @@ IRIParts partsOf(std::u16string_view checked) noexcept;
 /// UnsupportedIRISchemeException.
 std::u16string checkedIRI(const std::u16string& text);
 
-/// The canonical form of a checked IRI.
+/// The canonical form of a checked IRI; empty for an empty text.
 std::u16string canonicalIRI(std::u16string_view checked);
 
 /// Puts an IRI together from a scheme, an encoded authority and an encoded path, which begins with a slash
