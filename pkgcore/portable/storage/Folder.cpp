@@ -19,8 +19,8 @@ portable::Spot spotOf(const Folder& folder) {
 }
 
 Listing list(const Folder& folder, const std::u16string& pattern, portable::Depth depth) {
-    return Listing(std::make_unique<portable::ListingSource>(spotOf(folder), folder.getStorageSystem(),
-                                                             pattern, depth));
+    return Listing(
+        std::make_unique<portable::ListingSource>(spotOf(folder), folder.getStorageSystem(), pattern, depth));
 }
 
 }  // namespace
@@ -43,9 +43,7 @@ void Folder::setLastModified(boost::posix_time::ptime time) const {
     portable::setLastModified(spotOf(*this), kKind, time);
 }
 
-void Folder::removeFolder(FolderRemovalPolicy policy) const {
-    portable::removeFolder(spotOf(*this), policy);
-}
+void Folder::removeFolder(FolderRemovalPolicy policy) const { portable::removeFolder(spotOf(*this), policy); }
 
 void Folder::copyFolder(const Folder& destination, provider::ReplacementPolicy policy) const {
     portable::copyEntry(spotOf(*this), spotOf(destination), kKind, policy);

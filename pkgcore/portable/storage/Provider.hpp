@@ -15,11 +15,13 @@
 /// What a store has to offer so that it can be mounted in a storage system (StorageSystemBuilder.hpp).
 ///
 /// Required of all of it:
-/// - A failure leaves as foundation::storage::vfs::Exception with a code from 0 to 11, without a location: the
+/// - A failure leaves as foundation::storage::vfs::Exception with a code from 0 to 11, without a location:
+/// the
 ///   storage system adds that. "Could not tell" is a failure and never looks like "nothing there".
 /// - A missing folder on the way is "not found". A file on the way is "not found" for what reads and "exists"
 ///   for what creates.
-/// - Any thread may call any member of a Provider at any time. A Reader, Writer or Lister serves one thread at
+/// - Any thread may call any member of a Provider at any time. A Reader, Writer or Lister serves one thread
+/// at
 ///   a time, keeps what it needs of the store alive, and any number of them may exist at once.
 ///
 /// docs/providers.md tells how to write one and how to check it.
@@ -61,8 +63,8 @@ public:
     /// that, more may be written and committed again. Throws where nothing was published.
     virtual void commit() = 0;
 
-    /// Gives up what was written since the last commit, all of it where there was none: the file is then as it
-    /// was. The writer is not used any more.
+    /// Gives up what was written since the last commit, all of it where there was none: the file is then as
+    /// it was. The writer is not used any more.
     virtual void discard() noexcept = 0;
 };
 
@@ -109,8 +111,8 @@ public:
     /// Makes one folder. "Exists" if anything is there.
     virtual void createFolder(const Path& folder);
 
-    /// Removes a file, writable or not, an empty folder, or a link itself; "not empty" for another folder. The
-    /// root is never asked for.
+    /// Removes a file, writable or not, an empty folder, or a link itself; "not empty" for another folder.
+    /// The root is never asked for.
     virtual void remove(const Path& path);
 
     /// Removes a folder with everything in it, and follows no link. What can be removed is gone then, and the
@@ -120,9 +122,9 @@ public:
     /// Copies a file or, with Traits::copiesFolders, a folder with everything in it; neither of the two paths
     /// is ever at or below the other one. Content and writability are those of the source, the time is new.
     ///
-    /// With policy 0 anything at `to` is "exists". With policy 1 a file takes the place of a file and a folder
-    /// that of a folder, in one step and writable or not; one kind onto the other is "exists". A failure
-    /// leaves what was at `to`, and nothing else.
+    /// With policy 0 anything at `to` is "exists". With policy 1 a file takes the place of a file and a
+    /// folder that of a folder, in one step and writable or not; one kind onto the other is "exists". A
+    /// failure leaves what was at `to`, and nothing else.
     virtual void copy(const Path& from, const Path& to, ReplacementPolicy policy);
 
     /// Gives a file or folder another place; as copy(), but it keeps its time, and after a failure everything

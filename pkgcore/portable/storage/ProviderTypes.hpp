@@ -72,8 +72,8 @@ struct Item {
 struct ListItem {
     std::u16string name;
     Kind kind = Kind::File;
-    /// A second name of something that has its place elsewhere (a link): whoever walks a tree does not go into
-    /// it, and removing removes the name alone.
+    /// A second name of something that has its place elsewhere (a link): whoever walks a tree does not go
+    /// into it, and removing removes the name alone.
     bool isLink = false;
 };
 

@@ -52,8 +52,8 @@ public:
         portable::registerScheme(scheme, store->traits().hasByteNames);
         const CanonicalAbsoluteIRI root = rootOf(scheme, authority == nullptr ? u"" : *authority);
         const portable::IRIParts parts = portable::partsOf(root.toString());
-        const auto served = authority == nullptr ? StorageSystem::Authority()
-                                                 : StorageSystem::Authority(parts.authority);
+        const auto served =
+            authority == nullptr ? StorageSystem::Authority() : StorageSystem::Authority(parts.authority);
         if (!system_.mount(std::u16string(parts.scheme), served, std::move(store))) {
             throw std::invalid_argument("There is a store already where this one is mounted");
         }

@@ -23,8 +23,8 @@ public:
 
     /// Mounts a store under a scheme, in any letter case. It serves all authorities without a mount of their
     /// own if it has authorities, and the empty one otherwise ("scheme:///path"). From now on hasIRIPrefix()
-    /// knows the scheme, in the whole process. std::invalid_argument for a text that is no scheme, for a place
-    /// that has a store already ("file:///" has), and for no store; nothing is mounted then.
+    /// knows the scheme, in the whole process. std::invalid_argument for a text that is no scheme, for a
+    /// place that has a store already ("file:///" has), and for no store; nothing is mounted then.
     StorageSystemBuilder& mount(const std::u16string& scheme, std::shared_ptr<provider::Provider> store);
 
     /// Mounts a store under one authority, given as plain text, of a scheme: "scheme://authority/path".

@@ -39,8 +39,8 @@ ifstream::ifstream(const File& file, std::ios_base::openmode mode) : std::istrea
 ifstream::~ifstream() = default;
 
 ofstream::ofstream(const File& file, std::ios_base::openmode mode) : std::ostream(nullptr) {
-    buffer_ = openOrFail(
-        *this, [&] { return portable::openForWriting(spotOf(file), mode | std::ios_base::out); });
+    buffer_ =
+        openOrFail(*this, [&] { return portable::openForWriting(spotOf(file), mode | std::ios_base::out); });
 }
 
 ofstream::~ofstream() {

@@ -22,8 +22,8 @@ constexpr Range kDirectionMarks[] = {{0x200E, 0x200F}, {0x202A, 0x202E}};
 
 constexpr std::string_view kHostAscii =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-    "-._~"            // unreserved
-    "!$&'()*+,;=";    // sub-delims
+    "-._~"          // unreserved
+    "!$&'()*+,;=";  // sub-delims
 
 using AsciiSet = std::array<bool, 0x80>;
 
@@ -39,9 +39,8 @@ constexpr AsciiSet kHostSet = setOf(kHostAscii);
 
 template <std::size_t Count>
 bool isIn(const Range (&ranges)[Count], char32_t point) noexcept {
-    return std::any_of(std::begin(ranges), std::end(ranges), [point](const Range& range) {
-        return point >= range.first && point <= range.last;
-    });
+    return std::any_of(std::begin(ranges), std::end(ranges),
+                       [point](const Range& range) { return point >= range.first && point <= range.last; });
 }
 
 /// The last two characters of each plane are none, and plane 14 begins with tags.

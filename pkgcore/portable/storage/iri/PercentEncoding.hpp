@@ -14,8 +14,8 @@ using CharacterClass = bool (*)(char32_t point);
 /// Appends one character, or the triplets for it. A unit from U+DC80 to U+DCFF is the triplet of its byte.
 void appendEncoded(char32_t point, CharacterClass isLiteral, std::u16string& out);
 
-/// Where a plain text holds what no IRI can: a NUL, an unpaired surrogate and, unless `mayHoldBytes`, one that
-/// stands for a byte. npos if nowhere.
+/// Where a plain text holds what no IRI can: a NUL, an unpaired surrogate and, unless `mayHoldBytes`, one
+/// that stands for a byte. npos if nowhere.
 std::size_t findUnencodable(std::u16string_view plain, bool mayHoldBytes) noexcept;
 
 /// Appends a plain text without such a place. A "/" stays what it is.

@@ -13,8 +13,8 @@ bool isRegisteredScheme(std::u16string_view scheme) noexcept;
 /// Whether names of this scheme may hold bytes that are no UTF-8. In any letter case.
 bool hasByteNames(std::u16string_view scheme) noexcept;
 
-/// Adds a scheme, in any letter case, for the rest of the process. A scheme that has had byte names once keeps
-/// them.
+/// Adds a scheme, in any letter case, for the rest of the process. A scheme that has had byte names once
+/// keeps them.
 void registerScheme(std::u16string_view scheme, bool hasByteNames);
 
 /// The length of the registered scheme with which the text begins before "://", or 0.

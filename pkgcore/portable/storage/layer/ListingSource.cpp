@@ -8,10 +8,7 @@ using provider::Kind;
 
 ListingSource::ListingSource(Spot folder, vfs::StorageSystemReference storage, std::u16string pattern,
                              Depth depth)
-    : storage_(std::move(storage)),
-      pattern_(std::move(pattern)),
-      depth_(depth),
-      walk_(std::move(folder)) {}
+    : storage_(std::move(storage)), pattern_(std::move(pattern)), depth_(depth), walk_(std::move(folder)) {}
 
 const vfs::ListEntry* ListingSource::next() {
     if (entersNext_) {

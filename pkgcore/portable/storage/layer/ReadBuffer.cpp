@@ -20,8 +20,8 @@ ReadBuffer::ReadBuffer(std::unique_ptr<provider::Reader> reader, bool canSeek)
     : reader_(std::move(reader)), canSeek_(canSeek) {}
 
 std::size_t ReadBuffer::readSome(char* out, std::size_t count) {
-    const std::size_t taken = canSeek_ ? reader_->readAt(static_cast<std::uint64_t>(end_), out, count)
-                                       : reader_->read(out, count);
+    const std::size_t taken =
+        canSeek_ ? reader_->readAt(static_cast<std::uint64_t>(end_), out, count) : reader_->read(out, count);
     end_ += static_cast<off_type>(taken);
     return taken;
 }

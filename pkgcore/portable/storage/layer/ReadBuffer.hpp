@@ -8,8 +8,8 @@
 namespace foundation::storage::portable {
 
 /// The bytes of an open file for a standard stream: through a buffer that is made on first need, or past it
-/// where a transfer is large. What the reader throws passes through, so that the stream above shows badbit and
-/// not the end of the file.
+/// where a transfer is large. What the reader throws passes through, so that the stream above shows badbit
+/// and not the end of the file.
 ///
 /// Can seek where the reader can read at an offset; otherwise it only tells its position.
 class ReadBuffer : public std::streambuf {

@@ -71,7 +71,8 @@ void Spot::removeTree() const {
     located([this] { store_.provider->removeTree(path_); });
 }
 
-// What can go wrong at the source was looked at before, as a rule: the destination is what a failure is about.
+// What can go wrong at the source was looked at before, as a rule: the destination is what a failure is
+// about.
 void Spot::copyTo(const Spot& to, ReplacementPolicy policy) const {
     to.located([&] { store_.provider->copy(path_, to.path_, policy); });
 }

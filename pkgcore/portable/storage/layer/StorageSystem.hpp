@@ -22,7 +22,8 @@ public:
     bool mount(const std::u16string& scheme, const Authority& authority,
                std::shared_ptr<provider::Provider> store);
 
-    /// UnsupportedIRISchemeException for a scheme without a mount, NoSuchStorage for an authority without one.
+    /// UnsupportedIRISchemeException for a scheme without a mount, NoSuchStorage for an authority without
+    /// one.
     portable::Spot find(const CanonicalAbsoluteIRI& iri) const;
 
 private:

@@ -34,12 +34,8 @@ struct ModeStart {
 
 // Combinations that are not here, such as trunc with app, are refused.
 constexpr ModeStart kModeTable[] = {
-    {kOut, Start::Empty},
-    {kOut | kTrunc, Start::Empty},
-    {kIn | kOut | kTrunc, Start::Empty},
-    {kOut | kApp, Start::AtEnd},
-    {kIn | kOut | kApp, Start::AtEnd},
-    {kIn | kOut, Start::AtBeginning},
+    {kOut, Start::Empty},        {kOut | kTrunc, Start::Empty},     {kIn | kOut | kTrunc, Start::Empty},
+    {kOut | kApp, Start::AtEnd}, {kIn | kOut | kApp, Start::AtEnd}, {kIn | kOut, Start::AtBeginning},
 };
 
 Start startOf(const Spot& file, OpenMode mode) {

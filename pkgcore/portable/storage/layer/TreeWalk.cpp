@@ -9,9 +9,7 @@ TreeWalk::Level TreeWalk::open(Spot folder) {
     return Level{std::move(folder), std::move(lister), {}};
 }
 
-void TreeWalk::enter() {
-    levels_.push_back(open(spot()));
-}
+void TreeWalk::enter() { levels_.push_back(open(spot())); }
 
 TreeWalk::Step TreeWalk::next() {
     Level& level = levels_.back();

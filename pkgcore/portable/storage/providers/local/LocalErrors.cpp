@@ -48,8 +48,7 @@ ErrorCode codeOfNumber(int error) noexcept {
 
 // The codes that say all keep their own message, the others that of the host.
 void rethrowAsStorageFailure(Purpose purpose) {
-    const ErrorCode inTheWay =
-        purpose == Purpose::Reading ? ErrorCode::NotFound : ErrorCode::AlreadyExists;
+    const ErrorCode inTheWay = purpose == Purpose::Reading ? ErrorCode::NotFound : ErrorCode::AlreadyExists;
     try {
         throw;
     } catch (const fs::PathNotFound&) {

@@ -18,8 +18,7 @@ constexpr int kMaxLinks = 40;
 constexpr mode_t kWriteBits = 0222;
 
 int readStatusOfTarget(posix::Item item, struct stat& status) {
-    return posix::errorOf(
-        [&] { return posix::systemCalls().fstatat(item.folder, item.name, &status, 0); });
+    return posix::errorOf([&] { return posix::systemCalls().fstatat(item.folder, item.name, &status, 0); });
 }
 
 bool leadsNowhere(int error) noexcept { return error == ENOENT || error == ENOTDIR || error == ELOOP; }

@@ -6,9 +6,9 @@
 
 namespace foundation::storage::portable {
 
-/// Lists a native folder in order. The host has no order, so each page is the smallest names behind those that
-/// were shown, found in one pass over the folder: one pass for nearly all folders, and bounded memory for a
-/// folder of any size. No descriptor is kept between two pages.
+/// Lists a native folder in order. The host has no order, so each page is the smallest names behind those
+/// that were shown, found in one pass over the folder: one pass for nearly all folders, and bounded memory
+/// for a folder of any size. No descriptor is kept between two pages.
 class LocalLister : public provider::Lister {
 public:
     static constexpr std::size_t kPageSize = 65'536;

@@ -6,8 +6,8 @@
 namespace foundation::storage::portable {
 
 /// Reads an open file of the host up to the end that it had when it was opened, so that one who appends to it
-/// is not seen; one that is replaced is not seen anyway. A file of /proc, and what is no regular file, is read
-/// until it ends.
+/// is not seen; one that is replaced is not seen anyway. A file of /proc, and what is no regular file, is
+/// read until it ends.
 class LocalReader : public provider::Reader {
 public:
     /// NotFound for a folder.

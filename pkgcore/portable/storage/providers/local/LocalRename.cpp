@@ -17,9 +17,8 @@ using posix::Item;
 namespace {
 
 int renameWith(Item from, Item to, unsigned flags) noexcept {
-    return posix::errorOf([&] {
-        return posix::systemCalls().renameat2(from.folder, from.name, to.folder, to.name, flags);
-    });
+    return posix::errorOf(
+        [&] { return posix::systemCalls().renameat2(from.folder, from.name, to.folder, to.name, flags); });
 }
 
 /// File systems and systems of an older age do not know the flags.
@@ -53,8 +52,8 @@ void replaceByTurns(const std::u16string& from, const std::u16string& to) {
 void replaceFolder(const std::u16string& from, const std::u16string& to) {
     const posix::Place source(from);
     const posix::Place target(to);
-    const int error = renameWith(posix::itemAt(source.orThrow()), posix::itemAt(target.orThrow()),
-                                 RENAME_EXCHANGE);
+    const int error =
+        renameWith(posix::itemAt(source.orThrow()), posix::itemAt(target.orThrow()), RENAME_EXCHANGE);
     if (error == 0) {
         fs::remove_all(from);
     } else if (isUnknown(error) || error == EXDEV) {

@@ -128,8 +128,10 @@ private:
         const posix::Item item = posix::itemAt(place_);
         if (posix::readStatus(item, old) == 0 && S_ISREG(old.st_mode)) {
             throwIfFailed(posix::errorOf([&] {
-                return posix::systemCalls().fchmod(end_.get(), old.st_mode & posix::kCopiedBits);
-            }), path_);
+                              return posix::systemCalls().fchmod(end_.get(),
+                                                                 old.st_mode & posix::kCopiedBits);
+                          }),
+                          path_);
         }
     }
 

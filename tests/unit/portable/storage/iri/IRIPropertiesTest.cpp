@@ -38,8 +38,9 @@ public:
 
     /// Of the characters that mean something in an IRI, and some that do not.
     std::u16string soup() {
-        static const std::u16string kPieces[] = {u"/", u"/", u".", u"..", u"%41", u"%20", u"%2e", u"a",
-                                                 u"B", u"\u00E9", u"%C3%A9", u":", u"~", u"//", u"%25"};
+        static const std::u16string kPieces[] = {u"/",      u"/",   u".", u"..", u"%41",
+                                                 u"%20",    u"%2e", u"a", u"B",  u"\u00E9",
+                                                 u"%C3%A9", u":",   u"~", u"//", u"%25"};
         std::u16string text;
         for (unsigned left = pick(12); left > 0; --left) {
             text += kPieces[pick(std::size(kPieces))];
@@ -86,8 +87,7 @@ TEST(IRIProperties, EveryByteOfANativeNameSurvives) {
     RandomText random(2);
     for (int i = 0; i < kRounds; ++i) {
         std::u16string path = u"/" + random.name() + u"/x";
-        path.insert(1, 1,
-                    static_cast<char16_t>(0xDC80 + random.pick(0x40)));
+        path.insert(1, 1, static_cast<char16_t>(0xDC80 + random.pick(0x40)));
         const AbsoluteIRI iri = toAbsoluteIRI(u"file", path);
         ASSERT_EQ(fromAbsoluteIRI(iri), path) << shown(iri.toString());
     }
