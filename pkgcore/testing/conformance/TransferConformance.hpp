@@ -191,7 +191,7 @@ TEST_P(ProviderConformance, WhatIsMovedKeepsItsTime) {
 }
 
 TEST_P(ProviderConformance, FilesGoFromStoreToStore) {
-    PKGCORE_SKIP_UNLESS(movesTrees() && moves());
+    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
     const Workplace other(GetParam().makeGround());
     folder(u"d/e").createFolderRecursive();
     ASSERT_TRUE(write(u"d/e/f", someBytes(300'000)));
