@@ -2,6 +2,8 @@
 
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
+#include <boost/date_time/posix_time/posix_time.hpp>
+
 namespace foundation::storage::conformance {
 
 TEST_P(ProviderConformance, ACopyHasTheContentOfItsSource) {
