@@ -47,9 +47,9 @@ ssize_t hostGetdents64(int directory, void* records, size_t size) {
 }  // namespace
 
 const SystemCalls kHostCalls = {
-    hostOpenat, ::close,      ::read,         ::write,    ::lseek,     ::ftruncate, ::fallocate, hostFiclone,
-    ::fstat,    ::fstatat,    hostGetdents64, ::mkdirat,  ::unlinkat,  ::renameat,  ::symlinkat, ::readlinkat,
-    ::fchmod,   hostFchmodat, ::utimensat,    ::futimens, ::getrandom, ::getcwd,    ::fdopen,
+    hostOpenat,   ::close,   ::read,         ::write,     ::lseek,    ::ftruncate, ::fallocate, hostFiclone,
+    ::fstat,      ::fstatat, hostGetdents64, ::mkdirat,   ::unlinkat, ::renameat,  ::renameat2, ::symlinkat,
+    ::readlinkat, ::fchmod,  hostFchmodat,   ::utimensat, ::futimens, ::getrandom, ::getcwd,    ::fdopen,
 };
 
 std::atomic<const SystemCalls*> callsInForce{&kHostCalls};

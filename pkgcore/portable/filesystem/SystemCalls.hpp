@@ -27,6 +27,7 @@ struct SystemCalls {
     int (*mkdirat)(int directory, const char* path, mode_t mode);
     int (*unlinkat)(int directory, const char* path, int flags);
     int (*renameat)(int fromDirectory, const char* from, int toDirectory, const char* to);
+    int (*renameat2)(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags);
     int (*symlinkat)(const char* target, int directory, const char* path);
     ssize_t (*readlinkat)(int directory, const char* path, char* text, size_t size);
     int (*fchmod)(int descriptor, mode_t mode);
