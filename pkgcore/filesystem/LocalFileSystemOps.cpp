@@ -28,6 +28,7 @@ namespace fsys = fl::filesystem;
 
 namespace {
 
+// NOLINTNEXTLINE(readability-identifier-naming): called like a function
 constexpr detail::Translated<detail::translateFsysException> translated;
 
 void requireNonEmpty(const ustring& path) {

@@ -54,7 +54,7 @@ Folder resolveFolder(const ustring& path, StorageSystemReference storage) {
     return Folder(std::move(location), std::move(storage));
 }
 
-EntryPair resolveEntryPair(const ustring& from, const ustring& to, StorageSystemReference storage) {
+EntryPair resolveEntryPair(const ustring& from, const ustring& to, const StorageSystemReference& storage) {
     CanonicalAbsoluteIRI source(from);
     CanonicalAbsoluteIRI destination(to);
     if (isFolderAt(source, storage)) {

@@ -32,6 +32,6 @@ using EntryPair = boost::variant<SourceAndDestination<foundation::storage::vfs::
 /// What is at `from`, and a place of the same kind at `to`, which is not looked up: what is there is left to
 /// the storage system and the policy that it is given.
 EntryPair resolveEntryPair(const ustring& from, const ustring& to,
-                           foundation::storage::vfs::StorageSystemReference storage);
+                           const foundation::storage::vfs::StorageSystemReference& storage);
 
 }  // namespace opc::detail

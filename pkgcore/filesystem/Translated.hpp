@@ -6,12 +6,12 @@
 
 namespace opc::detail {
 
-/// Runs an operation of a back end. Whatever it throws, `translate`, called while the exception is being
+/// Runs an operation of a back end. Whatever it throws, `Translate`, called while the exception is being
 /// handled, turns into a description and a code, and the result is the neutral one.
 ///
-/// `translate` sets the code before it describes. If describing fails, for want of memory, the code stands
+/// `Translate` sets the code before it describes. If describing fails, for want of memory, the code stands
 /// and the description is empty: better a failure without words than a dead process.
-template <void (*translate)(std::string& msg, boost::system::error_code& ec)>
+template <void (*Translate)(std::string& msg, boost::system::error_code& ec)>
 class Translated {
 public:
     template <typename Result, typename Operation>
@@ -38,7 +38,7 @@ public:
 private:
     static void report(std::string& msg, boost::system::error_code& ec) noexcept {
         try {
-            translate(msg, ec);
+            Translate(msg, ec);
         } catch (...) {
             msg.clear();
         }

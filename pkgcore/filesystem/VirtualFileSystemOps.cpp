@@ -37,6 +37,7 @@ namespace vfs = foundation::storage::vfs;
 
 namespace {
 
+// NOLINTNEXTLINE(readability-identifier-naming): called like a function
 constexpr detail::Translated<detail::translateCurrentException> translated;
 
 void refuse(const char* text, std::string& msg, error_code& ec) {

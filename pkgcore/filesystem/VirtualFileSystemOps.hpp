@@ -23,6 +23,8 @@ namespace opc {
 /// - copy treats ExistsMode::Fail as ExistsMode::Ignore: in both, what exists at the destination is a
 ///   failure, a folder where a folder is copied included. rename replaces what is at the destination, a
 ///   folder with its contents included.
+/// - setLastModifiedTime of a missing item and getFiles of an empty path are failures, as for any other
+///   operation; opening a stream that way is io_error, whatever the reason, unless the IRI itself is refused.
 /// - normalizePath makes an IRI with the scheme "file" of a native path. getTempName takes an IRI for the
 ///   folder, and looks for a free name until it finds one or the look-up fails.
 class PKGCORE_API VirtualFileSystemOps : public FileSystemOps {

@@ -28,7 +28,7 @@ const boost::posix_time::ptime kTime(boost::gregorian::date(2024, 2, 29));
 /// One operation and one call of the platform in it that fails.
 struct Case {
     std::string name;
-    std::function<void(Platform&, StorageScript&, Failure)> script;
+    std::function<void(Platform&, StorageScript&, const Failure&)> script;
     /// Gives the result as text, "-" for none.
     std::function<std::string(OpenVirtualOps&, std::string&, Code&)> call;
     std::string neutral;
@@ -39,11 +39,11 @@ const std::string kNoStream = "false";
 
 // The ways in which calls of the platform fail.
 
-void failToParse(Platform&, StorageScript& s, Failure f) { s.makeCanonicalIRI.rethrows(f); }
-void failToParseDestination(Platform&, StorageScript& s, Failure f) {
+void failToParse(Platform&, StorageScript& s, const Failure& f) { s.makeCanonicalIRI.rethrows(f); }
+void failToParseDestination(Platform&, StorageScript& s, const Failure& f) {
     s.makeCanonicalIRI.at(u"b").rethrows(f);
 }
-void failToLookUp(Platform&, StorageScript& s, Failure f) { s.exists.rethrows(f); }
+void failToLookUp(Platform&, StorageScript& s, const Failure& f) { s.exists.rethrows(f); }
 
 // The operations, as text.
 
@@ -221,7 +221,7 @@ const std::vector<Case> kExempt = {
 
 /// Each case on a platform of its own whose call fails with `failure`.
 template <typename Check>
-void forEach(const std::vector<Case>& cases, Failure failure, Check check) {
+void forEach(const std::vector<Case>& cases, const Failure& failure, Check check) {
     for (const Case& operation : cases) {
         SCOPED_TRACE(operation.name);
         VirtualFixture fixture;

@@ -50,23 +50,29 @@ void requireRemovable(const SharedNode& tree) {
     }
 }
 
-void moveChildren(MemoryNode& node, std::vector<SharedNode>& out) {
-    for (auto& child : node.children) out.push_back(std::move(child.second));
+/// Puts the children of a node that are nobody else's in front of a chain. Somebody who still lists a folder
+/// lets it go later.
+void moveChildren(MemoryNode& node, SharedNode& chain) noexcept {
+    for (auto& entry : node.children) {
+        SharedNode child = std::move(entry.second);
+        if (child.use_count() == 1) {
+            child->nextToGo = std::move(chain);
+            chain = std::move(child);
+        }
+    }
     node.children.clear();
 }
 
 }  // namespace
 
-// One by one, since a tree may be deeper than the stack. What somebody still lists keeps what it holds.
+// One by one, since a tree may be deeper than the stack, and without taking memory.
 MemoryNode::~MemoryNode() {
-    std::vector<SharedNode> rest;
-    moveChildren(*this, rest);
-    while (!rest.empty()) {
-        const SharedNode node = std::move(rest.back());
-        rest.pop_back();
-        if (node.use_count() == 1) {
-            moveChildren(*node, rest);
-        }
+    SharedNode chain;
+    moveChildren(*this, chain);
+    while (chain) {
+        const SharedNode node = std::move(chain);
+        chain = std::move(node->nextToGo);
+        moveChildren(*node, chain);
     }
 }
 
@@ -141,13 +147,12 @@ void MemoryTree::put(const Path& path, SharedNode node) {
     parent->item.lastModified = clock_();
 }
 
-/// Out of its folder.
-SharedNode MemoryTree::take(const Path& path) {
-    const SharedNode parent = look(path.parent());
-    const auto entry = parent->children.find(path.name());
+/// Out of its folder. Takes no memory, so that it can follow what may fail.
+SharedNode MemoryTree::take(MemoryNode& parent, std::u16string_view name) {
+    const auto entry = parent.children.find(name);
     SharedNode node = std::move(entry->second);
-    parent->children.erase(entry);
-    parent->item.lastModified = clock_();
+    parent.children.erase(entry);
+    parent.item.lastModified = clock_();
     return node;
 }
 
@@ -228,8 +233,9 @@ void MemoryTree::remove(const Path& path) {
     if (!require(path)->children.empty()) {
         fail(ErrorCode::FolderNotEmpty);
     }
-    requireWritable(*look(path.parent()));
-    gone = take(path);
+    const SharedNode parent = look(path.parent());
+    requireWritable(*parent);
+    gone = take(*parent, path.name());
 }
 
 // What is removed is taken apart after the lock is given back.
@@ -237,8 +243,9 @@ void MemoryTree::removeTree(const Path& folder) {
     SharedNode gone;
     const Lock lock(mutex_);
     requireRemovable(require(folder));
-    requireWritable(*look(folder.parent()));
-    gone = take(folder);
+    const SharedNode parent = look(folder.parent());
+    requireWritable(*parent);
+    gone = take(*parent, folder.name());
 }
 
 void MemoryTree::checkReplacing(const Path& to, Kind kind, ReplacementPolicy policy) const {
@@ -287,11 +294,12 @@ void MemoryTree::move(const Path& from, const Path& to, ReplacementPolicy policy
     SharedNode old;
     const Lock lock(mutex_);
     const SharedNode source = require(from);
-    requireWritable(*look(from.parent()));
+    const SharedNode parent = look(from.parent());
+    requireWritable(*parent);
     checkReplacing(to, source->item.kind, policy);
     old = look(to);
     put(to, source);
-    take(from);
+    take(*parent, from.name());
 }
 
 void MemoryTree::setWritable(const Path& path, bool isWritable) {

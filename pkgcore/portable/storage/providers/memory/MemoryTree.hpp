@@ -11,6 +11,7 @@
 #include <optional>
 #include <shared_mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace foundation::storage::portable {
@@ -27,6 +28,8 @@ struct MemoryNode {
     provider::Item item;
     SharedContent content;  ///< of a file
     Children children;      ///< of a folder
+    /// While a tree is let go, the next one to go.
+    std::shared_ptr<MemoryNode> nextToGo;
 };
 
 using SharedNode = std::shared_ptr<MemoryNode>;
@@ -73,7 +76,7 @@ private:
     SharedNode parentForCreation(const Path& path) const;
     void makeRoot(const Path& path);
     void put(const Path& path, SharedNode node);
-    SharedNode take(const Path& path);
+    SharedNode take(MemoryNode& parent, std::u16string_view name);
     SharedNode newNode(provider::Kind kind) const;
     void checkReplacing(const Path& to, provider::Kind kind, provider::ReplacementPolicy policy) const;
     SharedNode cloned(const MemoryNode& node) const;
