@@ -37,7 +37,7 @@ void TreeWalk::restart() {
 std::u16string TreeWalk::path(const std::u16string& root, std::size_t names) const {
     std::u16string result = root;
     for (std::size_t i = 0; i < names; ++i) {
-        if (result.back() != u'/') {
+        if (!result.empty() && result.back() != u'/') {
             result.push_back(u'/');
         }
         appendDecoded(readers_[i].name(), result);

@@ -33,7 +33,11 @@ FileDescriptor openOrThrow(Item item, int flags) {
 /// The end of an open file to which bytes are added, and how much of it is committed.
 class FileEnd {
 public:
-    explicit FileEnd(FileDescriptor file) : file_(std::move(file)) {}
+    explicit FileEnd(FileDescriptor file) : file_(std::move(file)) {
+        struct stat status;
+        throwIfFailed(posix::readStatus(file_.get(), status));
+        committed_ = status.st_size;
+    }
 
     int get() const noexcept { return file_.get(); }
 
@@ -42,22 +46,21 @@ public:
         throwIfFailed(posix::writeAll(file_.get(), bytes, count));
     }
 
-    /// Takes all that is in the file as committed. What has no size, such as a pipe, has nothing to cut off.
-    void commit() {
-        struct stat status;
-        throwIfFailed(posix::readStatus(file_.get(), status));
-        committed_ = status.st_size;
+    void commit() noexcept {
+        committed_ += ahead_;
         ahead_ = 0;
     }
 
-    /// Cuts off what was not committed, unless somebody else has written behind it.
+    /// Cuts off what was not committed, unless somebody else has written to the file as well. What has no
+    /// size, such as a pipe, has nothing to cut off.
     void discard() noexcept {
         struct stat status;
-        const bool isLast =
-            posix::readStatus(file_.get(), status) == 0 && status.st_size <= committed_ + ahead_;
-        if (isLast && status.st_size > committed_) {
+        const bool isOurs = ahead_ > 0 && posix::readStatus(file_.get(), status) == 0 &&
+                            status.st_size > committed_ && status.st_size <= committed_ + ahead_;
+        if (isOurs) {
             posix::errorOf([this] { return posix::systemCalls().ftruncate(file_.get(), committed_); });
         }
+        ahead_ = 0;
     }
 
 private:
@@ -68,17 +71,13 @@ private:
 
 class AppendingWriter : public provider::Writer {
 public:
-    explicit AppendingWriter(const HeldItem& file) : end_(openOrThrow(file.item(), O_APPEND)) {
-        end_.commit();
-    }
+    explicit AppendingWriter(const HeldItem& file) : end_(openOrThrow(file.item(), O_APPEND)) {}
     ~AppendingWriter() override { end_.discard(); }
 
     void write(const char* bytes, std::size_t count) override {
         asStorage(Purpose::Creating, [&] { end_.write(bytes, count); });
     }
-    void commit() override {
-        asStorage(Purpose::Creating, [this] { end_.commit(); });
-    }
+    void commit() override { end_.commit(); }
     void discard() noexcept override { end_.discard(); }
 
 private:
@@ -90,9 +89,8 @@ public:
     ReplacingWriter(HeldItem file, bool mayReplace)
         : file_(std::move(file)),
           sibling_(file_.folder.get()),
-          end_(openOrThrow(sibling_.item(), O_CREAT | O_EXCL)),
+          end_(create(sibling_)),
           mayReplace_(mayReplace) {
-        sibling_.setMade(true);
         takeOverBits();
     }
     ~ReplacingWriter() override { discard(); }
@@ -120,9 +118,20 @@ public:
     }
 
 private:
+    static FileDescriptor create(HeldSibling& sibling) {
+        FileDescriptor file = openOrThrow(sibling.item(), O_CREAT | O_EXCL);
+        sibling.setMade(true);
+        return file;
+    }
+
     void takeOverBits() {
         struct stat old;
-        if (posix::readStatus(file_.item(), old) == 0 && S_ISREG(old.st_mode)) {
+        const int error = posix::readStatus(file_.item(), old);
+        if (error == ENOENT) {
+            return;
+        }
+        throwIfFailed(error);
+        if (S_ISREG(old.st_mode)) {
             throwIfFailed(posix::errorOf(
                 [&] { return posix::systemCalls().fchmod(end_.get(), old.st_mode & posix::kCopiedBits); }));
         }
