@@ -22,9 +22,6 @@ public:
     /// To be called when something of the caller's own is at item(), so that it is removed in the end.
     void setMade() noexcept { made_ = true; }
 
-    /// To be called when the caller has moved it away himself.
-    void setMoved() noexcept { made_ = false; }
-
     /// Renames it over the item: 0, or the error number.
     int moveIntoPlace() noexcept;
 

@@ -25,9 +25,8 @@ CanonicalAbsoluteIRI rootOf(const std::u16string& scheme, const std::u16string& 
     std::u16string iri = scheme + u"://";
     try {
         portable::appendAuthority(authority, iri);
-        CanonicalAbsoluteIRI root(iri);
-        if (!root.hasParent()) {
-            return root;
+        if (authority.find(u'/') == std::u16string::npos) {
+            return CanonicalAbsoluteIRI(iri);
         }
     } catch (const InvalidIRIException&) {
         // said below

@@ -86,4 +86,18 @@ TEST_P(ProviderConformance, WhatIsListedMayBeRemoved) {
     EXPECT_EQ(list(u""), Names{});
 }
 
+TEST_P(ProviderConformance, AFolderThatGoesWhileItsTreeIsListedIsPassedOver) {
+    PKGCORE_SKIP_UNLESS(traits().createsFolders && traits().removes);
+    for (const std::u16string path : {u"a/x", u"b/y", u"c/z"}) {
+        folder(path).createFolderRecursive();
+    }
+    Names names;
+    vfs::Listing listing = folder(u"").listAllRecursive(u"");
+    for (const vfs::ListEntry& entry : listing) {
+        names.push_back(entry.getLocation().getName());
+        if (names.back() == u"b") folder(u"b").removeFolder(FolderRemovalPolicy::WithContents);
+    }
+    EXPECT_EQ(names, (Names{u"a", u"x", u"b", u"c", u"z"}));
+}
+
 }  // namespace foundation::storage::conformance

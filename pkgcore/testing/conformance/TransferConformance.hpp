@@ -2,6 +2,8 @@
 
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
+#include <boost/date_time/posix_time/posix_time.hpp>
+
 namespace foundation::storage::conformance {
 
 TEST_P(ProviderConformance, ACopyHasTheContentOfItsSource) {
@@ -191,7 +193,7 @@ TEST_P(ProviderConformance, WhatIsMovedKeepsItsTime) {
 }
 
 TEST_P(ProviderConformance, FilesGoFromStoreToStore) {
-    PKGCORE_SKIP_UNLESS(movesTrees() && moves());
+    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
     const Workplace other(GetParam().makeGround());
     folder(u"d/e").createFolderRecursive();
     ASSERT_TRUE(write(u"d/e/f", someBytes(300'000)));

@@ -13,7 +13,7 @@ ListingSource::ListingSource(Spot folder, vfs::StorageSystemReference storage, s
 const vfs::ListEntry* ListingSource::next() {
     if (entersNext_) {
         entersNext_ = false;
-        walk_.enter();
+        walk_.enterIfThere();
     }
     TreeWalk::Step step = walk_.next();
     for (; step != TreeWalk::Step::End; step = walk_.next()) {
@@ -28,7 +28,7 @@ const vfs::ListEntry* ListingSource::next() {
             return &*entry_;
         }
         if (isTree) {
-            walk_.enter();
+            walk_.enterIfThere();
         }
     }
     return nullptr;

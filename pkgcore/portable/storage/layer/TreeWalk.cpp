@@ -1,5 +1,7 @@
 #include <pkgcore/portable/storage/layer/TreeWalk.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
+
 namespace foundation::storage::portable {
 
 TreeWalk::TreeWalk(Spot root) { levels_.push_back(open(std::move(root))); }
@@ -10,6 +12,16 @@ TreeWalk::Level TreeWalk::open(Spot folder) {
 }
 
 void TreeWalk::enter() { levels_.push_back(open(spot())); }
+
+void TreeWalk::enterIfThere() {
+    try {
+        enter();
+    } catch (const vfs::Exception& failure) {
+        if (failure.getErrorCode() != vfs::ErrorCode::NotFound) {
+            throw;
+        }
+    }
+}
 
 TreeWalk::Step TreeWalk::next() {
     Level& level = levels_.back();

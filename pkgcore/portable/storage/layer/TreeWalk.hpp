@@ -26,6 +26,9 @@ public:
     /// Goes into the folder that it stands on.
     void enter();
 
+    /// The same, but goes on behind a folder that is gone.
+    void enterIfThere();
+
 private:
     struct Level {
         Spot folder;

@@ -3,8 +3,8 @@
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include <pkgcore/portable/filesystem/Errors.hpp>
-#include <pkgcore/portable/filesystem/FileTimes.hpp>
 #include <pkgcore/portable/filesystem/Item.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeTraits.hpp>
 
 namespace foundation::storage::portable {
 
@@ -14,8 +14,6 @@ namespace {
 
 /// As the system has it.
 constexpr int kMaxLinks = 40;
-
-constexpr mode_t kWriteBits = 0222;
 
 int readStatusOfTarget(posix::Item item, struct stat& status) {
     return posix::errorOf([&] { return posix::systemCalls().fstatat(item.folder, item.name, &status, 0); });
@@ -48,11 +46,8 @@ std::optional<LocalStatus> localStatus(const std::u16string& path) {
 }
 
 provider::Item itemOf(const LocalStatus& found) {
-    provider::Item item;
-    item.kind = S_ISDIR(found.status.st_mode) ? provider::Kind::Folder : provider::Kind::File;
-    item.isWritable = (found.status.st_mode & kWriteBits) != 0;
+    provider::Item item = nativeItem(found.status);
     item.isLink = found.isLink;
-    item.lastModified = posix::toPtime(found.status.st_mtim);
     return item;
 }
 

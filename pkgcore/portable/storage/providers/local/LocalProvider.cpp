@@ -4,13 +4,14 @@
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/Item.hpp>
-#include <pkgcore/portable/storage/providers/local/LocalErrors.hpp>
 #include <pkgcore/portable/storage/providers/local/LocalItems.hpp>
-#include <pkgcore/portable/storage/providers/local/LocalLister.hpp>
-#include <pkgcore/portable/storage/providers/local/LocalReader.hpp>
-#include <pkgcore/portable/storage/providers/local/LocalRename.hpp>
-#include <pkgcore/portable/storage/providers/local/LocalSibling.hpp>
-#include <pkgcore/portable/storage/providers/local/LocalWriters.hpp>
+#include <pkgcore/portable/storage/providers/native/HeldItem.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeErrors.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeLister.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeMoves.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeReader.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeTraits.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeWriters.hpp>
 
 #include <fcntl.h>
 
@@ -25,11 +26,6 @@ using portable::asStorage;
 using portable::LocalStatus;
 using portable::Purpose;
 
-constexpr mode_t kAllBits = 07777;
-constexpr mode_t kWriteBits = 0222;
-constexpr mode_t kOwnerWriteBit = 0200;
-constexpr std::size_t kLongestName = 255;
-
 std::u16string nativePath(const Path& path) { return u'/' + path.text(); }
 
 LocalStatus require(const std::u16string& path) {
@@ -40,60 +36,24 @@ LocalStatus require(const std::u16string& path) {
     return *found;
 }
 
-/// Removes what a failed copy has left, which is the lesser news.
-void removeRemains(const std::u16string& path) noexcept {
-    try {
-        fs::remove_all(path);
-    } catch (const std::exception&) {
+posix::FileDescriptor openLocal(const std::u16string& path, int flags) {
+    const posix::Place place(path);
+    posix::FileDescriptor opened =
+        posix::openAt(place.orThrow().directory(), place.path(), flags | O_RDONLY | O_NOCTTY);
+    if (!opened.isOpen()) {
+        posix::throwError(errno, path);
     }
+    return opened;
 }
 
-void putInPlace(const std::u16string& made, const std::u16string& to, ReplacementPolicy policy) {
-    if (policy == ReplacementPolicy::FailIfExists) {
-        portable::moveNew(made, to);
-    } else {
-        portable::moveOver(made, to);
-    }
-}
-
-void copyLocal(const std::u16string& from, const std::u16string& to, ReplacementPolicy policy) {
-    const bool isFolder = S_ISDIR(require(from).status.st_mode);
-    const std::u16string source = portable::resolvedLink(from);
-    const std::u16string copy = portable::localSibling(to);
-    try {
-        if (isFolder) {
-            fs::copy_directory(source, copy);
-        } else {
-            fs::copy_file(source, copy, fs::copy_option::fail_if_exists);
-        }
-        putInPlace(copy, to, policy);
-    } catch (...) {
-        removeRemains(copy);
-        throw;
-    }
+bool leadsToFolder(const std::u16string& path) {
+    const std::optional<LocalStatus> found = portable::localStatus(path);
+    return found && S_ISDIR(found->status.st_mode);
 }
 
 class LocalProvider : public Provider {
 public:
-    Traits traits() const override {
-        Traits traits;
-        traits.readsAt = true;
-        traits.writes = true;
-        traits.appends = true;
-        traits.createsFolders = true;
-        traits.removes = true;
-        traits.removesTrees = true;
-        traits.copiesFiles = true;
-        traits.copiesFolders = true;
-        traits.movesFiles = true;
-        traits.movesFolders = true;
-        traits.setsWritable = true;
-        traits.setsLastModified = true;
-        traits.hasByteNames = true;
-        traits.growsInPlace = true;
-        traits.maxNameLength = kLongestName;
-        return traits;
-    }
+    Traits traits() const override { return portable::nativeTraits(); }
 
     std::optional<Item> find(const Path& path) override {
         return asStorage(Purpose::Reading, [&]() -> std::optional<Item> {
@@ -104,24 +64,17 @@ public:
 
     std::unique_ptr<Lister> list(const Path& folder) override {
         return asStorage(Purpose::Reading, [&] {
-            std::u16string native = nativePath(folder);
-            if (!S_ISDIR(require(native).status.st_mode)) {
-                throw fs::NotDirectoryError(native);
-            }
-            return std::make_unique<portable::LocalLister>(std::move(native));
+            const std::u16string native = nativePath(folder);
+            const auto open = [native] { return openLocal(native, O_DIRECTORY); };
+            open();
+            return std::make_unique<portable::NativeLister>(
+                open, [native](const std::u16string& name) { return leadsToFolder(native + u'/' + name); });
         });
     }
 
     std::unique_ptr<Reader> openReader(const Path& file) override {
         return asStorage(Purpose::Reading, [&] {
-            const std::u16string native = nativePath(file);
-            const posix::Place place(native);
-            posix::FileDescriptor opened =
-                posix::openAt(place.orThrow().directory(), place.path(), O_RDONLY | O_NOCTTY);
-            if (!opened.isOpen()) {
-                posix::throwError(errno, native);
-            }
-            return std::make_unique<portable::LocalReader>(std::move(opened));
+            return std::make_unique<portable::NativeReader>(openLocal(nativePath(file), 0));
         });
     }
 
@@ -132,11 +85,11 @@ public:
             if (found && S_ISDIR(found->status.st_mode)) {
                 throw fs::FileExistsError(native);
             }
-            const bool isRegular = !found || S_ISREG(found->status.st_mode);
-            if (found && (mode == WriteMode::Append || !isRegular)) {
-                return portable::appendToLocalFile(native);
+            portable::HeldItem item = portable::heldItem(native);
+            if (found && (mode == WriteMode::Append || !S_ISREG(found->status.st_mode))) {
+                return portable::appendToFile(std::move(item));
             }
-            return portable::replaceLocalFile(native, mode != WriteMode::CreateNew);
+            return portable::replaceFile(std::move(item), mode != WriteMode::CreateNew);
         });
     }
 
@@ -153,19 +106,25 @@ public:
     }
 
     void copy(const Path& from, const Path& to, ReplacementPolicy policy) override {
-        asStorage(Purpose::Creating, [&] { copyLocal(nativePath(from), nativePath(to), policy); });
+        asStorage(Purpose::Creating, [&] {
+            const portable::HeldItem source = portable::heldItem(portable::resolvedLink(nativePath(from)));
+            const portable::HeldItem target = portable::heldItem(nativePath(to));
+            portable::copyItem(source.item(), target.item(), policy, posix::Times::New);
+        });
     }
 
     void move(const Path& from, const Path& to, ReplacementPolicy policy) override {
-        asStorage(Purpose::Creating, [&] { putInPlace(nativePath(from), nativePath(to), policy); });
+        asStorage(Purpose::Creating, [&] {
+            const portable::HeldItem source = portable::heldItem(nativePath(from));
+            const portable::HeldItem target = portable::heldItem(nativePath(to));
+            portable::moveItem(source.item(), target.item(), policy);
+        });
     }
 
-    // Only the owner gets the right back: whoever else had it is not known any more.
     void setWritable(const Path& path, bool isWritable) override {
         asStorage(Purpose::Reading, [&] {
             const std::u16string native = nativePath(path);
-            const mode_t bits = require(native).status.st_mode & kAllBits;
-            fs::permissions(native, isWritable ? bits | kOwnerWriteBit : bits & ~kWriteBits);
+            fs::permissions(native, portable::markedMode(require(native).status.st_mode, isWritable));
         });
     }
 

@@ -8,10 +8,10 @@ namespace foundation::storage::portable {
 /// Reads an open file of the host up to the end that it had when it was opened, so that one who appends to it
 /// is not seen; one that is replaced is not seen anyway. A file of /proc, and what is no regular file, is
 /// read until it ends.
-class LocalReader : public provider::Reader {
+class NativeReader : public provider::Reader {
 public:
     /// NotFound for a folder.
-    explicit LocalReader(fl::filesystem::posix::FileDescriptor file);
+    explicit NativeReader(fl::filesystem::posix::FileDescriptor file);
 
     std::size_t read(char* out, std::size_t count) override;
     std::size_t readAt(std::uint64_t offset, char* out, std::size_t count) override;

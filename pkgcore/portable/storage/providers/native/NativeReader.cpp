@@ -1,9 +1,9 @@
-#include <pkgcore/portable/storage/providers/local/LocalReader.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeReader.hpp>
 
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/Item.hpp>
-#include <pkgcore/portable/storage/providers/local/LocalErrors.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeErrors.hpp>
 
 #include <algorithm>
 
@@ -21,7 +21,7 @@ void throwIfFailed(int error) {
 
 }  // namespace
 
-LocalReader::LocalReader(posix::FileDescriptor file) : file_(std::move(file)) {
+NativeReader::NativeReader(posix::FileDescriptor file) : file_(std::move(file)) {
     asStorage(Purpose::Reading, [this] {
         struct stat status;
         throwIfFailed(posix::readStatus(file_.get(), status));
@@ -40,7 +40,7 @@ LocalReader::LocalReader(posix::FileDescriptor file) : file_(std::move(file)) {
     });
 }
 
-void LocalReader::goTo(std::uint64_t offset) {
+void NativeReader::goTo(std::uint64_t offset) {
     if (offset == here_) {
         return;
     }
@@ -50,7 +50,7 @@ void LocalReader::goTo(std::uint64_t offset) {
 }
 
 /// What is no regular file gives what it has, without waiting for more.
-std::size_t LocalReader::readHere(char* out, std::size_t count) {
+std::size_t NativeReader::readHere(char* out, std::size_t count) {
     std::size_t done = 0;
     while (done < count) {
         const ssize_t taken = posix::readSome(file_.get(), out + done, count - done);
@@ -64,7 +64,7 @@ std::size_t LocalReader::readHere(char* out, std::size_t count) {
     return done;
 }
 
-std::size_t LocalReader::readAt(std::uint64_t offset, char* out, std::size_t count) {
+std::size_t NativeReader::readAt(std::uint64_t offset, char* out, std::size_t count) {
     return asStorage(Purpose::Reading, [&]() -> std::size_t {
         const std::uint64_t left = !size_ ? count : offset < *size_ ? *size_ - offset : 0;
         if (left == 0) {
@@ -75,7 +75,7 @@ std::size_t LocalReader::readAt(std::uint64_t offset, char* out, std::size_t cou
     });
 }
 
-std::size_t LocalReader::read(char* out, std::size_t count) {
+std::size_t NativeReader::read(char* out, std::size_t count) {
     const std::size_t taken = readAt(next_, out, count);
     next_ += taken;
     return taken;

@@ -1,4 +1,4 @@
-#include <pkgcore/portable/storage/providers/local/LocalErrors.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeErrors.hpp>
 
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/storage/Exceptions.hpp>
