@@ -1,5 +1,6 @@
 #include <pkgcore/portable/storage/layer/Staging.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/filesystem/RandomName.hpp>
 #include <pkgcore/portable/storage/layer/Removal.hpp>
 
@@ -42,13 +43,33 @@ private:
     bool moved_ = false;
 };
 
+/// A failure at the temporary place, or below it, is one at the place that was asked for.
+[[noreturn]] void rethrowAt(const Spot& to, const Spot& stage, const vfs::Exception& failure) {
+    const std::u16string& location = failure.getLocation().toString();
+    const std::u16string& temporary = stage.iri().toString();
+    if (location.compare(0, temporary.size(), temporary) != 0) {
+        throw failure;
+    }
+    std::u16string meant = to.iri().toString() + location.substr(temporary.size());
+    throw vfs::Exception(failure.getErrorCode(), failure.what(),
+                         vfs::AbsoluteIRI(vfs::CheckedIRI{std::move(meant)}));
+}
+
+void makeAndMove(const Spot& to, ReplacementPolicy policy, const Making& make) {
+    Stage stage(to);
+    try {
+        make(stage.spot(), ReplacementPolicy::FailIfExists);
+    } catch (const vfs::Exception& failure) {
+        rethrowAt(to, stage.spot(), failure);
+    }
+    stage.moveTo(to, policy);
+}
+
 }  // namespace
 
 void place(const Spot& to, Kind kind, ReplacementPolicy policy, const Making& make) {
     if (movesNatively(to.traits(), kind)) {
-        Stage stage(to);
-        make(stage.spot(), ReplacementPolicy::FailIfExists);
-        stage.moveTo(to, policy);
+        makeAndMove(to, policy, make);
         return;
     }
     if (kind == Kind::Folder && policy == ReplacementPolicy::ReplaceExisting) {

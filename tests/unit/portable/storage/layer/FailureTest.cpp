@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 
 using namespace foundation::storage;
@@ -178,6 +179,29 @@ TEST_F(StorageFailure, HasTheLocationAndAKnownCode) {
             EXPECT_STREQ(failure.what(), "on demand");
         }
     }
+}
+
+std::u16string locationOfFailure(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const vfs::Exception& failure) {
+        return failure.getLocation().toString();
+    }
+    return u"(none)";
+}
+
+TEST_F(StorageFailure, OfACopyNamesThePlaceThatWasAskedFor) {
+    const Workplace place = store();
+    place.folder(u"d/e").createFolderRecursive();
+    ASSERT_TRUE(place.write(u"d/e/f", "text"));
+    ASSERT_TRUE(place.write(u"g", "text"));
+    EXPECT_EQ(locationOfFailure([&] { place.file(u"g").copyFile(place.file(u"missing/h"), kFail); }),
+              u"conformance://store/missing/h");
+    faults_.commitsUntilFailure = 0;
+    EXPECT_EQ(locationOfFailure([&] { place.folder(u"d").copyFolder(place.folder(u"to"), kFail); }),
+              u"conformance://store/to/e/f");
+    EXPECT_EQ(locationOfFailure([&] { place.file(u"missing").copyFile(place.file(u"h"), kFail); }),
+              u"conformance://store/missing");
 }
 
 TEST_F(StorageFailure, OfACopyLeavesTheOldDestinationAndNothingElse) {
