@@ -22,9 +22,11 @@ namespace opc {
 ///   any write bit is set, else read-only.
 /// - copy treats ExistsMode::Fail as ExistsMode::Ignore: in both, what exists at the destination is a
 ///   failure, a folder where a folder is copied included. rename replaces what is at the destination, a
-///   folder with its contents included.
-/// - setLastModifiedTime of a missing item and getFiles of an empty path are failures, as for any other
-///   operation; opening a stream that way is io_error, whatever the reason, unless the IRI itself is refused.
+///   folder with its contents included. Onto or into itself neither does anything but fail (rename onto the
+///   very same place succeeds); a file never replaces a folder nor a folder a file.
+/// - setLastModifiedTime of a missing item and getFiles of an empty path are failures, whatever the time.
+/// - A stream that cannot be opened is io_error without a description, whatever the reason, unless the IRI
+///   itself is refused.
 /// - normalizePath makes an IRI with the scheme "file" of a native path. getTempName takes an IRI for the
 ///   folder, and looks for a free name until it finds one or the look-up fails.
 class PKGCORE_API VirtualFileSystemOps : public FileSystemOps {
