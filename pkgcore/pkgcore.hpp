@@ -10,6 +10,7 @@
 #include <pkgcore/filesystem/FileSystemOpsSelector.hpp>
 #include <pkgcore/filesystem/LocalFileSystemOps.hpp>
 #include <pkgcore/filesystem/PathHelpers.hpp>
+#include <pkgcore/filesystem/VirtualFileSystemOps.hpp>
 #include <pkgcore/streams/ByteArrayInAdaptor.hpp>
 #include <pkgcore/streams/ByteArrayOutAdaptor.hpp>
 #include <pkgcore/streams/COMIStreamInAdaptor.hpp>

@@ -16,6 +16,7 @@
 namespace opc {
 
 /// What copy does about a destination that exists. Any other value counts as Ignore.
+/// With IRIs, Ignore is as Fail is.
 enum ExistsMode : std::uint32_t {
     Ignore = 0,   ///< a file there is an error; a folder there is copied into
     Fail = 1,     ///< a file or a folder there is an error
@@ -42,8 +43,8 @@ struct Perms {
 };
 
 /// One interface to files and folders, whatever kind of storage a path names: native paths
-/// (LocalFileSystemOps) or IRIs of a virtual storage system. FileSystemOpsSelector hands out the one that
-/// fits a path.
+/// (LocalFileSystemOps) or IRIs of a virtual storage system (VirtualFileSystemOps, which says where IRIs
+/// differ from what is said here). FileSystemOpsSelector hands out the one that fits a path.
 ///
 /// **Failures.** An operation with a trailing `error_code&` clears it first, never throws, and on failure
 /// returns a neutral value: an empty string, false, Perms::NotKnown, not_a_date_time, an empty pointer. The

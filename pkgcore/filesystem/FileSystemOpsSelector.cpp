@@ -2,17 +2,25 @@
 
 #include <pkgcore/core/Exception.hpp>
 #include <pkgcore/filesystem/LocalFileSystemOps.hpp>
+#include <pkgcore/filesystem/VirtualFileSystemOps.hpp>
 #include <pkgcore/platform/storage/IRIPrefix.hpp>
 
 namespace opc {
 
 /// The owners of the back ends. In this order: the virtual one goes first when the last handle does.
 struct FileSystemOpsSelector::Impl {
+    Impl() = default;
+    explicit Impl(const foundation::storage::vfs::StorageSystemReference& storage)
+        : virtualOps(std::make_unique<VirtualFileSystemOps>(storage)) {}
+
     std::unique_ptr<FileSystemOps> localOps = std::make_unique<LocalFileSystemOps>();
     std::unique_ptr<FileSystemOps> virtualOps;
 };
 
 FileSystemOpsSelector::FileSystemOpsSelector() : impl_(std::make_shared<Impl>()) {}
+
+FileSystemOpsSelector::FileSystemOpsSelector(const foundation::storage::vfs::StorageSystemReference& storage)
+    : impl_(std::make_shared<Impl>(storage)) {}
 
 FileSystemOpsSelector::FileSystemOpsSelector(const FileSystemOpsSelector& other) = default;
 FileSystemOpsSelector::FileSystemOpsSelector(FileSystemOpsSelector&& other) noexcept = default;

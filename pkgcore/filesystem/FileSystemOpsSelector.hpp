@@ -3,6 +3,7 @@
 #include <pkgcore/core/Export.hpp>
 #include <pkgcore/core/Ustring.hpp>
 #include <pkgcore/filesystem/FileSystemOps.hpp>
+#include <pkgcore/platform/storage/StorageSystemReference.hpp>
 
 #include <memory>
 
@@ -17,6 +18,9 @@ class PKGCORE_API FileSystemOpsSelector {
 public:
     /// For native paths only.
     FileSystemOpsSelector();
+
+    /// For native paths, and for IRIs of `storage`, which is kept alive as long as any of these handles.
+    explicit FileSystemOpsSelector(const foundation::storage::vfs::StorageSystemReference& storage);
 
     FileSystemOpsSelector(const FileSystemOpsSelector& other);
     FileSystemOpsSelector(FileSystemOpsSelector&& other) noexcept;

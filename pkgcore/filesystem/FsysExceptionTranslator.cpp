@@ -1,11 +1,10 @@
 #include <pkgcore/filesystem/FsysExceptionTranslator.hpp>
 
 #include <pkgcore/core/FailureText.hpp>
+#include <pkgcore/filesystem/Translated.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 
 #include <boost/filesystem/exception.hpp>
-
-#include <exception>
 
 namespace opc::detail {
 
@@ -26,8 +25,10 @@ void report(const fl::filesystem::FsysExceptionBase& failure, errc::errc_t code,
     report(failure, errc::make_error_code(code), msg, ec);
 }
 
+}  // namespace
+
 // One handler per type, the first match wins: the order is part of the contract.
-void rethrowAndReport(std::string& msg, error_code& ec) {
+void translateFsysException(std::string& msg, error_code& ec) {
     using namespace fl::filesystem;
     try {
         throw;
@@ -59,20 +60,7 @@ void rethrowAndReport(std::string& msg, error_code& ec) {
         ec = failure.code();
         msg = failure.what();
     } catch (...) {
-        ec = errc::make_error_code(errc::io_error);
-        msg = "Unknown error";
-    }
-}
-
-}  // namespace
-
-void translateFsysException(std::string& msg, error_code& ec) noexcept {
-    try {
-        rethrowAndReport(msg, ec);
-    } catch (...) {
-        // Only describing can fail here, and the code stands by then: better a failure without words than a
-        // dead process.
-        msg.clear();
+        reportUnknownFailure(msg, ec);
     }
 }
 

@@ -6,8 +6,8 @@
 
 namespace opc::detail {
 
-/// Turns the exception being handled into a description and a code; call it inside a catch-all only. Never
-/// throws: if memory for the description is short, the code is set all the same.
-void translateFsysException(std::string& msg, boost::system::error_code& ec) noexcept;
+/// Turns the exception being handled into a description and a code; call it inside a catch-all only (see
+/// Translated). Throws only where describing fails; the code is set by then.
+void translateFsysException(std::string& msg, boost::system::error_code& ec);
 
 }  // namespace opc::detail

@@ -4,6 +4,8 @@
 #include <pkgcore/filesystem/FsysExceptionTranslator.hpp>
 #include <pkgcore/filesystem/NativeForm.hpp>
 #include <pkgcore/filesystem/PathHelpers.hpp>
+#include <pkgcore/filesystem/RelativeText.hpp>
+#include <pkgcore/filesystem/Translated.hpp>
 #include <pkgcore/platform/filesystem/DirectoryIterator.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/FileStreams.hpp>
@@ -26,26 +28,8 @@ namespace fsys = fl::filesystem;
 
 namespace {
 
-/// Runs `operation`; whatever it throws becomes `msg` and `ec`, and the result is `neutral`.
-template <typename Result, typename Operation>
-Result translated(Result neutral, std::string& msg, error_code& ec, Operation operation) {
-    try {
-        return operation();
-    } catch (...) {
-        detail::translateFsysException(msg, ec);
-        return neutral;
-    }
-}
-
-/// The same for operations without a result.
-template <typename Operation>
-void translated(std::string& msg, error_code& ec, Operation operation) {
-    try {
-        operation();
-    } catch (...) {
-        detail::translateFsysException(msg, ec);
-    }
-}
+// NOLINTNEXTLINE(readability-identifier-naming): called like a function
+constexpr detail::Translated<detail::translateFsysException> translated;
 
 void requireNonEmpty(const ustring& path) {
     if (path.empty()) {
@@ -132,8 +116,7 @@ ustring LocalFileSystemOps::doAppendPath(const ustring& base, const ustring& toA
                                          error_code& ec) {
     return translated(ustring(), msg, ec, [&] {
         ustring joined = detail::nativeForm(base);
-        // One leading slash and no more: of two, the second is appended.
-        const ustring rest = toAppend.substr(!toAppend.empty() && toAppend.front() == u'/' ? 1 : 0);
+        const ustring rest = detail::relativeText(toAppend);
         if (!rest.empty()) {
             joined = fsys::detail::concatenate_pathname(joined, rest, true);
         }

@@ -64,7 +64,7 @@ TEST_F(SelectorContract, APathWithoutAnIRIPrefixIsLocal) {
 }
 
 TEST_F(SelectorContract, AnIRIPathIsRefused) {
-    platform.hasIRIPrefix.at(u"x").returns(true);
+    platform.storage.hasIRIPrefix.at(u"x").returns(true);
     expectNoVirtualSupport([&] { selector.getForPath(u"x"); });
     EXPECT_EQ(platform.calls(), Calls{"hasIRIPrefix('x')"});
 }

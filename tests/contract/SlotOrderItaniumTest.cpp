@@ -3,6 +3,7 @@
 
 #include <pkgcore/filesystem/FileSystemOps.hpp>
 #include <pkgcore/filesystem/LocalFileSystemOps.hpp>
+#include <pkgcore/filesystem/VirtualFileSystemOps.hpp>
 
 #include "tests/support/SlotItanium.hpp"
 
@@ -60,8 +61,9 @@ TEST(SlotOrder, OfTheInterfaceIsFixed) {
     EXPECT_EQ(Opened<opc::FileSystemOps>::slots(), afterTheDestructor());
 }
 
-TEST(SlotOrder, OfTheLocalBackEndIsThatOfTheInterface) {
+TEST(SlotOrder, OfTheBackEndsIsThatOfTheInterface) {
     EXPECT_EQ(Opened<opc::LocalFileSystemOps>::slots(), afterTheDestructor());
+    EXPECT_EQ(Opened<opc::VirtualFileSystemOps>::slots(), afterTheDestructor());
 }
 
 }  // namespace

@@ -160,6 +160,9 @@ TEST_P(FaultTest, ShortTransfersAreNoFailure) {
 INSTANTIATE_TEST_SUITE_P(Every, FaultTest, ::testing::ValuesIn(operations()),
                          [](const auto& one) { return one.param.name; });
 
+INSTANTIATE_TEST_SUITE_P(Storage, FaultTest, ::testing::ValuesIn(storageOperations()),
+                         [](const auto& one) { return one.param.name; });
+
 TEST(FaultyCallsTest, LeaveOutNoEntryOfTheTable) {
     const FaultyCalls faulty(Fault{});
     EXPECT_EQ(0, callsPastTheFaults());

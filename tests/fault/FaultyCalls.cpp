@@ -108,6 +108,7 @@ SystemCalls faultyTable() {
     table.close = faultyClose;
     table.sync = [] { kHostCalls.sync(); };  // cannot fail
     makeFaulty<&SystemCalls::openat>(table, "openat");
+    makeFaulty<&SystemCalls::openat2>(table, "openat2");
     makeFaulty<&SystemCalls::read>(table, "read");
     makeFaulty<&SystemCalls::write>(table, "write");
     makeFaulty<&SystemCalls::lseek>(table, "lseek");
@@ -120,6 +121,7 @@ SystemCalls faultyTable() {
     makeFaulty<&SystemCalls::mkdirat>(table, "mkdirat");
     makeFaulty<&SystemCalls::unlinkat>(table, "unlinkat");
     makeFaulty<&SystemCalls::renameat>(table, "renameat");
+    makeFaulty<&SystemCalls::renameat2>(table, "renameat2");
     makeFaulty<&SystemCalls::symlinkat>(table, "symlinkat");
     makeFaulty<&SystemCalls::readlinkat>(table, "readlinkat");
     makeFaulty<&SystemCalls::fchmod>(table, "fchmod");
@@ -154,6 +156,7 @@ SystemCalls interruptedTable() {
                          : Faulty<&SystemCalls::getdents64>::interruptedTwice(folder, records, size);
     };
     makeInterrupted<&SystemCalls::openat>(table);
+    makeInterrupted<&SystemCalls::openat2>(table);
     makeInterrupted<&SystemCalls::read>(table);
     makeInterrupted<&SystemCalls::write>(table);
     makeInterrupted<&SystemCalls::ftruncate>(table);

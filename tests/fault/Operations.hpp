@@ -51,6 +51,9 @@ struct ReportedFailure {};
 
 std::vector<Operation> operations();
 
+/// The same for stores over files of the machine, through virtual storage.
+std::vector<Operation> storageOperations();
+
 void PrintTo(const Operation& operation, std::ostream* out);
 
 }  // namespace test

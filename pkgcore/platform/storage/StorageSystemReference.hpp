@@ -7,6 +7,7 @@
 
 namespace foundation::storage::vfs {
 
+/// What is mounted where; known to the platform alone.
 class StorageSystem;
 
 /// A handle to an immutable virtual storage system: cheap to copy, shared by count, usable from any thread.
@@ -15,6 +16,9 @@ class PKGCORE_PLATFORM_API StorageSystemReference {
 public:
     explicit StorageSystemReference(std::shared_ptr<const StorageSystem> system)
         : system_(std::move(system)) {}
+
+    /// The system; null only in a handle that was moved from.
+    const StorageSystem* get() const noexcept { return system_.get(); }
 
 private:
     std::shared_ptr<const StorageSystem> system_;

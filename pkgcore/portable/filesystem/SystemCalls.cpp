@@ -19,6 +19,17 @@ int hostOpenat(int directory, const char* path, int flags, mode_t mode) {
     return ::openat(directory, path, flags, mode);
 }
 
+// Linux 5.6 has it, on all architectures under one number.
+#if defined(SYS_openat2)
+constexpr long kOpenat2 = SYS_openat2;
+#else
+constexpr long kOpenat2 = 437;
+#endif
+
+int hostOpenat2(int directory, const char* path, const open_how* how) {
+    return static_cast<int>(::syscall(kOpenat2, directory, path, how, sizeof *how));
+}
+
 int hostFiclone(int to, int from) { return ::ioctl(to, FICLONE, from); }
 
 // The same number on every architecture but Alpha; older headers do not know it.
@@ -48,10 +59,10 @@ ssize_t hostGetdents64(int directory, void* records, size_t size) {
 }  // namespace
 
 const SystemCalls kHostCalls = {
-    hostOpenat,  ::close,      ::read,    ::write,        ::lseek,     ::ftruncate, ::fallocate,
-    hostFiclone, ::fstat,      ::fstatat, hostGetdents64, ::mkdirat,   ::unlinkat,  ::renameat,
-    ::symlinkat, ::readlinkat, ::fchmod,  hostFchmodat,   ::utimensat, ::futimens,  ::syncfs,
-    ::sync,      ::getrandom,  ::getcwd,  ::fdopen,
+    hostOpenat,  hostOpenat2, ::close,     ::read,       ::write,        ::lseek,      ::ftruncate,
+    ::fallocate, hostFiclone, ::fstat,     ::fstatat,    hostGetdents64, ::mkdirat,    ::unlinkat,
+    ::renameat,  ::renameat2, ::symlinkat, ::readlinkat, ::fchmod,       hostFchmodat, ::utimensat,
+    ::futimens,  ::syncfs,    ::sync,      ::getrandom,  ::getcwd,       ::fdopen,
 };
 
 std::atomic<const SystemCalls*> callsInForce{&kHostCalls};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -14,6 +15,7 @@ namespace fl::filesystem::posix {
 /// and errno are those of the system; EINTR is dealt with by the helpers in SystemCallHelpers.hpp.
 struct SystemCalls {
     int (*openat)(int directory, const char* path, int flags, mode_t mode);
+    int (*openat2)(int directory, const char* path, const open_how* how);
     int (*close)(int descriptor);
     ssize_t (*read)(int descriptor, void* bytes, size_t count);
     ssize_t (*write)(int descriptor, const void* bytes, size_t count);
@@ -27,6 +29,7 @@ struct SystemCalls {
     int (*mkdirat)(int directory, const char* path, mode_t mode);
     int (*unlinkat)(int directory, const char* path, int flags);
     int (*renameat)(int fromDirectory, const char* from, int toDirectory, const char* to);
+    int (*renameat2)(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags);
     int (*symlinkat)(const char* target, int directory, const char* path);
     ssize_t (*readlinkat)(int directory, const char* path, char* text, size_t size);
     int (*fchmod)(int descriptor, mode_t mode);

@@ -44,7 +44,7 @@ public:
     /// Reads this folder from its beginning once more.
     void restart();
 
-    /// The paths of the folder and of the entry, below that of the root.
+    /// The paths of the folder and of the entry, below that of the root, which may be empty.
     std::u16string folderPath(const std::u16string& root) const { return path(root, readers_.size() - 1); }
     std::u16string entryPath(const std::u16string& root) const { return path(root, readers_.size()); }
 

@@ -4,6 +4,7 @@
 
 #include "tests/support/scripted_platform/Answers.hpp"
 #include "tests/support/scripted_platform/Show.hpp"
+#include "tests/support/scripted_platform/StorageScript.hpp"
 
 #include <cstdio>
 #include <ios>
@@ -125,8 +126,8 @@ public:
     Answers<boost::posix_time::ptime> from_utc;
     Answers<boost::posix_time::ptime> to_utc;
 
-    // foundation::storage::vfs
-    Answers<bool> hasIRIPrefix;
+    // foundation::storage
+    StorageScript storage;
 
 private:
     Calls calls_;

@@ -1,0 +1,15 @@
+#include <pkgcore/platform/storage/Existence.hpp>
+
+#include <pkgcore/portable/storage/layer/StorageSystem.hpp>
+
+namespace foundation::storage::vfs {
+
+ExistenceType exists(const CanonicalAbsoluteIRI& location, StorageSystemReference storage) {
+    const std::optional<provider::Item> found = portable::findSpot(location, storage).find();
+    if (!found) {
+        return ExistenceType::Nothing;
+    }
+    return found->kind == provider::Kind::File ? ExistenceType::File : ExistenceType::Folder;
+}
+
+}  // namespace foundation::storage::vfs

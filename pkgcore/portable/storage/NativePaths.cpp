@@ -1,0 +1,52 @@
+#include <pkgcore/platform/storage/NativePaths.hpp>
+
+#include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/storage/iri/IRIText.hpp>
+#include <pkgcore/portable/storage/iri/PercentEncoding.hpp>
+
+#include <algorithm>
+#include <string_view>
+
+namespace foundation::storage::vfs {
+
+namespace {
+
+constexpr std::size_t kAuthorityMarkLength = 2;
+
+bool beginsWithAuthorityMark(std::u16string_view path) noexcept {
+    const std::u16string_view mark = path.substr(0, kAuthorityMarkLength);
+    return mark == u"//" || mark == u"\\\\";
+}
+
+}  // namespace
+
+AbsoluteIRI toAbsoluteIRI(const std::u16string& scheme, const std::u16string& path) {
+    std::u16string_view rest = path;
+    std::u16string iri = scheme + u"://";
+    if (beginsWithAuthorityMark(rest)) {
+        rest.remove_prefix(kAuthorityMarkLength);
+        const std::size_t end = std::min(rest.find(u'/'), rest.size());
+        portable::appendAuthority(rest.substr(0, end), iri);
+        rest.remove_prefix(end);
+    }
+    if (rest.empty() || rest.front() != u'/') {
+        iri += u'/';
+    }
+    portable::appendPath(rest, scheme, iri);
+    return AbsoluteIRI(iri);
+}
+
+std::u16string fromAbsoluteIRI(const AbsoluteIRI& iri) {
+    const portable::IRIParts parts = portable::partsOf(iri.toString());
+    const std::u16string canonical = portable::canonicalIRI(iri.toString());
+    const portable::IRIParts place = portable::partsOf(canonical);
+    if (place.scheme != u"file") {
+        throw UnsupportedIRISchemeException("The scheme has no native paths", std::u16string(parts.scheme));
+    }
+    if (!place.authority.empty()) {
+        throw InvalidIRIException("This host has no native paths with an authority", iri.toString());
+    }
+    return parts.path.empty() ? u"/" : portable::decoded(parts.path);
+}
+
+}  // namespace foundation::storage::vfs

@@ -1,0 +1,53 @@
+#include <pkgcore/platform/storage/Streams.hpp>
+
+#include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/storage/layer/StorageSystem.hpp>
+#include <pkgcore/portable/storage/layer/StreamOpening.hpp>
+
+#include <utility>
+
+namespace foundation::storage::vfs {
+
+namespace {
+
+portable::Spot spotOf(const File& file) {
+    return portable::findSpot(file.getLocation(), file.getStorageSystem());
+}
+
+/// The buffer that `open` gives, or failbit; a scheme that is not mounted passes.
+template <typename Open>
+std::unique_ptr<std::streambuf> openOrFail(std::ios& stream, Open open) {
+    try {
+        std::unique_ptr<std::streambuf> buffer = open();
+        stream.rdbuf(buffer.get());
+        return buffer;
+    } catch (const Exception&) {
+        stream.clear(std::ios_base::failbit);
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+ifstream::ifstream(const File& file, std::ios_base::openmode mode) : std::istream(nullptr) {
+    buffer_ = openOrFail(*this, [&file] { return portable::openForReading(spotOf(file)); });
+    if (buffer_ && (mode & std::ios_base::ate) != 0) {
+        seekg(0, std::ios_base::end);
+    }
+}
+
+ifstream::~ifstream() = default;
+
+ofstream::ofstream(const File& file, std::ios_base::openmode mode) : std::ostream(nullptr) {
+    buffer_ =
+        openOrFail(*this, [&] { return portable::openForWriting(spotOf(file), mode | std::ios_base::out); });
+}
+
+ofstream::~ofstream() {
+    auto* const buffer = static_cast<portable::WriteBuffer*>(buffer_.get());
+    if (buffer != nullptr && good() && !buffer->isUnwinding()) {
+        buffer->publish();
+    }
+}
+
+}  // namespace foundation::storage::vfs

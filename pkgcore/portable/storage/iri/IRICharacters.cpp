@@ -1,0 +1,92 @@
+#include <pkgcore/portable/storage/iri/IRICharacters.hpp>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <string_view>
+
+namespace foundation::storage::portable {
+
+namespace {
+
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+
+/// ucschar below the upper planes.
+constexpr Range kLetters[] = {{0xA0, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFEF}};
+
+/// LRM, RLM, LRE to RLO.
+constexpr Range kDirectionMarks[] = {{0x200E, 0x200F}, {0x202A, 0x202E}};
+
+constexpr std::string_view kHostAscii =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+    "-._~"          // unreserved
+    "!$&'()*+,;=";  // sub-delims
+
+using AsciiSet = std::array<bool, 0x80>;
+
+constexpr AsciiSet setOf(std::string_view characters) {
+    AsciiSet set{};
+    for (const char character : characters) {
+        set[static_cast<std::size_t>(character)] = true;
+    }
+    return set;
+}
+
+constexpr AsciiSet kHostSet = setOf(kHostAscii);
+
+template <std::size_t Count>
+bool isIn(const Range (&ranges)[Count], char32_t point) noexcept {
+    return std::any_of(std::begin(ranges), std::end(ranges),
+                       [point](const Range& range) { return point >= range.first && point <= range.last; });
+}
+
+/// The last two characters of each plane are none, and plane 14 begins with tags.
+bool isUpperLetter(char32_t point) noexcept {
+    return point >= 0x10000 && point < 0xF0000 && (point & 0xFFFF) <= 0xFFFD &&
+           (point < 0xE0000 || point >= 0xE1000);
+}
+
+bool isBeyondAscii(char32_t point) noexcept {
+    return (isIn(kLetters, point) && !isIn(kDirectionMarks, point)) || isUpperLetter(point);
+}
+
+}  // namespace
+
+bool isAsciiLetter(char32_t point) noexcept {
+    return (point >= U'a' && point <= U'z') || (point >= U'A' && point <= U'Z');
+}
+
+bool isAsciiDigit(char32_t point) noexcept { return point >= U'0' && point <= U'9'; }
+
+bool isSchemeCharacter(char32_t point) noexcept {
+    return isAsciiLetter(point) || isAsciiDigit(point) || point == U'+' || point == U'-' || point == U'.';
+}
+
+bool isHostCharacter(char32_t point) noexcept {
+    return point < kHostSet.size() ? kHostSet[point] : isBeyondAscii(point);
+}
+
+bool isSegmentCharacter(char32_t point) noexcept {
+    return isHostCharacter(point) || point == U':' || point == U'@';
+}
+
+bool isAddressCharacter(char32_t point) noexcept {
+    return hexDigitValue(point) >= 0 || point == U':' || point == U'.';
+}
+
+int hexDigitValue(char32_t point) noexcept {
+    if (isAsciiDigit(point)) {
+        return static_cast<int>(point - U'0');
+    }
+    const char32_t letter = point | 0x20;
+    return point < 0x80 && letter >= U'a' && letter <= U'f' ? static_cast<int>(letter - U'a') + 10 : -1;
+}
+
+char16_t lowered(char16_t unit) noexcept {
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
+}
+
+}  // namespace foundation::storage::portable

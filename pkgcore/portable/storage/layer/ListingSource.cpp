@@ -1,0 +1,46 @@
+#include <pkgcore/portable/storage/layer/ListingSource.hpp>
+
+#include <pkgcore/portable/storage/layer/NamePattern.hpp>
+
+namespace foundation::storage::portable {
+
+using provider::Kind;
+
+ListingSource::ListingSource(Spot folder, vfs::StorageSystemReference storage, std::u16string pattern,
+                             Depth depth)
+    : storage_(std::move(storage)), pattern_(std::move(pattern)), depth_(depth), walk_(std::move(folder)) {}
+
+const vfs::ListEntry* ListingSource::next() {
+    if (entersNext_) {
+        entersNext_ = false;
+        walk_.enterIfThere();
+    }
+    TreeWalk::Step step = walk_.next();
+    for (; step != TreeWalk::Step::End; step = walk_.next()) {
+        if (step == TreeWalk::Step::Left) {
+            continue;
+        }
+        const provider::ListItem& item = walk_.item();
+        const bool isTree = item.kind == Kind::Folder && !item.isLink && depth_ == Depth::Tree;
+        if (matches(item.name, pattern_)) {
+            show();
+            entersNext_ = isTree;
+            return &*entry_;
+        }
+        if (isTree) {
+            walk_.enterIfThere();
+        }
+    }
+    return nullptr;
+}
+
+void ListingSource::show() {
+    vfs::CanonicalAbsoluteIRI iri = walk_.spot().iri();
+    if (walk_.item().kind == Kind::File) {
+        entry_.emplace(vfs::File(std::move(iri), storage_));
+    } else {
+        entry_.emplace(vfs::Folder(std::move(iri), storage_));
+    }
+}
+
+}  // namespace foundation::storage::portable

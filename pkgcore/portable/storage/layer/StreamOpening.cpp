@@ -1,0 +1,118 @@
+#include <pkgcore/portable/storage/layer/StreamOpening.hpp>
+
+#include <pkgcore/portable/storage/layer/Content.hpp>
+#include <pkgcore/portable/storage/layer/OverwritingWriter.hpp>
+
+#include <algorithm>
+#include <iterator>
+
+namespace foundation::storage::portable {
+
+using provider::Item;
+using provider::Kind;
+using provider::WriteMode;
+using provider::Writer;
+using vfs::ErrorCode;
+
+namespace {
+
+using OpenMode = std::ios_base::openmode;
+using Position = std::streambuf::off_type;
+
+constexpr OpenMode kIn = std::ios_base::in;
+constexpr OpenMode kOut = std::ios_base::out;
+constexpr OpenMode kTrunc = std::ios_base::trunc;
+constexpr OpenMode kApp = std::ios_base::app;
+
+/// What writing begins with.
+enum class Start : unsigned char { Empty, AtEnd, AtBeginning };
+
+struct ModeStart {
+    OpenMode mode;
+    Start start;
+};
+
+// Combinations that are not here, such as trunc with app, are refused.
+constexpr ModeStart kModeTable[] = {
+    {kOut, Start::Empty},        {kOut | kTrunc, Start::Empty},     {kIn | kOut | kTrunc, Start::Empty},
+    {kOut | kApp, Start::AtEnd}, {kIn | kOut | kApp, Start::AtEnd}, {kIn | kOut, Start::AtBeginning},
+};
+
+Start startOf(const Spot& file, OpenMode mode) {
+    const OpenMode known = mode & (kIn | kOut | kTrunc | kApp);
+    const auto* const row =
+        std::find_if(std::begin(kModeTable), std::end(kModeTable),
+                     [known](const ModeStart& candidate) { return candidate.mode == known; });
+    if (row == std::end(kModeTable)) {
+        file.fail(ErrorCode::NotSupported);
+    }
+    return row->start;
+}
+
+/// Whether there is a file, which may be written then.
+bool checkTarget(const Spot& file) {
+    const std::optional<Item> found = file.find();
+    if (found && found->kind == Kind::Folder) {
+        file.fail(ErrorCode::AlreadyExists);
+    }
+    if (found && !found->isWritable) {
+        file.fail(ErrorCode::AccessDenied);
+    }
+    return found.has_value();
+}
+
+/// The size of a file, by reading it where its store does not know.
+Position sizeOf(const Spot& file, provider::Reader& reader) {
+    if (const std::optional<std::uint64_t> size = reader.size()) {
+        return static_cast<Position>(*size);
+    }
+    char bytes[4096];
+    Position size = 0;
+    while (const std::size_t count = file.located([&] { return reader.read(bytes, sizeof bytes); })) {
+        size += static_cast<Position>(count);
+    }
+    return size;
+}
+
+std::unique_ptr<WriteBuffer> openAtEnd(const Spot& file, bool exists) {
+    const std::unique_ptr<provider::Reader> old = exists ? file.openReader() : nullptr;
+    const bool appends = file.traits().appends;
+    std::unique_ptr<Writer> writer = file.openWriter(appends ? WriteMode::Append : WriteMode::Create);
+    const Position size = old ? sizeOf(file, *old) : 0;
+    if (old && !appends) {
+        pour(file, *file.openReader(), file, *writer);
+    }
+    return std::make_unique<WriteBuffer>(std::move(writer), size, !exists);
+}
+
+std::unique_ptr<WriteBuffer> openAtBeginning(const Spot& file, bool exists, OpenMode mode) {
+    if (!exists) {
+        file.fail(ErrorCode::NotFound);
+    }
+    if ((mode & std::ios_base::ate) != 0) {
+        return openAtEnd(file, true);
+    }
+    return std::make_unique<WriteBuffer>(std::make_unique<OverwritingWriter>(file), 0, false);
+}
+
+}  // namespace
+
+std::unique_ptr<ReadBuffer> openForReading(const Spot& file) {
+    return std::make_unique<ReadBuffer>(file.openReader(), file.traits().readsAt);
+}
+
+std::unique_ptr<WriteBuffer> openForWriting(const Spot& file, OpenMode mode) {
+    const Start start = startOf(file, mode);
+    const bool exists = checkTarget(file);
+    switch (start) {
+        case Start::AtEnd:
+            return openAtEnd(file, exists);
+        case Start::AtBeginning:
+            return openAtBeginning(file, exists, mode);
+        case Start::Empty:
+            break;
+    }
+    return std::make_unique<WriteBuffer>(file.openWriter(WriteMode::Create), 0, true);
+}
+
+}  // namespace foundation::storage::portable

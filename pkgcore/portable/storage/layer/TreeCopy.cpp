@@ -1,0 +1,94 @@
+#include <pkgcore/portable/storage/layer/TreeCopy.hpp>
+
+#include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/storage/layer/Content.hpp>
+#include <pkgcore/portable/storage/layer/TreeWalk.hpp>
+
+namespace foundation::storage::portable {
+
+using provider::Item;
+using provider::Kind;
+using provider::ReplacementPolicy;
+using provider::WriteMode;
+using vfs::ErrorCode;
+
+namespace {
+
+/// After the content, since a folder that is not writable takes none, and writing changes the time.
+void carryMarks(const Item& source, const Spot& to, Carry carry) {
+    const bool hasTime = !source.lastModified.is_special() && !to.traits().timeStep.is_special();
+    if (carry == Carry::Everything && hasTime && to.traits().setsLastModified) {
+        to.setLastModified(source.lastModified);
+    }
+    if (to.traits().setsWritable && to.find().value_or(source).isWritable != source.isWritable) {
+        to.setWritable(source.isWritable);
+    }
+}
+
+void verify(const Spot& from, const Spot& to) {
+    if (!haveSameContent(from, to)) {
+        throw vfs::Exception(ErrorCode::IOError, "The copy differs from its source", to.iri());
+    }
+}
+
+/// Refuses to lose what a move could not take along.
+void refuseLinkedFolder(const TreeWalk& walk, Carry carry) {
+    if (carry == Carry::Everything) {
+        walk.spot().fail(ErrorCode::NotSupported);
+    }
+}
+
+class TreeCopy {
+public:
+    TreeCopy(const Spot& from, const Spot& to, Carry carry) : from_(from), target_(to), carry_(carry) {}
+
+    void run() {
+        target_.createFolder();
+        TreeWalk walk(from_);
+        for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
+            if (step == TreeWalk::Step::Left) {
+                leave(walk);
+            } else if (walk.item().kind == Kind::File) {
+                copyOneFile(walk.spot(), target_.child(walk.item().name), ReplacementPolicy::FailIfExists,
+                            carry_);
+            } else if (walk.item().isLink) {
+                refuseLinkedFolder(walk, carry_);
+            } else {
+                enter(walk);
+            }
+        }
+        carryMarks(from_.require(Kind::Folder), target_, carry_);
+    }
+
+private:
+    void enter(TreeWalk& walk) {
+        target_ = target_.child(walk.item().name);
+        target_.createFolder();
+        walk.enter();
+    }
+
+    void leave(const TreeWalk& walk) {
+        carryMarks(walk.spot().require(Kind::Folder), target_, carry_);
+        target_ = target_.parent();
+    }
+
+    const Spot& from_;
+    Spot target_;
+    Carry carry_;
+};
+
+}  // namespace
+
+void copyOneFile(const Spot& from, const Spot& to, ReplacementPolicy policy, Carry carry) {
+    const Item source = from.require(Kind::File);
+    const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
+    copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
+    if (carry == Carry::Everything) {
+        verify(from, to);
+    }
+    carryMarks(source, to, carry);
+}
+
+void copyTree(const Spot& from, const Spot& to, Carry carry) { TreeCopy(from, to, carry).run(); }
+
+}  // namespace foundation::storage::portable

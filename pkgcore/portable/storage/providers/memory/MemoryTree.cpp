@@ -1,0 +1,317 @@
+#include <pkgcore/portable/storage/providers/memory/MemoryTree.hpp>
+
+#include <pkgcore/platform/storage/Exceptions.hpp>
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+namespace foundation::storage::portable {
+
+using provider::Item;
+using provider::Kind;
+using provider::ListItem;
+using provider::ReplacementPolicy;
+using vfs::ErrorCode;
+
+namespace {
+
+constexpr std::size_t kPageSize = 1024;
+
+[[noreturn]] void fail(ErrorCode code) { throw vfs::Exception(code, vfs::AbsoluteIRI()); }
+
+/// The first name of a path, which goes on behind it.
+std::u16string_view takeName(std::u16string_view& path) {
+    const std::size_t end = std::min(path.find(u'/'), path.size());
+    const std::u16string_view name = path.substr(0, end);
+    path.remove_prefix(std::min(end + 1, path.size()));
+    return name;
+}
+
+bool isFolder(const SharedNode& node) noexcept { return node && node->item.kind == Kind::Folder; }
+
+/// A folder that is not writable takes no entries and gives none up.
+void requireWritable(const MemoryNode& folder) {
+    if (!folder.item.isWritable) {
+        fail(ErrorCode::AccessDenied);
+    }
+}
+
+/// Nothing of a tree is removed unless all of it can be.
+void requireRemovable(const SharedNode& tree) {
+    std::vector<const MemoryNode*> rest{tree.get()};
+    while (!rest.empty()) {
+        const MemoryNode* const node = rest.back();
+        rest.pop_back();
+        if (!node->children.empty()) {
+            requireWritable(*node);
+        }
+        for (const auto& child : node->children) rest.push_back(child.second.get());
+    }
+}
+
+/// Puts the children of a node that are nobody else's in front of a chain. Somebody who still lists a folder
+/// lets it go later.
+void moveChildren(MemoryNode& node, SharedNode& chain) noexcept {
+    for (auto& entry : node.children) {
+        SharedNode child = std::move(entry.second);
+        if (child.use_count() == 1) {
+            child->nextToGo = std::move(chain);
+            chain = std::move(child);
+        }
+    }
+    node.children.clear();
+}
+
+}  // namespace
+
+// One by one, since a tree may be deeper than the stack, and without taking memory.
+MemoryNode::~MemoryNode() {
+    SharedNode chain;
+    moveChildren(*this, chain);
+    while (chain) {
+        const SharedNode node = std::move(chain);
+        chain = std::move(node->nextToGo);
+        moveChildren(*node, chain);
+    }
+}
+
+MemoryTree::MemoryTree(Clock clock) : clock_(std::move(clock)), emptyRoot_(newNode(Kind::Folder)) {}
+
+SharedNode MemoryTree::newNode(Kind kind) const {
+    Item item;
+    item.kind = kind;
+    item.lastModified = clock_();
+    return std::make_shared<MemoryNode>(item);
+}
+
+SharedNode MemoryTree::root(const std::u16string& authority) const {
+    const auto found = roots_.find(authority);
+    return found == roots_.end() ? emptyRoot_ : found->second;
+}
+
+/// What is at a path, or null.
+SharedNode MemoryTree::look(const Path& path) const {
+    SharedNode node = root(path.authority());
+    std::u16string_view rest = path.text();
+    while (node && !rest.empty()) {
+        const auto child = node->children.find(takeName(rest));
+        node = child == node->children.end() ? nullptr : child->second;
+    }
+    return node;
+}
+
+SharedNode MemoryTree::require(const Path& path) const {
+    SharedNode node = look(path);
+    if (!node) {
+        fail(ErrorCode::NotFound);
+    }
+    return node;
+}
+
+/// The folder that something new is made in; a file in its place, or above it, is in the way.
+SharedNode MemoryTree::parentForCreation(const Path& path) const {
+    if (path.isRoot()) {
+        fail(ErrorCode::AlreadyExists);
+    }
+    SharedNode node = root(path.authority());
+    const Path parent = path.parent();
+    std::u16string_view rest = parent.text();
+    while (!rest.empty()) {
+        const auto child = node->children.find(takeName(rest));
+        if (child == node->children.end()) {
+            fail(isFolder(node) ? ErrorCode::NotFound : ErrorCode::AlreadyExists);
+        }
+        node = child->second;
+    }
+    if (!isFolder(node)) {
+        fail(ErrorCode::AlreadyExists);
+    }
+    requireWritable(*node);
+    return node;
+}
+
+/// Gives an authority a root of its own, before anything in it is changed.
+void MemoryTree::makeRoot(const Path& path) {
+    SharedNode& root = roots_[path.authority()];
+    if (!root) {
+        root = newNode(Kind::Folder);
+    }
+}
+
+/// Into its folder, in the place of what is there.
+void MemoryTree::put(const Path& path, SharedNode node) {
+    makeRoot(path);
+    const SharedNode parent = look(path.parent());
+    parent->children.insert_or_assign(std::u16string(path.name()), std::move(node));
+    parent->item.lastModified = clock_();
+}
+
+/// Out of its folder. Takes no memory, so that it can follow what may fail.
+SharedNode MemoryTree::take(MemoryNode& parent, std::u16string_view name) {
+    const auto entry = parent.children.find(name);
+    SharedNode node = std::move(entry->second);
+    parent.children.erase(entry);
+    parent.item.lastModified = clock_();
+    return node;
+}
+
+std::optional<Item> MemoryTree::find(const Path& path) const {
+    const SharedLock lock(mutex_);
+    const SharedNode node = look(path);
+    return node ? std::optional<Item>(node->item) : std::nullopt;
+}
+
+SharedNode MemoryTree::folder(const Path& path) const {
+    const SharedLock lock(mutex_);
+    SharedNode node = look(path);
+    if (!isFolder(node)) {
+        fail(ErrorCode::NotFound);
+    }
+    return node;
+}
+
+std::vector<ListItem> MemoryTree::listAfter(const MemoryNode& folder, const std::u16string* after) const {
+    const SharedLock lock(mutex_);
+    const MemoryNode::Children& children = folder.children;
+    std::vector<ListItem> page;
+    page.reserve(std::min(children.size(), kPageSize));
+    auto entry = after == nullptr ? children.begin() : children.upper_bound(*after);
+    for (; entry != children.end() && page.size() < kPageSize; ++entry) {
+        page.push_back(ListItem{entry->first, entry->second->item.kind, false});
+    }
+    return page;
+}
+
+SharedContent MemoryTree::content(const Path& file) const {
+    const SharedLock lock(mutex_);
+    const SharedNode node = require(file);
+    if (isFolder(node)) {
+        fail(ErrorCode::NotFound);
+    }
+    return node->content;
+}
+
+void MemoryTree::checkPublishing(const Path& file) const {
+    const SharedLock lock(mutex_);
+    const SharedNode node = look(file);
+    if (isFolder(node)) {
+        fail(ErrorCode::AlreadyExists);
+    }
+    if (!node) {
+        parentForCreation(file);
+    }
+}
+
+void MemoryTree::publish(const Path& file, SharedContent content, bool mayReplace) {
+    const Lock lock(mutex_);
+    SharedNode node = look(file);
+    if (node && (isFolder(node) || !mayReplace)) {
+        fail(ErrorCode::AlreadyExists);
+    }
+    if (!node) {
+        parentForCreation(file);
+        node = newNode(Kind::File);
+        put(file, node);
+    }
+    node->content.swap(content);
+    node->item.lastModified = clock_();
+}
+
+void MemoryTree::createFolder(const Path& folder) {
+    const Lock lock(mutex_);
+    if (look(folder)) {
+        fail(ErrorCode::AlreadyExists);
+    }
+    parentForCreation(folder);
+    put(folder, newNode(Kind::Folder));
+}
+
+void MemoryTree::remove(const Path& path) {
+    SharedNode gone;
+    const Lock lock(mutex_);
+    if (!require(path)->children.empty()) {
+        fail(ErrorCode::FolderNotEmpty);
+    }
+    const SharedNode parent = look(path.parent());
+    requireWritable(*parent);
+    gone = take(*parent, path.name());
+}
+
+// What is removed is taken apart after the lock is given back.
+void MemoryTree::removeTree(const Path& folder) {
+    SharedNode gone;
+    const Lock lock(mutex_);
+    requireRemovable(require(folder));
+    const SharedNode parent = look(folder.parent());
+    requireWritable(*parent);
+    gone = take(*parent, folder.name());
+}
+
+void MemoryTree::checkReplacing(const Path& to, Kind kind, ReplacementPolicy policy) const {
+    parentForCreation(to);
+    const SharedNode old = look(to);
+    if (!old) {
+        return;
+    }
+    if (policy == ReplacementPolicy::FailIfExists || old->item.kind != kind) {
+        fail(ErrorCode::AlreadyExists);
+    }
+    requireRemovable(old);
+}
+
+/// The whole tree, with the time of now; contents are shared.
+SharedNode MemoryTree::cloned(const MemoryNode& node) const {
+    const auto copyOf = [this](const MemoryNode& original) {
+        SharedNode copy = newNode(original.item.kind);
+        copy->item.isWritable = original.item.isWritable;
+        copy->content = original.content;
+        return copy;
+    };
+    SharedNode result = copyOf(node);
+    std::vector<std::pair<const MemoryNode*, MemoryNode*>> rest{{&node, result.get()}};
+    while (!rest.empty()) {
+        const auto [original, copy] = rest.back();
+        rest.pop_back();
+        for (const auto& [name, child] : original->children) {
+            const SharedNode& added = copy->children.emplace(name, copyOf(*child)).first->second;
+            rest.emplace_back(child.get(), added.get());
+        }
+    }
+    return result;
+}
+
+void MemoryTree::copy(const Path& from, const Path& to, ReplacementPolicy policy) {
+    SharedNode old;
+    const Lock lock(mutex_);
+    const SharedNode source = require(from);
+    checkReplacing(to, source->item.kind, policy);
+    old = look(to);
+    put(to, cloned(*source));
+}
+
+void MemoryTree::move(const Path& from, const Path& to, ReplacementPolicy policy) {
+    SharedNode old;
+    const Lock lock(mutex_);
+    const SharedNode source = require(from);
+    const SharedNode parent = look(from.parent());
+    requireWritable(*parent);
+    checkReplacing(to, source->item.kind, policy);
+    old = look(to);
+    put(to, source);
+    take(*parent, from.name());
+}
+
+void MemoryTree::setWritable(const Path& path, bool isWritable) {
+    const Lock lock(mutex_);
+    makeRoot(path);
+    require(path)->item.isWritable = isWritable;
+}
+
+void MemoryTree::setLastModified(const Path& path, const boost::posix_time::ptime& time) {
+    const Lock lock(mutex_);
+    makeRoot(path);
+    require(path)->item.lastModified = time;
+}
+
+}  // namespace foundation::storage::portable

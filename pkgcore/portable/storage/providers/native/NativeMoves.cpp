@@ -1,0 +1,135 @@
+#include <pkgcore/portable/storage/providers/native/NativeMoves.hpp>
+
+#include <pkgcore/portable/filesystem/Errors.hpp>
+#include <pkgcore/portable/filesystem/LinkCopy.hpp>
+#include <pkgcore/portable/filesystem/TreeCopy.hpp>
+#include <pkgcore/portable/filesystem/TreeRemoval.hpp>
+#include <pkgcore/portable/storage/providers/native/HeldItem.hpp>
+
+#include <cstdio>
+
+namespace foundation::storage::portable {
+
+namespace posix = fl::filesystem::posix;
+
+using posix::Item;
+using provider::ReplacementPolicy;
+
+namespace {
+
+const std::u16string kNoPath;
+
+void throwIfFailed(int error) {
+    if (error != 0) {
+        posix::throwError(error, kNoPath);
+    }
+}
+
+int renameWith(Item from, Item to, unsigned flags) noexcept {
+    return posix::errorOf(
+        [&] { return posix::systemCalls().renameat2(from.folder, from.name, to.folder, to.name, flags); });
+}
+
+/// File systems and systems of an older age do not know the flags.
+bool isUnknown(int error) noexcept { return error == EINVAL || error == ENOSYS || error == ENOTSUP; }
+
+struct stat statusOf(Item item) {
+    struct stat status;
+    throwIfFailed(posix::readStatus(item, status));
+    return status;
+}
+
+bool isThere(Item item) noexcept {
+    struct stat status;
+    return posix::readStatus(item, status) == 0;
+}
+
+bool areOneItem(Item one, Item other) noexcept {
+    struct stat first;
+    struct stat second;
+    return posix::readStatus(one, first) == 0 && posix::readStatus(other, second) == 0 &&
+           posix::isSameItem(first, second);
+}
+
+/// The old folder is put away under another name until the new one is in place.
+void replaceByTurns(Item from, Item to) {
+    HeldSibling old(to.folder);
+    throwIfFailed(renameOver(to, old.item()));
+    if (const int error = renameOver(from, to); error != 0) {
+        throwIfFailed(renameOver(old.item(), to));
+        throwIfFailed(error);
+    }
+    old.setMade(true);
+}
+
+/// Both change places in one step, and then the old one goes.
+void replaceFolder(Item from, Item to) {
+    const int error = renameWith(from, to, RENAME_EXCHANGE);
+    if (error == 0) {
+        posix::removeTree(from, kNoPath);
+    } else if (isUnknown(error)) {
+        replaceByTurns(from, to);
+    } else {
+        throwIfFailed(error);
+    }
+}
+
+void copyContents(Item from, Item to, const struct stat& status, posix::Times times) {
+    if (S_ISDIR(status.st_mode)) {
+        posix::FileDescriptor source = posix::openFolder(from);
+        throwIfFailed(source.isOpen() ? 0 : errno);
+        posix::DestinationFolder target = posix::openOrCreateFolder(to);
+        throwIfFailed(target.error);
+        posix::copyTree({std::move(source), kNoPath}, {std::move(target.folder), kNoPath}, true, times);
+    } else if (S_ISLNK(status.st_mode)) {
+        posix::throwIfFailed(posix::copyLink(from, to, times), kNoPath, kNoPath);
+    } else {
+        throwIfFailed(posix::refusalToCopy(status));
+        posix::CreationBits known;
+        posix::throwIfFailed(posix::FileCopy(times).copyNew(from, to, known), kNoPath, kNoPath);
+    }
+}
+
+}  // namespace
+
+int renameOver(Item from, Item to) noexcept {
+    return posix::withOneNumberForNotEmpty(posix::errorOf(
+        [&] { return posix::systemCalls().renameat(from.folder, from.name, to.folder, to.name); }));
+}
+
+int renameNew(Item from, Item to) noexcept {
+    const int error = renameWith(from, to, RENAME_NOREPLACE);
+    if (!isUnknown(error)) {
+        return error;
+    }
+    return isThere(to) ? EEXIST : renameOver(from, to);
+}
+
+void moveItem(Item from, Item to, ReplacementPolicy policy) {
+    const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
+    if (replaces && areOneItem(from, to)) {
+        throwIfFailed(
+            posix::unlinkItem(from, 0));  // the system would leave two names of one file as they are
+        return;
+    }
+    const int error = replaces ? renameOver(from, to) : renameNew(from, to);
+    if (error == EXDEV) {
+        copyItem(from, to, policy, posix::Times::Carried);
+        posix::removeTree(from, kNoPath);
+    } else if (error == ENOTEMPTY) {
+        replaceFolder(from, to);
+    } else {
+        throwIfFailed(error);
+    }
+}
+
+void copyItem(Item from, Item to, ReplacementPolicy policy, posix::Times times) {
+    const struct stat status = statusOf(from);
+    HeldSibling copy(to.folder);
+    copy.setMade(true);
+    copyContents(from, copy.item(), status, times);
+    moveItem(copy.item(), to, policy);
+    copy.setMade(false);
+}
+
+}  // namespace foundation::storage::portable

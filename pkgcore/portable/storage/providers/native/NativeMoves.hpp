@@ -1,0 +1,25 @@
+#pragma once
+
+#include <pkgcore/platform/storage/Policies.hpp>
+#include <pkgcore/portable/filesystem/FileCopy.hpp>
+
+/// Copying and moving items of the host on the terms of a store. Links are copied and moved as links.
+namespace foundation::storage::portable {
+
+/// Renames: 0 or the error number. What the system's rename replaces is replaced.
+int renameOver(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to) noexcept;
+
+/// Renames to a name that nothing has: 0 or the error number, EEXIST where something is there. Where the file
+/// system cannot do that in one step, something that comes in between is replaced.
+int renameNew(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to) noexcept;
+
+/// Moves an item, in the place of a file or of a whole folder there if the policy allows it; on the way to
+/// another file system it is copied. Throws what the file system throws.
+void moveItem(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to,
+              provider::ReplacementPolicy policy);
+
+/// Copies an item under a temporary name beside the destination and moves it there when it is complete.
+void copyItem(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to,
+              provider::ReplacementPolicy policy, fl::filesystem::posix::Times times);
+
+}  // namespace foundation::storage::portable

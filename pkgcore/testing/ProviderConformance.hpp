@@ -1,0 +1,22 @@
+#pragma once
+
+// One suite of tests for every store, with GoogleTest. Include this header in one source of a test program
+// and say what to run it on:
+//
+//     using namespace foundation::storage::conformance;
+//
+//     INSTANTIATE_TEST_SUITE_P(MyStore, ProviderConformance,
+//                              testing::Values(storeFrom("fresh", [] { return makeMyProvider(); })),
+//                              backendName);
+//
+// A test of something that the store neither does itself nor lets be put together from the rest is skipped.
+
+#include <pkgcore/testing/conformance/Backend.hpp>
+#include <pkgcore/testing/conformance/ConcurrencyConformance.hpp>
+#include <pkgcore/testing/conformance/FolderConformance.hpp>
+#include <pkgcore/testing/conformance/ListingConformance.hpp>
+#include <pkgcore/testing/conformance/MarkConformance.hpp>
+#include <pkgcore/testing/conformance/ReadingConformance.hpp>
+#include <pkgcore/testing/conformance/TraitsConformance.hpp>
+#include <pkgcore/testing/conformance/TransferConformance.hpp>
+#include <pkgcore/testing/conformance/WritingConformance.hpp>

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <pkgcore/platform/storage/StorageSystemReference.hpp>
+#include <pkgcore/portable/storage/Provider.hpp>
+#include <pkgcore/portable/storage/StorageSystemBuilder.hpp>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <utility>
+
+namespace foundation::storage::conformance {
+
+/// Where one test works: an empty folder of a store, and how to get at it.
+struct Ground {
+    vfs::StorageSystemReference storage;
+    std::u16string root;  ///< the IRI of the folder
+    std::shared_ptr<provider::Provider> store;
+    provider::Path path;           ///< of the folder in the store
+    std::shared_ptr<void> keeper;  ///< goes when the test has ended
+};
+
+/// What the suite runs on: a name, of letters and digits, and a way to a new ground for each test.
+struct Backend {
+    std::string name;
+    std::function<Ground()> makeGround;
+
+    friend void PrintTo(const Backend& backend, std::ostream* out) { *out << backend.name; }
+};
+
+/// A backend of stores that are made empty for each test. `keeper` may hold what has to be cleaned up.
+inline Backend storeFrom(std::string name, std::function<std::shared_ptr<provider::Provider>()> make) {
+    return Backend{std::move(name), [make = std::move(make)] {
+                       const std::shared_ptr<provider::Provider> store = make();
+                       vfs::StorageSystemReference storage =
+                           vfs::StorageSystemBuilder().mount(u"conformance", u"store", store).build();
+                       const bool hasAuthorities = store->traits().hasAuthorities;
+                       return Ground{std::move(storage), u"conformance://store/", store,
+                                     provider::Path(u"", hasAuthorities ? u"store" : u""), nullptr};
+                   }};
+}
+
+inline std::string backendName(const testing::TestParamInfo<Backend>& info) { return info.param.name; }
+
+}  // namespace foundation::storage::conformance

@@ -1,0 +1,228 @@
+#pragma once
+
+#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace foundation::storage::conformance {
+
+TEST_P(ProviderConformance, NothingIsSeenBeforeTheFirstFlush) {
+    PKGCORE_SKIP_UNLESS(writes());
+    vfs::ofstream stream(file(u"f"), std::ios_base::out);
+    stream << someBytes(200'000);
+    EXPECT_TRUE(isMissing(u"f"));
+    stream << std::flush;
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(read(u"f"), someBytes(200'000));
+}
+
+TEST_P(ProviderConformance, TheOldContentIsSeenBeforeTheFirstFlush) {
+    PKGCORE_SKIP_UNLESS(writes());
+    ASSERT_TRUE(write(u"f", "old"));
+    vfs::ofstream stream(file(u"f"), std::ios_base::out);
+    stream << someBytes(200'000);
+    EXPECT_EQ(read(u"f"), "old");
+    stream << std::flush;
+    EXPECT_EQ(read(u"f"), someBytes(200'000));
+}
+
+TEST_P(ProviderConformance, ClosingPublishes) {
+    PKGCORE_SKIP_UNLESS(writes());
+    { vfs::ofstream(file(u"f"), std::ios_base::out) << "text"; }
+    EXPECT_EQ(read(u"f"), "text");
+}
+
+TEST_P(ProviderConformance, ClosingWithoutAByteMakesAnEmptyFile) {
+    PKGCORE_SKIP_UNLESS(writes());
+    { vfs::ofstream stream(file(u"new"), std::ios_base::out); }
+    EXPECT_EQ(read(u"new"), "");
+    ASSERT_TRUE(write(u"old", "text"));
+    { vfs::ofstream stream(file(u"old"), std::ios_base::out); }
+    EXPECT_EQ(read(u"old"), "");
+}
+
+TEST_P(ProviderConformance, MoreIsPublishedAfterTheFirstTime) {
+    PKGCORE_SKIP_UNLESS(writes());
+    std::string expected;
+    vfs::ofstream stream(file(u"f"), std::ios_base::out);
+    for (unsigned i = 0; i < 20; ++i) {
+        const std::string piece = someBytes(10'000 + 1'000 * i, i);
+        expected += piece;
+        stream << piece << std::flush;
+        ASSERT_TRUE(stream.good());
+        ASSERT_EQ(read(u"f"), expected);
+    }
+    stream << "end";
+    stream.flush();
+    EXPECT_EQ(read(u"f"), expected + "end");
+}
+
+TEST_P(ProviderConformance, NothingIsPublishedWhileAnExceptionIsOnItsWay) {
+    PKGCORE_SKIP_UNLESS(writes());
+    ASSERT_TRUE(write(u"old", "old"));
+    for (const std::u16string name : {u"old", u"new"}) {
+        try {
+            vfs::ofstream stream(file(name), std::ios_base::out);
+            stream << someBytes(100'000);
+            throw std::runtime_error("on its way");
+        } catch (const std::runtime_error&) {
+        }
+    }
+    EXPECT_EQ(read(u"old"), "old");
+    EXPECT_TRUE(isMissing(u"new"));
+    EXPECT_EQ(list(u""), Names{u"old"});
+}
+
+TEST_P(ProviderConformance, NothingMoreIsPublishedAfterAFailure) {
+    PKGCORE_SKIP_UNLESS(writes());
+    ASSERT_TRUE(write(u"old", "old"));
+    for (const std::u16string name : {u"old", u"new"}) {
+        vfs::ofstream stream(file(name), std::ios_base::out);
+        stream << someBytes(100'000);
+        stream.setstate(std::ios_base::badbit);
+    }
+    EXPECT_EQ(read(u"old"), "old");
+    EXPECT_EQ(list(u""), Names{u"old"});
+}
+
+TEST_P(ProviderConformance, WhatWasPublishedStaysWhenTheRestIsDiscarded) {
+    PKGCORE_SKIP_UNLESS(writes());
+    try {
+        vfs::ofstream stream(file(u"f"), std::ios_base::out);
+        stream << "first" << std::flush << someBytes(100'000);
+        throw std::runtime_error("on its way");
+    } catch (const std::runtime_error&) {
+    }
+    EXPECT_EQ(read(u"f"), "first");
+}
+
+TEST_P(ProviderConformance, ContentOfEverySizeComesBack) {
+    PKGCORE_SKIP_UNLESS(writes());
+    for (const std::size_t size : {0u, 1u, 4095u, 4096u, 32'767u, 65'535u, 65'536u, 65'537u, 3'000'017u}) {
+        const std::string content = someBytes(size);
+        ASSERT_TRUE(write(u"f", content));
+        ASSERT_EQ(read(u"f"), content) << size;
+    }
+}
+
+TEST_P(ProviderConformance, PiecesOfEverySizeFollowEachOther) {
+    PKGCORE_SKIP_UNLESS(writes());
+    const std::string content = someBytes(500'000);
+    {
+        vfs::ofstream stream(file(u"f"), std::ios_base::out);
+        std::size_t done = 0;
+        for (std::size_t step = 1; done < content.size(); step = step * 3 % 70'001 + 1) {
+            const std::size_t count = std::min(step, content.size() - done);
+            stream.write(content.data() + done, static_cast<std::streamsize>(count));
+            done += count;
+            ASSERT_EQ(stream.tellp(), std::streampos(static_cast<std::streamoff>(done)));
+        }
+    }
+    EXPECT_EQ(read(u"f"), content);
+}
+
+TEST_P(ProviderConformance, AppendingGoesOnBehindTheOldContent) {
+    PKGCORE_SKIP_UNLESS(writes());
+    const std::string content = someBytes(100'000);
+    ASSERT_TRUE(write(u"f", content));
+    {
+        vfs::ofstream stream(file(u"f"), std::ios_base::app);
+        EXPECT_EQ(stream.tellp(), std::streampos(100'000));
+        stream << "more";
+    }
+    EXPECT_EQ(read(u"f"), content + "more");
+    EXPECT_TRUE(write(u"f", "!", std::ios_base::out | std::ios_base::app));
+    EXPECT_EQ(read(u"f"), content + "more!");
+}
+
+TEST_P(ProviderConformance, AppendingMakesAMissingFile) {
+    PKGCORE_SKIP_UNLESS(writes());
+    { vfs::ofstream stream(file(u"empty"), std::ios_base::app); }
+    EXPECT_EQ(read(u"empty"), "");
+    EXPECT_TRUE(write(u"f", "text", std::ios_base::app));
+    EXPECT_EQ(read(u"f"), "text");
+}
+
+TEST_P(ProviderConformance, AppendingIsDiscardedToo) {
+    PKGCORE_SKIP_UNLESS(writes());
+    ASSERT_TRUE(write(u"f", "old"));
+    try {
+        vfs::ofstream stream(file(u"f"), std::ios_base::app);
+        stream << someBytes(100'000);
+        throw std::runtime_error("on its way");
+    } catch (const std::runtime_error&) {
+    }
+    EXPECT_EQ(read(u"f"), "old");
+}
+
+TEST_P(ProviderConformance, WritingOverTheBeginningKeepsTheRest) {
+    PKGCORE_SKIP_UNLESS(writes());
+    constexpr auto kInOut = std::ios_base::in | std::ios_base::out;
+    ASSERT_TRUE(write(u"f", "0123456789"));
+    EXPECT_TRUE(write(u"f", "abc", kInOut));
+    EXPECT_EQ(read(u"f"), "abc3456789");
+    {
+        vfs::ofstream stream(file(u"f"), kInOut);
+        stream << "XY" << std::flush;
+        EXPECT_EQ(read(u"f"), "XYc3456789");
+        stream << "Z" << std::flush;
+        EXPECT_EQ(read(u"f"), "XYZ3456789");
+        stream << "......." << std::flush << "end";
+    }
+    EXPECT_EQ(read(u"f"), "XYZ.......end");
+    EXPECT_TRUE(write(u"f", "!", kInOut | std::ios_base::ate));
+    EXPECT_EQ(read(u"f"), "XYZ.......end!");
+    EXPECT_FALSE(write(u"missing", "abc", kInOut));
+    EXPECT_TRUE(isMissing(u"missing"));
+}
+
+TEST_P(ProviderConformance, FlagsThatMakeNoSenseOpenNothing) {
+    PKGCORE_SKIP_UNLESS(writes());
+    ASSERT_TRUE(write(u"f", "old"));
+    EXPECT_FALSE(write(u"f", "new", std::ios_base::trunc | std::ios_base::app));
+    EXPECT_EQ(read(u"f"), "old");
+}
+
+TEST_P(ProviderConformance, NoFileIsMadeWhereThereIsNoFolder) {
+    PKGCORE_SKIP_UNLESS(writes());
+    ASSERT_TRUE(write(u"f", "text"));
+    EXPECT_FALSE(write(u"missing/f", "text"));
+    EXPECT_FALSE(write(u"f/g", "text"));
+    EXPECT_FALSE(write(u"", "text"));
+    EXPECT_EQ(listTree(u""), Names{u"f"});
+}
+
+TEST_P(ProviderConformance, AFolderIsNotWrittenOver) {
+    PKGCORE_SKIP_UNLESS(makesTrees());
+    folder(u"d").createFolder();
+    EXPECT_FALSE(write(u"d", "text"));
+    EXPECT_FALSE(write(u"d", "text", std::ios_base::app));
+    EXPECT_TRUE(isFolder(u"d"));
+}
+
+TEST_P(ProviderConformance, AReadOnlyFileIsNotWritten) {
+    PKGCORE_SKIP_UNLESS(writes() && traits().setsWritable);
+    ASSERT_TRUE(write(u"f", "old"));
+    file(u"f").setWritable(false);
+    for (const auto mode : {std::ios_base::out, std::ios_base::app, std::ios_base::in | std::ios_base::out}) {
+        EXPECT_FALSE(write(u"f", "new", mode));
+    }
+    EXPECT_EQ(read(u"f"), "old");
+    file(u"f").setWritable(true);
+    EXPECT_TRUE(write(u"f", "new"));
+    EXPECT_EQ(read(u"f"), "new");
+}
+
+TEST_P(ProviderConformance, PublishingIntoARemovedFolderFails) {
+    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
+    folder(u"d").createFolder();
+    vfs::ofstream stream(file(u"d/f"), std::ios_base::out);
+    stream << "text";
+    folder(u"d").removeFolder(FolderRemovalPolicy::WithContents);
+    stream << std::flush;
+    EXPECT_TRUE(stream.bad());
+    EXPECT_TRUE(isMissing(u"d"));
+}
+
+}  // namespace foundation::storage::conformance

@@ -1,0 +1,123 @@
+#include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
+
+#include <pkgcore/portable/storage/providers/memory/MemoryContent.hpp>
+#include <pkgcore/portable/storage/providers/memory/MemoryTree.hpp>
+#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+
+#include <gtest/gtest.h>
+
+using namespace foundation::storage;
+using namespace foundation::storage::conformance;
+using portable::MemoryContentBuilder;
+using portable::SharedContent;
+using provider::Path;
+
+namespace {
+
+Workplace newStore() { return Workplace(storeFrom("memory", provider::makeMemoryProvider).makeGround()); }
+
+TEST(MemoryContent, SharesItsPiecesWithWhatIsWrittenNext) {
+    MemoryContentBuilder builder;
+    const std::string bytes = someBytes(3 * portable::MemoryContent::kPieceSize + 10);
+    builder.add(bytes.data(), bytes.size());
+    const SharedContent first = builder.content();
+    builder.add("more", 4);
+    const SharedContent second = builder.content();
+    ASSERT_EQ(first->pieces().size(), 4u);
+    ASSERT_EQ(second->pieces().size(), 4u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(first->pieces()[i], second->pieces()[i]);
+    }
+    EXPECT_NE(first->pieces()[3], second->pieces()[3]);
+    EXPECT_EQ(first->size() + 4, second->size());
+    EXPECT_EQ(first->pieces()[3]->size(), 10u);
+}
+
+TEST(MemoryContent, IsReadFromAnyOffset) {
+    MemoryContentBuilder builder;
+    const std::string bytes = someBytes(200'000);
+    builder.add(bytes.data(), bytes.size());
+    const SharedContent content = builder.content();
+    std::string read(100'000, '\0');
+    for (std::size_t offset = 0; offset <= bytes.size(); offset += 9'999) {
+        const std::size_t count = content->read(offset, read.data(), read.size());
+        EXPECT_EQ(read.substr(0, count), bytes.substr(offset, read.size()));
+    }
+    EXPECT_EQ(content->read(200'001, read.data(), 1), 0u);
+}
+
+TEST(MemoryProvider, HoldsAHundredThousandEntriesInOneFolder) {
+    constexpr std::size_t kCount = 100'000;
+    const Workplace place = newStore();
+    provider::Provider& store = place.store();
+    for (std::size_t i = 0; i < kCount; ++i) {
+        const std::string number = std::to_string(1'000'000 + i * 7 % kCount);
+        store.createFolder(place.at(std::u16string(number.begin(), number.end())));
+    }
+    const auto lister = store.list(place.ground().path);
+    std::size_t seen = 0;
+    std::u16string last;
+    for (auto page = lister->next(); !page.empty(); page = lister->next()) {
+        EXPECT_LE(page.size(), 1'024u);
+        for (const provider::ListItem& item : page) {
+            EXPECT_LT(last, item.name);
+            last = item.name;
+            ++seen;
+        }
+    }
+    EXPECT_EQ(seen, kCount);
+}
+
+TEST(MemoryProvider, LetsGoOfATreeThatIsDeeperThanTheStack) {
+    portable::MemoryNode::Children chain;
+    auto innermost = std::make_shared<portable::MemoryNode>(provider::Item());
+    for (int i = 0; i < 200'000; ++i) {
+        auto outer = std::make_shared<portable::MemoryNode>(provider::Item());
+        outer->children.emplace(u"d", std::move(innermost));
+        innermost = std::move(outer);
+    }
+    innermost.reset();
+    SUCCEED();
+}
+
+TEST(MemoryProvider, AListerStaysWithAFolderThatIsRemoved) {
+    const Workplace place = newStore();
+    place.folder(u"d/e").createFolderRecursive();
+    const auto lister = place.store().list(place.at(u"d"));
+    place.folder(u"d").removeFolder(FolderRemovalPolicy::WithContents);
+    EXPECT_EQ(lister->next().size(), 1u);
+    EXPECT_TRUE(lister->next().empty());
+}
+
+TEST(MemoryProvider, AFolderThatIsNotWritableKeepsItsEntries) {
+    const Workplace place = newStore();
+    place.folder(u"d/e").createFolderRecursive();
+    ASSERT_TRUE(place.write(u"d/f", "text"));
+    ASSERT_TRUE(place.write(u"g", "text"));
+    place.folder(u"d").setWritable(false);
+    PKGCORE_EXPECT_FAILURE(AccessDenied, place.folder(u"d/new").createFolder());
+    PKGCORE_EXPECT_FAILURE(AccessDenied, place.file(u"d/f").removeFile());
+    PKGCORE_EXPECT_FAILURE(AccessDenied, place.file(u"d/f").moveFile(place.file(u"h"), kFail));
+    PKGCORE_EXPECT_FAILURE(AccessDenied, place.file(u"g").copyFile(place.file(u"d/g"), kFail));
+    PKGCORE_EXPECT_FAILURE(AccessDenied, place.folder(u"d").removeFolder(FolderRemovalPolicy::WithContents));
+    EXPECT_TRUE(place.write(u"d/f", "new"));
+    EXPECT_EQ(place.listTree(u""), (Names{u"d/", u"d/e/", u"d/f", u"g"}));
+    place.folder(u"d").setWritable(true);
+    place.folder(u"d").removeFolder(FolderRemovalPolicy::WithContents);
+}
+
+TEST(MemoryTree, TellsTheTimeOfItsClock) {
+    const boost::posix_time::ptime noon(boost::gregorian::date(2001, 2, 3), boost::posix_time::hours(12));
+    portable::MemoryTree tree([noon] { return noon; });
+    tree.createFolder(Path(u"d"));
+    EXPECT_EQ(tree.find(Path(u"d"))->lastModified, noon);
+}
+
+TEST(MemoryTree, KeepsTheMarksOfARootToItsAuthority) {
+    portable::MemoryTree tree([] { return boost::posix_time::ptime(boost::gregorian::date(2001, 2, 3)); });
+    tree.setWritable(Path(u"", u"one"), false);
+    EXPECT_FALSE(tree.find(Path(u"", u"one"))->isWritable);
+    EXPECT_TRUE(tree.find(Path(u"", u"two"))->isWritable);
+}
+
+}  // namespace
