@@ -181,7 +181,8 @@ public:
     /// Moves an item, also onto another file system. A file or a link at the destination is replaced, and an
     /// empty folder by a folder; a folder that holds something is a failure. The item is never lost: a
     /// failure leaves it whole at one of the two places, and, where the old place on another file system
-    /// could not be cleared, with a rest there.
+    /// could not be cleared, with a rest there. Two names of one file (hard links) stay as they are, as POSIX
+    /// has it.
     void rename(const ustring& from, const ustring& to);
     void rename(const ustring& from, const ustring& to, boost::system::error_code& ec) noexcept;
 

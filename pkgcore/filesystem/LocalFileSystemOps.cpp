@@ -1,12 +1,12 @@
 #include <pkgcore/filesystem/LocalFileSystemOps.hpp>
 
 #include <pkgcore/core/MessageText.hpp>
+#include <pkgcore/filesystem/FolderListing.hpp>
 #include <pkgcore/filesystem/FsysExceptionTranslator.hpp>
 #include <pkgcore/filesystem/NativeForm.hpp>
 #include <pkgcore/filesystem/PathHelpers.hpp>
 #include <pkgcore/filesystem/RelativeText.hpp>
 #include <pkgcore/filesystem/Translated.hpp>
-#include <pkgcore/platform/filesystem/DirectoryIterator.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/FileStreams.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
@@ -16,6 +16,7 @@
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 namespace opc {
@@ -191,21 +192,16 @@ void LocalFileSystemOps::doGetFiles(const ustring& folder, std::vector<ustring>&
     if (folder.empty()) {
         return;
     }
+    // Only a class derived from this one can have another way to list the folders below.
+    if (typeid(*this) == typeid(LocalFileSystemOps)) {
+        detail::listTree(*this, folder, files, recursive, msg, ec);
+        return;
+    }
     translated(msg, ec, [&] {
-        fsys::detail::upath_directory_iterator_impl entries(detail::nativeForm(folder),
-                                                            fsys::detail::initialization_mode::standard);
-        for (; entries.is_open(); entries.increment()) {
-            const fsys::detail::upath_directory_entry& entry = *entries;
-            const file_status status = entry.status();
-            if (file_status::is_regular(status) || file_status::is_symlink(status)) {
-                files.push_back(normalizePath(entry.full_pathname()));
-            } else if (recursive && file_status::is_directory(status) &&
-                       entry.filename() != fsys::upath_constant::CURRENT_DIRECTORY &&
-                       entry.filename() != fsys::upath_constant::PARENT_DIRECTORY) {
-                // A failure below is reported through ec and does not end this listing: a partial result with
-                // a failing code is what a tree with an unreadable folder gives.
-                doGetFiles(normalizePath(entry.full_pathname()), files, true, msg, ec);
-            }
+        detail::FolderListing listing(*this, folder, files, recursive);
+        // A failure below is reported through ec and does not end this listing.
+        for (ustring below; listing.findFolder(below);) {
+            doGetFiles(below, files, true, msg, ec);
         }
     });
 }

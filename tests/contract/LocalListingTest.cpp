@@ -19,12 +19,20 @@ namespace {
 
 using Files = std::vector<opc::ustring>;
 
+/// Whose operation is called: that of the back end itself, which has no use for its own virtual operation, or
+/// of a class derived from it.
+enum class Kind { itself, derived };
+
 /// The path functions answer with their argument here, so that paths stay readable in trees.
-class LocalListing : public LocalContract {
+class LocalListing : public LocalContract, public testing::WithParamInterface<Kind> {
 protected:
     Files files;
 
-    void list(const opc::ustring& top, bool recursive) { ops.doGetFiles(top, files, recursive, msg, ec); }
+    void list(const opc::ustring& top, bool recursive) {
+        opc::LocalFileSystemOps itself;
+        opc::LocalFileSystemOps& listed = GetParam() == Kind::itself ? itself : ops;
+        (listed.*(&contract::OpenLocalOps::doGetFiles))(top, files, recursive, msg, ec);
+    }
 
     /// Makes the paths of a tree stand for themselves.
     void keepAsTheyAre(const std::vector<opc::ustring>& paths) {
@@ -44,7 +52,7 @@ protected:
     }
 };
 
-TEST_F(LocalListing, OpensTheNativeFormAndNormalizesWhatItFinds) {
+TEST_P(LocalListing, OpensTheNativeFormAndNormalizesWhatItFinds) {
     platform.folders[u"native(top)"] = {file(u"a")};
     list(u"top", false);
     EXPECT_EQ(files, Files{u"generic(native(native(top)/a))"});
@@ -55,7 +63,7 @@ TEST_F(LocalListing, OpensTheNativeFormAndNormalizesWhatItFinds) {
     expectNothingReported();
 }
 
-TEST_F(LocalListing, DescendsIntoTheNormalizedPathOfASubfolder) {
+TEST_P(LocalListing, DescendsIntoTheNormalizedPathOfASubfolder) {
     platform.folders[u"native(top)"] = {folder(u"sub")};
     list(u"top", true);
     EXPECT_EQ(platform.callsTo({"openListing"}),
@@ -64,7 +72,7 @@ TEST_F(LocalListing, DescendsIntoTheNormalizedPathOfASubfolder) {
     EXPECT_EQ(files, Files{});
 }
 
-TEST_F(LocalListing, OfNoFolderIsEmptyAndNoFailure) {
+TEST_P(LocalListing, OfNoFolderIsEmptyAndNoFailure) {
     files = {u"before"};
     list(u"", true);
     EXPECT_EQ(files, Files{u"before"});
@@ -72,41 +80,41 @@ TEST_F(LocalListing, OfNoFolderIsEmptyAndNoFailure) {
     expectNothingReported();
 }
 
-TEST_F(LocalListing, OfAnEmptyFolderIsEmpty) {
+TEST_P(LocalListing, OfAnEmptyFolderIsEmpty) {
     list(u"top", true);
     EXPECT_EQ(files, Files{});
     expectNothingReported();
 }
 
-TEST_F(LocalListing, AppendsToWhatIsThere) {
+TEST_P(LocalListing, AppendsToWhatIsThere) {
     scriptTree();
     files = {u"before"};
     list(u"top", false);
     EXPECT_EQ(files, (Files{u"before", u"top/a", u"top/e"}));
 }
 
-TEST_F(LocalListing, KeepsTheOrderOfThePlatform) {
+TEST_P(LocalListing, KeepsTheOrderOfThePlatform) {
     keepAsTheyAre({u"top", u"top/z", u"top/a", u"top/m"});
     platform.folders[u"top"] = {file(u"z"), link(u"a"), file(u"m")};
     list(u"top", false);
     EXPECT_EQ(files, (Files{u"top/z", u"top/a", u"top/m"}));
 }
 
-TEST_F(LocalListing, PutsTheContentsOfASubfolderInItsPlace) {
+TEST_P(LocalListing, PutsTheContentsOfASubfolderInItsPlace) {
     scriptTree();
     list(u"top", true);
     EXPECT_EQ(files, (Files{u"top/a", u"top/sub/b", u"top/sub/deep/c", u"top/sub/d", u"top/e"}));
     expectNothingReported();
 }
 
-TEST_F(LocalListing, StaysInTheTopFolderUnlessToldToDescend) {
+TEST_P(LocalListing, StaysInTheTopFolderUnlessToldToDescend) {
     scriptTree();
     list(u"top", false);
     EXPECT_EQ(files, (Files{u"top/a", u"top/e"}));
     EXPECT_EQ(platform.callsTo({"openListing"}), Calls{"openListing('top', 0)"});
 }
 
-TEST_F(LocalListing, NeverDescendsIntoTheFolderItselfOrItsParent) {
+TEST_P(LocalListing, NeverDescendsIntoTheFolderItselfOrItsParent) {
     keepAsTheyAre({u"top", u"top/a"});
     platform.folders[u"top"] = {folder(u"."), folder(u".."), file(u"a")};
     list(u"top", true);
@@ -114,7 +122,7 @@ TEST_F(LocalListing, NeverDescendsIntoTheFolderItselfOrItsParent) {
     EXPECT_EQ(platform.callsTo({"openListing"}), Calls{"openListing('top', 0)"});
 }
 
-TEST_F(LocalListing, DescendsIntoFoldersWhoseNamesOnlyBeginLikeThose) {
+TEST_P(LocalListing, DescendsIntoFoldersWhoseNamesOnlyBeginLikeThose) {
     keepAsTheyAre({u"top", u"top/...", u"top/.a", u"top/..b"});
     platform.folders[u"top"] = {folder(u"..."), folder(u".a"), folder(u"..b")};
     list(u"top", true);
@@ -123,14 +131,14 @@ TEST_F(LocalListing, DescendsIntoFoldersWhoseNamesOnlyBeginLikeThose) {
                      "openListing('top/..b', 0)"}));
 }
 
-TEST_F(LocalListing, ListsFilesAndLinksOfTheseNamesToo) {
+TEST_P(LocalListing, ListsFilesAndLinksOfTheseNamesToo) {
     keepAsTheyAre({u"top", u"top/.", u"top/.."});
     platform.folders[u"top"] = {file(u"."), link(u"..")};
     list(u"top", true);
     EXPECT_EQ(files, (Files{u"top/.", u"top/.."}));
 }
 
-TEST_F(LocalListing, PassesOverEveryOtherKind) {
+TEST_P(LocalListing, PassesOverEveryOtherKind) {
     platform.folders[u"native(top)"] = {
         {u"not found", file_status::file_not_found}, {u"block", file_status::block_file},
         {u"character", file_status::character_file}, {u"fifo", file_status::fifo_file},
@@ -143,7 +151,7 @@ TEST_F(LocalListing, PassesOverEveryOtherKind) {
     expectNothingReported();
 }
 
-TEST_F(LocalListing, GoesByTheStatusOfTheEntry) {
+TEST_P(LocalListing, GoesByTheStatusOfTheEntry) {
     keepAsTheyAre({u"top", u"top/a"});
     platform.folders[u"top"] = {folder(u"a")};
     platform.entryStatus.at(u"top/a").returns(scripted::aLink());
@@ -151,7 +159,7 @@ TEST_F(LocalListing, GoesByTheStatusOfTheEntry) {
     EXPECT_EQ(files, Files{u"top/a"});
 }
 
-TEST_F(LocalListing, ReportsAFolderThatDoesNotOpen) {
+TEST_P(LocalListing, ReportsAFolderThatDoesNotOpen) {
     platform.openListing.throws(PathNotFound(u"top"));
     files = {u"before"};
     list(u"top", true);
@@ -159,7 +167,7 @@ TEST_F(LocalListing, ReportsAFolderThatDoesNotOpen) {
     expectReported(errc::no_such_file_or_directory, "Path not found: user(top)");
 }
 
-TEST_F(LocalListing, KeepsWhatItFoundBeforeAnEntryFailed) {
+TEST_P(LocalListing, KeepsWhatItFoundBeforeAnEntryFailed) {
     scriptTree();
     platform.entryStatus.at(u"top/e").throws(AccessDenied(u"top/e"));
     list(u"top", true);
@@ -167,7 +175,7 @@ TEST_F(LocalListing, KeepsWhatItFoundBeforeAnEntryFailed) {
     expectReported(errc::permission_denied, "Access denied: user(top/e)");
 }
 
-TEST_F(LocalListing, KeepsWhatItFoundBeforeMovingOnFailed) {
+TEST_P(LocalListing, KeepsWhatItFoundBeforeMovingOnFailed) {
     scriptTree();
     platform.increment.at(u"top").throws(AccessDenied(u"top"));
     list(u"top", true);
@@ -175,14 +183,14 @@ TEST_F(LocalListing, KeepsWhatItFoundBeforeMovingOnFailed) {
     expectReported(errc::permission_denied, "Access denied: user(top)");
 }
 
-TEST_F(LocalListing, ReportsAnEntryOfAnEndedListingAsInvalidOperation) {
+TEST_P(LocalListing, ReportsAnEntryOfAnEndedListingAsInvalidOperation) {
     scriptTree();
     platform.entryStatus.at(u"top/a").throws(fl::filesystem::InvalidOperation(u""));
     list(u"top", true);
     expectReported(errc::operation_not_supported, "Invalid operation");
 }
 
-TEST_F(LocalListing, GoesOnAfterASubfolderThatDoesNotOpenAndStillReportsIt) {
+TEST_P(LocalListing, GoesOnAfterASubfolderThatDoesNotOpenAndStillReportsIt) {
     scriptTree();
     platform.openListing.at(u"top/sub").throws(AccessDenied(u"top/sub"));
     list(u"top", true);
@@ -190,7 +198,7 @@ TEST_F(LocalListing, GoesOnAfterASubfolderThatDoesNotOpenAndStillReportsIt) {
     expectReported(errc::permission_denied, "Access denied: user(top/sub)");
 }
 
-TEST_F(LocalListing, GoesOnAtEveryLevelAfterAFailureBelow) {
+TEST_P(LocalListing, GoesOnAtEveryLevelAfterAFailureBelow) {
     scriptTree();
     platform.openListing.at(u"top/sub/deep").throws(AccessDenied(u"top/sub/deep"));
     list(u"top", true);
@@ -198,7 +206,7 @@ TEST_F(LocalListing, GoesOnAtEveryLevelAfterAFailureBelow) {
     expectReported(errc::permission_denied, "Access denied: user(top/sub/deep)");
 }
 
-TEST_F(LocalListing, ReportsTheLastOfSeveralFailures) {
+TEST_P(LocalListing, ReportsTheLastOfSeveralFailures) {
     scriptTree();
     platform.openListing.at(u"top/sub/deep").throws(AccessDenied(u"top/sub/deep"));
     platform.entryStatus.at(u"top/e").throws(PathNotFound(u"top/e"));
@@ -206,7 +214,7 @@ TEST_F(LocalListing, ReportsTheLastOfSeveralFailures) {
     expectReported(errc::no_such_file_or_directory, "Path not found: user(top/e)");
 }
 
-TEST_F(LocalListing, ClosesEveryListingAlsoAfterAFailure) {
+TEST_P(LocalListing, ClosesEveryListingAlsoAfterAFailure) {
     scriptTree();
     platform.entryStatus.at(u"top/sub/deep/c").throws(AccessDenied(u""));
     list(u"top", true);
@@ -214,6 +222,15 @@ TEST_F(LocalListing, ClosesEveryListingAlsoAfterAFailure) {
               (Calls{"openListing('top', 0)", "openListing('top/sub', 0)", "openListing('top/sub/deep', 0)",
                      "closeListing('top/sub/deep')", "closeListing('top/sub')", "closeListing('top')"}));
 }
+
+INSTANTIATE_TEST_SUITE_P(Of, LocalListing, testing::Values(Kind::itself, Kind::derived), [](const auto& row) {
+    return row.param == Kind::itself ? "ItsOwn" : "ADerivedClass";
+});
+
+class OverriddenListing : public LocalContract {
+protected:
+    Files files;
+};
 
 /// Lists subfolders in its own way, and normalizes so too.
 class OwnListing : public contract::OpenLocalOps {
@@ -238,14 +255,14 @@ protected:
     }
 };
 
-TEST_F(LocalListing, DescendsAndNormalizesThroughTheVirtualOperations) {
+TEST_F(OverriddenListing, DescendsAndNormalizesThroughTheVirtualOperations) {
     platform.folders[u"native(top)"] = {file(u"a"), folder(u"sub"), file(u"b")};
     OwnListing own;
     own.listAsLocal(u"top", files, msg, ec);
     EXPECT_EQ(files, (Files{u"<native(top)/a>", u"own(<native(top)/sub>, recursive)", u"<native(top)/b>"}));
 }
 
-TEST_F(LocalListing, EndsWithWhatAnOverrideLetsEscape) {
+TEST_F(OverriddenListing, EndsWithWhatAnOverrideLetsEscape) {
     platform.folders[u"native(top)"] = {file(u"a"), folder(u"sub"), file(u"b")};
     OwnListing own;
     own.throws = true;

@@ -1,7 +1,9 @@
 #include "tests/e2e/LocalTest.hpp"
 
 #include <dirent.h>
+#include <pthread.h>
 
+#include <functional>
 #include <memory>
 
 namespace test {
@@ -265,4 +267,31 @@ TEST_F(LocalListingAtScale, GoesBelowTheLimitOfOnePath) {
 }
 
 }  // namespace
+/// Runs a body on a stack of this size.
+void onSmallStack(std::size_t bytes, std::function<void()> body) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(0, ::pthread_attr_init(&attributes));
+    ASSERT_EQ(0, ::pthread_attr_setstacksize(&attributes, bytes));
+    pthread_t thread;
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(0, ::pthread_create(&thread, &attributes, run, &body));
+    ::pthread_join(thread, nullptr);
+    ::pthread_attr_destroy(&attributes);
+}
+
+TEST_F(LocalListing, DeepTreeDoesNotUseUpTheStack) {
+    constexpr int kLevels = 2'000;
+    test::makeChain(tree.path(), "d", kLevels);
+    onSmallStack(std::size_t{256} * 1024, [&] {
+        std::vector<opc::ustring> found;
+        boost::system::error_code ec;
+        ops.getFiles(test::text(tree.path()), found, true, ec);
+        EXPECT_FALSE(ec.failed());
+        EXPECT_EQ(1U, found.size());
+    });
+}
+
 }  // namespace test

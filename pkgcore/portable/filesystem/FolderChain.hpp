@@ -31,6 +31,10 @@ public:
     bool isFull() const noexcept { return levels_.size() - outermostOpen_ == kMaxOpen; }
     std::size_t outermostOpen() const noexcept { return outermostOpen_; }
 
+    /// Closes the outermost folder that is open, as push() does for want of room; false where only the
+    /// innermost one is open, or on a failure.
+    bool closeOne() noexcept { return outermostOpen_ + 1 < levels_.size() && closeOutermost() == 0; }
+
     /// Goes into a folder: 0, or an error number with which the chain stays as it was.
     int push(FileDescriptor folder);
 

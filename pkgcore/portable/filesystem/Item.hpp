@@ -47,6 +47,9 @@ inline FileDescriptor openFolder(Item item) noexcept {
     return folder;
 }
 
+/// Whether there are no descriptors left, of the process or of the system.
+inline bool isOutOfDescriptors(int error) noexcept { return error == EMFILE || error == ENFILE; }
+
 /// An error number for a folder that must be empty and is not, of which POSIX lets a host choose between two.
 inline int withOneNumberForNotEmpty(int error) noexcept { return error == EEXIST ? ENOTEMPTY : error; }
 

@@ -27,14 +27,6 @@ FileDescriptor openByPath(const std::u16string& path) {
     return openAt(place.directory(), place.path(), O_RDONLY | O_DIRECTORY);
 }
 
-FileDescriptor openOrThrow(const std::u16string& path, Item entry) {
-    FileDescriptor folder = entry.name != nullptr ? openFolder(entry) : openByPath(path);
-    if (!folder.isOpen()) {
-        throwError(errno, path);
-    }
-    return folder;
-}
-
 /// The path of the folder that holds an entry, from the entry's path.
 std::u16string folderOf(const std::u16string& entryPath) {
     const std::size_t separator = entryPath.rfind(u'/');
@@ -65,7 +57,7 @@ OpenListing::OpenListing(const std::u16string& folder, const std::u16string& ent
     : entryPath_(entryPath),
       outer_(innermost),
       isBelowOuter_(outer_ != nullptr && outer_->standsOnFolder(folder)),
-      folder_(openOrThrow(folder, isBelowOuter_ ? outer_->entry() : Item{})),
+      folder_(openOrThrow(folder, isBelowOuter_ ? outer_ : nullptr)),
       reader_(folder_.get()) {
     if (outer_ != nullptr) {
         outer_->makeWay();
@@ -104,19 +96,53 @@ bool OpenListing::standsOnFolder(const std::u16string& path) const noexcept {
     return entryPath_ == path && folder_.isOpen() && reader_.type() == DT_DIR;
 }
 
+/// Opens a folder from the listing that stands on it, or by its path. Where there are no descriptors left,
+/// the outer listings of this thread give theirs up.
+FileDescriptor OpenListing::openOrThrow(const std::u16string& path, const OpenListing* outer) {
+    const auto open = [&] { return outer != nullptr ? openFolder(outer->entry()) : openByPath(path); };
+    FileDescriptor folder = open();
+    while (!folder.isOpen() && isOutOfDescriptors(errno) && closeOne()) {
+        folder = open();
+    }
+    if (!folder.isOpen()) {
+        throwError(errno, path);
+    }
+    return folder;
+}
+
+/// Parks one of the listings around the innermost one, if any is open.
+bool OpenListing::closeOne() {
+    if (innermost == nullptr) {
+        return false;
+    }
+    for (OpenListing* listing = innermost->outer_; listing != nullptr; listing = listing->outer_) {
+        if (listing->folder_.isOpen() && listing->park()) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// Another listing begins while this one is under way.
 void OpenListing::makeWay() {
-    if (reader_.isParked() || place_.acquire()) {
-        return;
+    if (!reader_.isParked() && !place_.acquire()) {
+        park();  // or stay open, where that fails
     }
+}
+
+/// Closes the folder until its turn comes again; false where it cannot be told from others.
+bool OpenListing::park() {
     struct stat status;
     if (readStatus(folder_.get(), status) != 0) {
-        return;  // staying open is all that is left
+        return false;
     }
     device_ = status.st_dev;
     inode_ = status.st_ino;
-    reader_.park();
+    if (!reader_.isParked()) {
+        reader_.park();
+    }
     folder_.reset();
+    return true;
 }
 
 /// Opens the folder again by the way up from one in it, if that still leads here. If not, its path will.
@@ -132,6 +158,9 @@ void OpenListing::reopenFrom(const FileDescriptor& below) noexcept {
 
 int OpenListing::reopen() {
     FileDescriptor folder = openByPath(folderOf(entryPath_));
+    while (!folder.isOpen() && isOutOfDescriptors(errno) && closeOne()) {
+        folder = openByPath(folderOf(entryPath_));
+    }
     const int error = folder.isOpen() ? identityError(folder) : errno;
     if (error == 0) {
         folder_ = std::move(folder);

@@ -55,6 +55,9 @@ private:
     Item entry() const noexcept { return {folder_.get(), reader_.name()}; }
     bool standsOnFolder(const std::u16string& path) const noexcept;
     void makeWay();
+    bool park();
+    static bool closeOne();
+    static FileDescriptor openOrThrow(const std::u16string& path, const OpenListing* outer);
     void reopenFrom(const FileDescriptor& below) noexcept;
     int reopen();
     int identityError(const FileDescriptor& folder) const noexcept;

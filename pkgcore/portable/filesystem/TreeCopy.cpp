@@ -5,6 +5,7 @@
 
 #include <dirent.h>
 
+#include <cerrno>
 #include <utility>
 #include <vector>
 
@@ -63,7 +64,7 @@ private:
     void copyEntry() {
         switch (typeOfEntry()) {
             case DT_REG:
-                return checkEntry(files_.copyNew(from(), to(), levels_.back().known));
+                return copyFile();
             case DT_LNK:
                 return checkEntry(copyLink(from(), to(), times_));
             case DT_DIR:
@@ -71,6 +72,20 @@ private:
             default:
                 return checkEntry(atSource(ENOTSUP));
         }
+    }
+
+    void copyFile() {
+        Outcome outcome = files_.copyNew(from(), to(), levels_.back().known);
+        while (isOutOfDescriptors(outcome.error) && closeOne()) {
+            outcome = files_.copyNew(from(), to(), levels_.back().known);
+        }
+        checkEntry(outcome);
+    }
+
+    /// Makes room for more descriptors, on both sides if it can.
+    bool closeOne() {
+        const bool closedSource = source_.closeOne();
+        return destination_.closeOne() || closedSource;
     }
 
     unsigned char typeOfEntry() {
@@ -87,6 +102,10 @@ private:
         struct stat status {};
         FileDescriptor folder = openSource(status);
         DestinationFolder destination = openOrCreateFolder(to());
+        while (isOutOfDescriptors(destination.error) && closeOne()) {
+            destination.folder = openFolder(to());
+            destination.error = destination.folder.isOpen() ? 0 : errno;
+        }
         checkEntry(atDestination(destination.error));
         checkEntry(atDestination(destination_.push(std::move(destination.folder))));
         checkEntry(atSource(source_.enter(std::move(folder))));
@@ -95,8 +114,11 @@ private:
 
     // That the destination is not below the source was made sure of before; a folder moved, or mounted twice,
     // can make it so all the same, and the copy would never end.
-    FileDescriptor openSource(struct stat& status) const {
+    FileDescriptor openSource(struct stat& status) {
         FileDescriptor folder = openFolder(from());
+        while (!folder.isOpen() && isOutOfDescriptors(errno) && closeOne()) {
+            folder = openFolder(from());
+        }
         checkEntry(atSource(folder.isOpen() ? readStatus(folder.get(), status) : errno));
         checkEntry(atSource(isSameItem(status, destinationRoot_) ? EINVAL : 0));
         return folder;
@@ -152,9 +174,21 @@ DestinationFolder openOrCreateFolder(Item item) noexcept {
     if (error != 0 && error != EEXIST) {
         return {error, false, {}};
     }
+    const bool created = error == 0;
     FileDescriptor folder = openFolder(item);
-    const int openError = folder.isOpen() ? 0 : errno;
-    return {openError, error == 0, std::move(folder)};
+    if (created && !folder.isOpen() && errno == EACCES) {
+        // The process's umask took the owner's own permissions away.
+        errorOf([&] {
+            return systemCalls().fchmodat(item.folder, item.name, kWhileFilled, AT_SYMLINK_NOFOLLOW);
+        });
+        folder = openFolder(item);
+    }
+    if (!folder.isOpen()) {
+        return {errno, created, {}};
+    }
+    const int modeError =
+        created ? errorOf([&] { return systemCalls().fchmod(folder.get(), kWhileFilled); }) : 0;
+    return {modeError, created, std::move(folder)};
 }
 
 int refusalIfWithin(int folder, const struct stat& item) noexcept {

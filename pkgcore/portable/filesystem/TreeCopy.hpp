@@ -14,7 +14,7 @@ struct FolderAt {
 
 /// A folder to copy to.
 struct DestinationFolder {
-    int error = 0;  ///< if not 0, nothing is open
+    int error = 0;  ///< if not 0, it cannot be used
     bool created = false;
     FileDescriptor folder;
 };

@@ -95,7 +95,10 @@ private:
     };
 
     void removeEntry() {
-        Attempt attempt = removeOrOpen(walk_.entry(), walk_.reader().type() == DT_DIR, ownership_);
+        Attempt attempt = attemptEntry();
+        while (isOutOfDescriptors(attempt.error) && walk_.closeOne()) {
+            attempt = attemptEntry();
+        }
         if (attempt.folder.isOpen()) {
             attempt.error = walk_.enter(std::move(attempt.folder));
             if (attempt.error == 0) {
@@ -108,6 +111,10 @@ private:
         } else if (attempt.error != ENOENT) {  // ENOENT: somebody else was faster, which is as good
             fail(attempt.error, &TreeWalk::entryPath);
         }
+    }
+
+    Attempt attemptEntry() {
+        return removeOrOpen(walk_.entry(), walk_.reader().type() == DT_DIR, ownership_);
     }
 
     void finishFolder() {

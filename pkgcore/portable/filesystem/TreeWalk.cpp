@@ -24,6 +24,13 @@ int TreeWalk::enter(FileDescriptor folder) {
     return 0;
 }
 
+bool TreeWalk::closeOne() {
+    if (chain_.outermostOpen() + 1 < chain_.depth()) {
+        readers_[chain_.outermostOpen()].park();
+    }
+    return chain_.closeOne();
+}
+
 int TreeWalk::openParent() {
     const int error = chain_.openParent();
     FolderReader& reader = readers_[readers_.size() - 2];

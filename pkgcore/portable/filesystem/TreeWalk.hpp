@@ -27,6 +27,9 @@ public:
     /// Goes into a folder that was opened at the entry: 0, or the error number.
     int enter(FileDescriptor folder);
 
+    /// Closes a folder on the way here, so that a descriptor is free; false where there is none to close.
+    bool closeOne();
+
     /// Sees to it that the folder around this one is open and its listing under way: 0, or the error number.
     /// Not for the root.
     int openParent();

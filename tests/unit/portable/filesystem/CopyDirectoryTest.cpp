@@ -394,6 +394,20 @@ TEST_F(CopyLargeDirectory, WorksAt900LevelsWith256Descriptors) {
     EXPECT_TRUE(isThere(tree / ("b" + leaf)));
 }
 
+TEST_F(CopyLargeDirectory, AndRemovingItGiveDescriptorsUpWhereThereAreNoMore) {
+    makeFolder(tree / "a");
+    test::makeChain(tree / "a", "level", 60);
+    makeFile(tree / "a/level/level/zfile", "text");
+    test::runInChild([&] {
+        test::limitResource(RLIMIT_NOFILE, test::openDescriptors().size() + 8);
+        copy();
+        EXPECT_EQ(snapshot(tree / "a"), snapshot(tree / "b"));
+        test::limitResource(RLIMIT_NOFILE, test::openDescriptors().size() + 4);
+        fl::filesystem::remove_all(tree.text("b"));
+    });
+    EXPECT_FALSE(isThere(tree / "b"));
+}
+
 TEST_F(CopyLargeDirectory, WorksAt3000LevelsAndCopiesTheLast) {
     makeFolder(tree / "a");
     test::makeChain(tree / "a", "d", 3000);
@@ -433,10 +447,26 @@ TEST_F(CopyDirectory, SpendsEightCallsOnASmallFile) {
     EXPECT_EQ(2 * kFiles, test::callsMade<&SystemCalls::read>());
     EXPECT_EQ(kFiles, test::callsMade<&SystemCalls::write>());
     EXPECT_EQ(0, test::callsMade<&SystemCalls::fstatat>());
-    EXPECT_EQ(1, test::callsMade<&SystemCalls::fchmod>());  // of the folder
+    EXPECT_EQ(2, test::callsMade<&SystemCalls::fchmod>());  // of the folder, before it is filled and after //
+                                                            // of the folder
     EXPECT_LE(test::callsMade<&SystemCalls::ficlone>(), 1);
     EXPECT_EQ(0, test::callsMade<&SystemCalls::lseek>() + test::callsMade<&SystemCalls::fallocate>() +
                      test::callsMade<&SystemCalls::ftruncate>());
+}
+
+TEST(CopyDirectoryWithAnOddUmask, CopiesTheWholeTree) {
+    for (const mode_t mask : {0777U, 0477U, 0277U, 0177U, 0700U}) {
+        test::runAsOrdinaryUser([mask] {
+            const TempTree tree;
+            makeFolder(tree / "a");
+            makeFolder(tree / "a/inner");
+            makeFile(tree / "a/inner/file", "text");
+            ::umask(mask);
+            fl::filesystem::copy_directory(tree.text("a"), tree.text("b"));
+            ::umask(022);
+            EXPECT_EQ(snapshot(tree / "a"), snapshot(tree / "b")) << mask;
+        });
+    }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <pkgcore/platform/filesystem/DirectoryIterator.hpp>
 
+#include <pkgcore/filesystem/LocalFileSystemOps.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include "tests/support/DescriptorCount.hpp"
@@ -22,6 +23,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -99,6 +101,15 @@ TEST_F(ListedChain, LinkInPlaceOfAListedFolderIsNotFollowed) {
     ASSERT_EQ(0, ::rename((tree / "n").c_str(), (tree / "moved").c_str()));
     test::makeLink("moved", tree / "n");
     EXPECT_EQ(tree.text("n"), test::failedPath<NotDirectoryError>([&] { listingOf(tree.text("n")); }));
+}
+
+TEST_F(ListedChain, GivesItsDescriptorsUpWhereThereAreNoMore) {
+    test::runInChild([&] {
+        test::limitResource(RLIMIT_NOFILE, before + 3);
+        std::vector<opc::ustring> files;
+        opc::LocalFileSystemOps().getFiles(test::text(tree.path()), files, true);
+        EXPECT_EQ(301U, files.size());  // and the leaf
+    });
 }
 
 TEST(OpenListing, LinkIsFollowedFromWithinAListingToo) {
