@@ -51,28 +51,6 @@ bool encodeOne(char32_t point, char* out, std::size_t& size) {
     return true;
 }
 
-/// Of the text as it was given, since wide loads of the bytes would wait for the narrower stores that have
-/// just written them. Whole blocks, the last one at the end and over units that were looked at before, which
-/// the compiler turns into vectors.
-template <typename Unit>
-bool holdsNul(std::basic_string_view<Unit> text) {
-    constexpr std::size_t kBlock = 8;
-    if (text.size() < kBlock) {
-        return text.find(Unit{}) != text.npos;
-    }
-    Unit found[kBlock] = {};
-    const auto look = [&found](const Unit* at) {
-        Unit block[kBlock];
-        std::memcpy(block, at, sizeof block);
-        for (std::size_t i = 0; i < kBlock; ++i) found[i] |= block[i] == 0;
-    };
-    for (std::size_t at = 0; at + kBlock < text.size(); at += kBlock) {
-        look(text.data() + at);
-    }
-    look(text.data() + text.size() - kBlock);
-    return std::any_of(found, found + kBlock, [](Unit unit) { return unit != 0; });
-}
-
 /// Narrows the ASCII at the beginning, in whole blocks that the compiler turns into vectors, and returns how
 /// much.
 std::size_t narrowAsciiBlocks(std::wstring_view text, char* out) {
@@ -117,7 +95,9 @@ std::size_t encodeText(std::u16string_view text, char* out) noexcept {
         at += run;
         size += run;
     }
-    return holdsNul(text) ? kInvalidText : size;
+    // Of the text as it was given: wide loads of the bytes would wait for the narrower stores that have just
+    // written them.
+    return i18n::portable::holdsNul(text.data(), text.size()) ? kInvalidText : size;
 }
 
 static_assert(sizeof(wchar_t) == 4, "wide characters are UTF-32 on every POSIX host");
@@ -130,7 +110,7 @@ std::size_t encodeText(std::wstring_view text, char* out) noexcept {
             return kInvalidText;
         }
     }
-    return holdsNul(text) ? kInvalidText : size;
+    return text.find(L'\0') != text.npos ? kInvalidText : size;
 }
 
 std::size_t decodeText(std::string_view bytes, char16_t* out) noexcept {

@@ -18,4 +18,7 @@ std::size_t widenAsciiRun(const char* in, std::size_t length, char16_t* out) noe
 /// Copies the run with A to Z turned into a to z.
 std::size_t lowerAsciiRun(const char16_t* in, std::size_t length, char16_t* out) noexcept;
 
+/// Whether any code unit is a NUL; of the whole text, not of its ASCII alone.
+bool holdsNul(const char16_t* in, std::size_t length) noexcept;
+
 }  // namespace fl::i18n::portable

@@ -18,4 +18,6 @@ std::size_t lowerAsciiRun(const char16_t* in, std::size_t length, char16_t* out)
     return lowerAsciiUnits(in, length, out);
 }
 
+bool holdsNul(const char16_t* in, std::size_t length) noexcept { return holdsNulUnit(in, length); }
+
 }  // namespace fl::i18n::portable

@@ -122,4 +122,14 @@ std::size_t lowerAsciiRun(const char16_t* in, std::size_t length, char16_t* out)
     return run<LowerStep>(in, 0, length, out);
 }
 
+bool holdsNul(const char16_t* in, std::size_t length) noexcept {
+    if (length < kUnits) return holdsNulUnit(in, length);
+    const __m128i nul = _mm_setzero_si128();
+    __m128i found = _mm_cmpeq_epi16(load(in + length - kUnits), nul);
+    for (std::size_t i = 0; i + kUnits < length; i += kUnits) {
+        found = _mm_or_si128(found, _mm_cmpeq_epi16(load(in + i), nul));
+    }
+    return _mm_movemask_epi8(found) != 0;
+}
+
 }  // namespace fl::i18n::portable

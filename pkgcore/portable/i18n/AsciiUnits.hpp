@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 /// The functions of AsciiRun.hpp one unit at a time: all there is where no vectors are, and for texts shorter
@@ -35,6 +36,10 @@ inline std::size_t lowerAsciiUnits(const char16_t* in, std::size_t length, char1
     std::size_t i = 0;
     for (; i < length && isAscii(in[i]); ++i) out[i] = lowerAscii(in[i]);
     return i;
+}
+
+inline bool holdsNulUnit(const char16_t* in, std::size_t length) noexcept {
+    return std::find(in, in + length, u'\0') != in + length;
 }
 
 }  // namespace fl::i18n::portable

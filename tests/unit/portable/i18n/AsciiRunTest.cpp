@@ -109,4 +109,17 @@ TEST(AsciiUnits, AgreeWithTheVectors) {
     expectRunsAroundEachPosition<char16_t>(widenAsciiUnits, '\x80', same);
 }
 
+TEST(HoldsNul, FindsOneAtEachPlaceOfEachLength) {
+    for (std::size_t length = 0; length < 70; ++length) {
+        std::u16string text(length, u'\u0100');  // its lower half is a NUL byte, and no NUL
+        EXPECT_FALSE(holdsNul(text.data(), length));
+        for (std::size_t at = 0; at < length; ++at) {
+            text[at] = u'\0';
+            EXPECT_TRUE(holdsNul(text.data(), length)) << at << " of " << length;
+            EXPECT_FALSE(holdsNul(text.data(), at)) << at << " of " << length;
+            text[at] = u'a';
+        }
+    }
+}
+
 }  // namespace
