@@ -48,7 +48,7 @@ inline constexpr std::size_t kVerbCount = static_cast<std::size_t>(Verb::SetLast
 enum class Effect : unsigned char {
     FailBefore,  ///< throws; the store is not asked
     FailAfter,   ///< the store does it and it throws then, as where an answer is lost
-    Truncate     ///< half of what was read is given, and the reader has its end there; other verbs do not care
+    Truncate  ///< half of what was read is given, and the reader has its end there; other verbs do not care
 };
 
 struct Fault {
