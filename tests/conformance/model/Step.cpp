@@ -51,9 +51,24 @@ private:
 
 }  // namespace
 
+/// Without what the call does not look at.
 std::ostream& operator<<(std::ostream& out, const Step& step) {
-    return out << kCallNames[static_cast<std::size_t>(step.call)] << ' ' << testing::PrintToString(step.path)
-               << ' ' << testing::PrintToString(step.to) << ' ' << step.number;
+    out << kCallNames[static_cast<std::size_t>(step.call)] << ' ' << testing::PrintToString(step.path);
+    switch (step.call) {
+        case Call::Copy:
+        case Call::CopyReplacing:
+        case Call::Rename:
+            return out << ' ' << testing::PrintToString(step.to);
+        case Call::Write:
+        case Call::Append:
+        case Call::Overwrite:
+        case Call::SetTime:
+            return out << ' ' << step.number;
+        case Call::SetPermissions:
+            return out << (step.number % 2 == 0 ? " rw" : " r");
+        default:
+            return out;
+    }
 }
 
 std::ostream& operator<<(std::ostream& out, const Script& script) {
