@@ -1,3 +1,4 @@
+#include <pkgcore/testing/FaultProvider.hpp>
 #include <pkgcore/testing/ProviderConformance.hpp>
 
 #include <pkgcore/portable/storage/providers/folder/FolderProvider.hpp>
@@ -22,6 +23,14 @@ Ground makeFolderGround() {
 
 INSTANTIATE_TEST_SUITE_P(Memory, ProviderConformance,
                          testing::Values(storeFrom("memory", provider::makeMemoryProvider)), backendName);
+
+INSTANTIATE_TEST_SUITE_P(WithoutFaults, ProviderConformance,
+                         testing::Values(storeFrom("faulty",
+                                                   [] {
+                                                       return std::make_shared<FaultProvider>(
+                                                           provider::makeMemoryProvider());
+                                                   })),
+                         backendName);
 
 INSTANTIATE_TEST_SUITE_P(Folder, ProviderConformance, testing::Values(Backend{"folder", makeFolderGround}),
                          backendName);
