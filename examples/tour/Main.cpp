@@ -9,7 +9,7 @@
 // Folders, Words, Guards.
 
 #include "../support/HostPath.hpp"
-#include "Interruption.hpp"
+#include "../support/Interruption.hpp"
 #include "Tour.hpp"
 
 #include <exception>
@@ -79,8 +79,8 @@ bool visit(const opc::ustring& given) {
     // word.
     const opc::util::TempdirGuard scratch({}, u"pkgcore-tour-");
     makePrivate(files, scratch.getDirectoryName());
-    std::cout << "A tour of " << tour::printable(folder) << ", with a scratch folder at "
-              << tour::printable(scratch.getDirectoryName()) << "\n\n";
+    std::cout << "A tour of " << printable(folder) << ", with a scratch folder at "
+              << printable(scratch.getDirectoryName()) << "\n\n";
     Report report;
     Tour tour{files, folder, scratch.getDirectoryName(),
               files.appendPath(scratch.getDirectoryName(), u"copies")};
@@ -95,7 +95,7 @@ int main(int argc, char** argv) {
         std::cerr << "usage: tour FOLDER\n";
         return 2;
     }
-    tour::handleSignals();
+    handleSignals();
     try {
         return visit(pathFromHost(argv[1])) ? 0 : 1;
     } catch (const std::exception& failure) {

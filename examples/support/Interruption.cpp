@@ -2,8 +2,6 @@
 
 #include <csignal>
 
-namespace tour {
-
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
@@ -20,5 +18,3 @@ void handleSignals() {
 }
 
 bool isInterrupted() { return interrupted != 0; }
-
-}  // namespace tour
