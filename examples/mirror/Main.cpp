@@ -1,12 +1,13 @@
 // Makes one folder hold the files of another, whatever kind of storage each is in:
 //
-//     mirror [--delete] FROM TO [TO...]
+//     mirror [--delete] FROM [VIA...] TO
 //
-// A place is a native path, or an IRI: file:///folder, or mem://name/folder for memory, which lasts as long
-// as the program. With more than two places each is mirrored to the next one. What is new or different is
-// copied, with its time; what is at the destination alone is removed only with --delete, and not after a
-// failure. Links and folders without files are left out. The exit status is 0 if all went well, 1 if
-// something did not, and 2 if the command makes no sense.
+// FROM and TO are native paths or IRIs: file:///folder, or mem://name/folder for memory, which lasts as long
+// as the program. Each place is mirrored to the next one; those on the way are IRIs, so that a forgotten
+// quote around a pattern does not write into every folder that it fits. What is new or different is copied,
+// with its time; what is at the destination alone is removed only with --delete, and not after a failure.
+// Links and folders without files are left out. The exit status is 0 if all went well, 1 if something did
+// not, and 2 if the command makes no sense.
 
 #include "../support/Interruption.hpp"
 #include "Mirroring.hpp"
@@ -48,12 +49,22 @@ Place placeFor(const opc::FileSystemOpsSelector& selector, const std::string& ar
     }
 }
 
+void requireIRIsOnTheWay(const opc::FileSystemOpsSelector& selector, const std::vector<Place>& places) {
+    const bool areIRIs = std::all_of(places.begin() + 1, places.end() - 1, [&](const Place& place) {
+        return &place.files == &selector.getVirtual();
+    });
+    if (!areIRIs) {
+        throw std::invalid_argument("a place on the way that is no IRI");
+    }
+}
+
 std::vector<Place> placesFor(const opc::FileSystemOpsSelector& selector,
                              const std::vector<std::string>& arguments) {
     std::vector<Place> places;
     for (const std::string& argument : arguments) {
         places.push_back(placeFor(selector, argument));
     }
+    requireIRIsOnTheWay(selector, places);
     requireApart(places);
     return places;
 }
@@ -87,7 +98,7 @@ int main(int argc, char** argv) {
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     bool mayRemove = false;
     if (!takeOptions(arguments, mayRemove) || arguments.size() < 2) {
-        std::cerr << "usage: mirror [--delete] FROM TO [TO...]\n";
+        std::cerr << "usage: mirror [--delete] FROM [VIA...] TO\n";
         return 2;
     }
     handleSignals();

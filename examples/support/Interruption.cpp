@@ -6,7 +6,11 @@ namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
 
-void interrupt(int /*signal*/) { interrupted = 1; }
+/// The next one ends the process, should it wait for something that does not come.
+void interrupt(int signal) {
+    interrupted = 1;
+    static_cast<void>(std::signal(signal, SIG_DFL));
+}
 
 }  // namespace
 
