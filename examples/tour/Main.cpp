@@ -6,7 +6,7 @@
 // status is 0 if every check held, 1 if one did not, and 2 if the tour could not begin.
 //
 // Read on in the order of the steps below: List, Compare, Bytes, Streams, Items, Times,
-// Folders, Words, Guards.
+// Folders, Words, Guards, Request.
 
 #include "../support/HostPath.hpp"
 #include "../support/Interruption.hpp"
@@ -42,6 +42,7 @@ constexpr Chapter kChapters[] = {
     {"take paths apart", tour::takePathsApart},
     {"draw temporary names", tour::drawTempNames},
     {"guard temporary items", tour::guardTempItems},
+    {"request files by IRI", tour::requestByIRI},
 };
 
 /// Throws if the folder cannot be listed, with the reason in words. Asking by doing leaves no moment in
