@@ -20,13 +20,17 @@ opc::ustring below(const Place& place, const opc::ustring& path) {
     return relative;
 }
 
+/// Absolute first: a relative path of which nothing exists would stay relative.
+std::string resolved(const std::string& path) {
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path)).string();
+}
+
 /// One text for each folder of this machine, however it is named; the IRI for what is in any other store.
 /// With a slash at the end, so that no name is taken for the beginning of another.
 std::string location(const Place& place) {
     opc::ustring native;
     const bool isNative = place.files.getLocalPath(place.root, native);
-    const std::string text = isNative ? std::filesystem::weakly_canonical(hostFromPath(native)).string()
-                                      : hostFromPath(place.root);
+    const std::string text = isNative ? resolved(hostFromPath(native)) : hostFromPath(place.root);
     return text.back() == '/' ? text : text + '/';
 }
 

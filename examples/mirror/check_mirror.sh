@@ -149,6 +149,7 @@ expect_apart() {
 expect_apart from from
 expect_apart from from/sub
 expect_apart from/sub .
+expect_apart . new
 expect_apart from "file://$PWD/from"
 expect_apart alias/sub from
 expect_apart mem://a MEM://A/b
