@@ -19,6 +19,10 @@ std::size_t appendNext(const std::string& bytes, std::size_t at, opc::ustring& p
     return 1;
 }
 
+bool isLoneByte(char16_t unit) { return unit >= kFirstLoneByte + 0x80 && unit <= kFirstLoneByte + 0xFF; }
+
+bool isLeadSurrogate(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+
 }  // namespace
 
 opc::ustring pathFromHost(const std::string& bytes) {
@@ -31,4 +35,15 @@ opc::ustring pathFromHost(const std::string& bytes) {
         }
         return path;
     }
+}
+
+std::string hostFromPath(const opc::ustring& path) {
+    std::string bytes;
+    for (std::size_t at = 0; at < path.size();) {
+        const std::size_t length = isLeadSurrogate(path[at]) ? 2 : 1;
+        bytes += isLoneByte(path[at]) ? std::string(1, static_cast<char>(path[at] - kFirstLoneByte))
+                                      : opc::detail::toUTF8String(path.substr(at, length), false);
+        at += length;
+    }
+    return bytes;
 }

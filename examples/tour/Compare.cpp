@@ -1,55 +1,15 @@
 // Reading files through streams, and comparing what they hold.
 
+#include "../support/Streams.hpp"
 #include "Tour.hpp"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <stdexcept>
 
 namespace tour {
 
 namespace {
-
-constexpr std::size_t kChunk = std::size_t{64} * 1024;
-using Chunk = std::array<char, kChunk>;
-
-/// A stream that did not open says nothing but that: the words are the caller's.
-boost::shared_ptr<std::istream> openInput(opc::FileSystemOps& files, const opc::ustring& path) {
-    boost::system::error_code ec;
-    auto stream = files.createInputStream(path, std::ios_base::binary, ec);
-    if (!stream) {
-        throw std::runtime_error("cannot be opened for reading: " + printable(path));
-    }
-    return stream;
-}
-
-std::size_t readChunk(std::istream& stream, Chunk& chunk) {
-    stream.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
-    return static_cast<std::size_t>(stream.gcount());
-}
-
-struct Comparison {
-    std::uintmax_t equalBytes = 0;
-    bool equal = true;
-};
-
-/// Compares to the end or to the first difference.
-Comparison compareStreams(std::istream& one, std::istream& other) {
-    static Chunk left;
-    static Chunk right;
-    Comparison result;
-    std::size_t count = 0;
-    do {
-        count = readChunk(one, left);
-        const std::size_t otherCount = readChunk(other, right);
-        const auto end = left.begin() + std::min(count, otherCount);
-        const auto differing = std::mismatch(left.begin(), end, right.begin()).first;
-        result.equalBytes += static_cast<std::uintmax_t>(differing - left.begin());
-        result.equal = count == otherCount && differing == end;
-    } while (result.equal && count == kChunk);
-    return result;
-}
 
 void compareFiles(opc::FileSystemOps& files, const Copied& pair, Step& step) {
     const auto source = openInput(files, pair.source);

@@ -1,5 +1,6 @@
 // Listing a folder, and copying files out of it one by one.
 
+#include "../support/Streams.hpp"
 #include "Tour.hpp"
 
 #include <algorithm>
@@ -27,11 +28,7 @@ std::vector<opc::ustring> choose(const std::vector<opc::ustring>& sorted) {
 std::uintmax_t lengthOf(opc::FileSystemOps& files, const opc::ustring& path) {
     boost::system::error_code ec;
     const auto stream = files.createInputStream(path, std::ios_base::binary, ec);
-    if (!stream) {
-        return 0;
-    }
-    const std::streamoff length = stream->seekg(0, std::ios_base::end).tellg();
-    return length > 0 ? static_cast<std::uintmax_t>(length) : 0;
+    return stream ? ::lengthOf(*stream) : 0;
 }
 
 /// Copies what was chosen; remembers what was left out, by reason.

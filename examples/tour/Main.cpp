@@ -6,10 +6,10 @@
 // status is 0 if every check held, 1 if one did not, and 2 if the tour could not begin.
 //
 // Read on in the order of the steps below: List, Compare, Bytes, Streams, Items, Times,
-// Folders, Words, Guards.
+// Folders, Words, Guards, Request.
 
 #include "../support/HostPath.hpp"
-#include "Interruption.hpp"
+#include "../support/Interruption.hpp"
 #include "Tour.hpp"
 
 #include <exception>
@@ -42,6 +42,7 @@ constexpr Chapter kChapters[] = {
     {"take paths apart", tour::takePathsApart},
     {"draw temporary names", tour::drawTempNames},
     {"guard temporary items", tour::guardTempItems},
+    {"request files by IRI", tour::requestByIRI},
 };
 
 /// Throws if the folder cannot be listed, with the reason in words. Asking by doing leaves no moment in
@@ -79,8 +80,8 @@ bool visit(const opc::ustring& given) {
     // word.
     const opc::util::TempdirGuard scratch({}, u"pkgcore-tour-");
     makePrivate(files, scratch.getDirectoryName());
-    std::cout << "A tour of " << tour::printable(folder) << ", with a scratch folder at "
-              << tour::printable(scratch.getDirectoryName()) << "\n\n";
+    std::cout << "A tour of " << printable(folder) << ", with a scratch folder at "
+              << printable(scratch.getDirectoryName()) << "\n\n";
     Report report;
     Tour tour{files, folder, scratch.getDirectoryName(),
               files.appendPath(scratch.getDirectoryName(), u"copies")};
@@ -95,7 +96,7 @@ int main(int argc, char** argv) {
         std::cerr << "usage: tour FOLDER\n";
         return 2;
     }
-    tour::handleSignals();
+    handleSignals();
     try {
         return visit(pathFromHost(argv[1])) ? 0 : 1;
     } catch (const std::exception& failure) {

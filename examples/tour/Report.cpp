@@ -1,14 +1,12 @@
 #include "Report.hpp"
 
-#include "Interruption.hpp"
-
-#include <unistd.h>
+#include "../support/Interruption.hpp"
+#include "../support/Progress.hpp"
 
 #include <chrono>
 #include <exception>
 #include <iomanip>
 #include <iostream>
-#include <stdexcept>
 
 namespace tour {
 
@@ -18,18 +16,6 @@ constexpr int kTitleWidth = 30;
 constexpr int kItemsWidth = 9;
 constexpr int kBytesWidth = 14;
 constexpr int kTimeWidth = 12;
-constexpr std::size_t kProgressEvery = 16;
-
-bool onTerminal() {
-    static const bool terminal = isatty(STDOUT_FILENO) != 0;
-    return terminal;
-}
-
-void clearLine() {
-    if (onTerminal()) {
-        std::cout << '\r' << std::string(kTitleWidth + kItemsWidth + kBytesWidth + kTimeWidth, ' ') << '\r';
-    }
-}
 
 /// A dash reads better than a column of zeros.
 std::string number(std::uintmax_t value) { return value == 0 ? "-" : std::to_string(value); }
@@ -53,14 +39,7 @@ void Step::check(bool holds, const std::string& difference) {
     }
 }
 
-void Step::progress(std::size_t done, std::size_t total) const {
-    if (isInterrupted()) {
-        throw std::runtime_error("interrupted");
-    }
-    if (onTerminal() && done % kProgressEvery == 0) {
-        std::cout << "\r  " << title_ << ": " << done << " of " << total << std::flush;
-    }
-}
+void Step::progress(std::size_t done, std::size_t total) const { showProgress(title_, done, total); }
 
 Report::Report() {
     std::cout << std::left << "  " << std::setw(kTitleWidth) << "step" << std::right << std::setw(kItemsWidth)
@@ -92,7 +71,7 @@ bool Report::conclude() const {
 }
 
 void Report::print(const Step& step, double milliseconds) const {
-    clearLine();
+    clearProgress();
     std::cout << std::left << "  " << std::setw(kTitleWidth) << step.title_ << std::right
               << std::setw(kItemsWidth) << number(step.items_) << std::setw(kBytesWidth)
               << number(step.bytes_) << std::fixed << std::setprecision(1) << std::setw(kTimeWidth - 3)

@@ -1,14 +1,12 @@
 #pragma once
 
+#include "../support/Printable.hpp"
+
 #include <pkgcore/pkgcore.hpp>
 
 #include <string>
 
 namespace tour {
-
-/// A path as a terminal may show it: UTF-8, with U+FFFD for what has no form there and "?" for control
-/// characters.
-std::string printable(const opc::ustring& path);
 
 /// The values that the checks compare, as text.
 std::string describe(bool value);

@@ -40,6 +40,7 @@ void provokeFailures(Tour& tour, Step& step);
 void takePathsApart(Tour& tour, Step& step);
 void drawTempNames(Tour& tour, Step& step);
 void guardTempItems(Tour& tour, Step& step);
+void requestByIRI(Tour& tour, Step& step);
 
 /// Text of this length that nowhere repeats, so that no part can stand for another.
 std::string numbers(std::size_t length);

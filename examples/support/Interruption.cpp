@@ -2,13 +2,15 @@
 
 #include <csignal>
 
-namespace tour {
-
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
 
-void interrupt(int /*signal*/) { interrupted = 1; }
+/// The next one ends the process, should it wait for something that does not come.
+void interrupt(int signal) {
+    interrupted = 1;
+    static_cast<void>(std::signal(signal, SIG_DFL));
+}
 
 }  // namespace
 
@@ -20,5 +22,3 @@ void handleSignals() {
 }
 
 bool isInterrupted() { return interrupted != 0; }
-
-}  // namespace tour

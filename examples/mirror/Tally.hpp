@@ -1,0 +1,29 @@
+#pragma once
+
+#include <pkgcore/pkgcore.hpp>
+
+#include <cstdint>
+#include <string>
+
+namespace mirror {
+
+/// Counts what became of the items of one mirroring, and says what went wrong where it does.
+struct Tally {
+    std::uintmax_t bytes = 0;  ///< in the files that were copied or found unchanged
+    std::uintmax_t copied = 0;
+    std::uintmax_t unchanged = 0;
+    std::uintmax_t removed = 0;
+    std::uintmax_t skipped = 0;
+    std::uintmax_t failures = 0;
+
+    /// An item that is left out on purpose.
+    void skip(const opc::ustring& item, const std::string& reason);
+
+    /// An item that could not be dealt with; the others are.
+    void fail(const std::string& reason);
+
+    /// Prints all counts in one line.
+    void print(const opc::ustring& from, const opc::ustring& to) const;
+};
+
+}  // namespace mirror
