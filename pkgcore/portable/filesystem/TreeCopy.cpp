@@ -103,8 +103,9 @@ private:
         FileDescriptor folder = openSource(status);
         DestinationFolder destination = openOrCreateFolder(to());
         while (isOutOfDescriptors(destination.error) && closeOne()) {
-            destination.folder = openFolder(to());
-            destination.error = destination.folder.isOpen() ? 0 : errno;
+            const bool created = destination.created;
+            destination = openOrCreateFolder(to());
+            destination.created |= created;
         }
         checkEntry(atDestination(destination.error));
         checkEntry(atDestination(destination_.push(std::move(destination.folder))));
