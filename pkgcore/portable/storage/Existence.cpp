@@ -4,6 +4,7 @@
 
 namespace foundation::storage::vfs {
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a handle goes by value throughout this interface
 ExistenceType exists(const CanonicalAbsoluteIRI& location, StorageSystemReference storage) {
     const std::optional<provider::Item> found = portable::findSpot(location, storage).find();
     if (!found) {

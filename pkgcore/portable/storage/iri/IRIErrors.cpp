@@ -12,7 +12,7 @@ namespace {
 
 std::string character(char32_t point) {
     char name[16];
-    std::snprintf(name, sizeof name, "U+%04lX", static_cast<unsigned long>(point));
+    static_cast<void>(std::snprintf(name, sizeof name, "U+%04lX", static_cast<unsigned long>(point)));
     return std::string("Character ") + name;
 }
 

@@ -136,11 +136,9 @@ private:
         while (isAt(u'%')) {
             bytes += takeTriplet();
         }
-        const auto* const data = reinterpret_cast<const std::uint8_t*>(bytes.data());
         for (std::size_t i = 0; i < bytes.size();) {
             const std::size_t first = i;
-            UChar32 point = 0;
-            U8_NEXT(data, i, bytes.size(), point);
+            const UChar32 point = nextOfUTF8(bytes, i);
             const std::size_t offset = start + first * kTripletLength;
             if (point < 0) {
                 keepBytes(rules, offset, (i - first) * kTripletLength);
@@ -148,6 +146,14 @@ private:
                 respell(rules, offset, static_cast<char32_t>(point));
             }
         }
+    }
+
+    /// Below 0 for what is no UTF-8.
+    static UChar32 nextOfUTF8(const std::string& bytes, std::size_t& i) {
+        const auto* const data = reinterpret_cast<const std::uint8_t*>(bytes.data());
+        UChar32 point = 0;
+        U8_NEXT(data, i, bytes.size(), point);
+        return point;
     }
 
     char takeTriplet() {

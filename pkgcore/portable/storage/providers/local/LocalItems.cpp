@@ -59,7 +59,8 @@ std::u16string resolvedLink(const std::u16string& path) {
         }
         const std::u16string target = fl::filesystem::read_symlink(resolved);
         const bool isAbsolute = !target.empty() && target[0] == u'/';
-        resolved = isAbsolute ? target : resolved.substr(0, resolved.rfind(u'/') + 1) + target;
+        resolved.resize(isAbsolute ? 0 : resolved.rfind(u'/') + 1);
+        resolved += target;
     }
     throw fl::filesystem::InvalidArgument(path);
 }

@@ -93,7 +93,7 @@ public:
           mayReplace_(mayReplace) {
         takeOverBits();
     }
-    ~ReplacingWriter() override { discard(); }
+    ~ReplacingWriter() override { cut(); }
 
     void write(const char* bytes, std::size_t count) override {
         asStorage(Purpose::Creating, [&] { end_.write(bytes, count); });
@@ -110,14 +110,16 @@ public:
         });
     }
 
+    void discard() noexcept override { cut(); }
+
+private:
     // The temporary file goes with the writer; a published one is cut.
-    void discard() noexcept override {
+    void cut() noexcept {
         if (isPublished_) {
             end_.discard();
         }
     }
 
-private:
     static FileDescriptor create(HeldSibling& sibling) {
         FileDescriptor file = openOrThrow(sibling.item(), O_CREAT | O_EXCL);
         sibling.setMade(true);
