@@ -16,7 +16,7 @@ std::size_t MemoryContent::read(std::uint64_t offset, char* out, std::size_t cou
         const std::string& piece = *pieces_[static_cast<std::size_t>(at / kPieceSize)];
         const auto start = static_cast<std::size_t>(at % kPieceSize);
         const std::size_t taken = std::min(wanted - done, piece.size() - start);
-        std::memcpy(out + done, piece.data() + start, taken);
+        piece.copy(out + done, taken, start);
         done += taken;
     }
     return done;
