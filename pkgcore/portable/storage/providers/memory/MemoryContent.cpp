@@ -1,7 +1,6 @@
 #include <pkgcore/portable/storage/providers/memory/MemoryContent.hpp>
 
 #include <algorithm>
-#include <cstring>
 
 namespace foundation::storage::portable {
 
