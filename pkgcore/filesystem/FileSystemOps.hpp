@@ -121,7 +121,8 @@ public:
     boost::posix_time::ptime getLastModifiedTime(const ustring& path, boost::system::error_code& ec) noexcept;
 
     /// Sets that time (UTC, to the microsecond); not_a_date_time does nothing at all. A time that the file
-    /// system cannot hold is a failure and leaves the old one.
+    /// system cannot hold is a failure and leaves the old one. A fraction finer than its step is rounded
+    /// away, and some drop all of the fraction in the first and in the last second that they can hold.
     void setLastModifiedTime(const ustring& path, boost::posix_time::ptime time);
     void setLastModifiedTime(const ustring& path, boost::posix_time::ptime time,
                              boost::system::error_code& ec) noexcept;
