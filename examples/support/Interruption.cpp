@@ -1,15 +1,25 @@
 #include "Interruption.hpp"
 
 #include <csignal>
+#include <ctime>
 
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
+volatile std::time_t first = 0;
 
-/// The next one ends the process, should it wait for something that does not come.
+/// One request may arrive as several signals: `timeout` and shells send to the process and to its group. So
+/// only one that comes later ends the process, should it wait for something that does not come.
 void interrupt(int signal) {
-    interrupted = 1;
-    static_cast<void>(std::signal(signal, SIG_DFL));
+    constexpr std::time_t kOneRequest = 2;  // seconds; a difference of 1 may be a moment around a tick
+    const std::time_t now = std::time(nullptr);
+    if (interrupted == 0) {
+        interrupted = 1;
+        first = now;
+    } else if (now - first >= kOneRequest) {
+        static_cast<void>(std::signal(signal, SIG_DFL));
+        static_cast<void>(std::raise(signal));
+    }
 }
 
 }  // namespace

@@ -84,8 +84,10 @@ mkdir many
 touch many/{1..400}
 { "$tour" many || true; } | head -1 > output
 [[ -z $(ls -A temp) ]] || fail "left behind by a closed pipe: $(ls -A temp)"
-timeout --signal=TERM 0.02 "$tour" many > output || true  # whether the signal comes early, late or not at all
-[[ -z $(ls -A temp) ]] || fail "left behind after a signal: $(ls -A temp)"
+for delay in 0.0{05,10,15,20,25,30,40,60}; do  # whether it comes early, late or not at all; timeout sends it twice
+    timeout --signal=TERM "$delay" "$tour" many > output || true
+    [[ -z $(ls -A temp) ]] || fail "left behind by a signal after $delay s: $(ls -A temp)"
+done
 
 # The wall clock is that of the place that TZ names.
 TZ=XYZ-09:30 expect_status 0 "$tour" made-up
