@@ -3,8 +3,8 @@
 #include "../support/Interruption.hpp"
 #include "../support/Printable.hpp"
 
+#include <pkgcore/platform/except/Exception.hpp>
 #include <pkgcore/platform/storage/CanonicalAbsoluteIRI.hpp>
-#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/platform/storage/Folder.hpp>
 #include <pkgcore/platform/storage/Listing.hpp>
 
@@ -55,7 +55,7 @@ private:
     void tryFolder(const Open& folder) {
         try {
             listFolder(folder);
-        } catch (const vfs::Exception& failure) {
+        } catch (const foundation::core::except::Exception& failure) {
             onFailure_("cannot be listed: " + printable(folder.path) + ": " + failure.what());
         }
     }

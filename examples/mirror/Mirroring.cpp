@@ -9,6 +9,15 @@
 
 namespace mirror {
 
+namespace {
+
+void markFolder(const Item& original, const Item& copy) {
+    setTime(copy, original.files().getLastModifiedTime(original.path));
+    copyPermissions(original, copy);
+}
+
+}  // namespace
+
 /// A failure is one of this item.
 template <typename Work>
 void Mirroring::attempt(Work work) {
@@ -119,6 +128,7 @@ void Mirroring::mirrorFolder(const Item& original, const Item& copy) {
     }
     openUp(copy);
     ++tally_.folders;
+    folders_.emplace_back(original, copy);
 }
 
 void Mirroring::mirrorFile(const Item& original, const Item& copy) {
@@ -150,20 +160,11 @@ void Mirroring::mirrorLink(const Item& original, const Item& copy) {
 /// When all is in them, since that changes their times and takes the right to write; a folder after those in
 /// it.
 void Mirroring::markFolders() {
-    for (auto item = sources_.rbegin(); item != sources_.rend(); ++item) {
-        if (item->second.kind == Kind::folder) {
-            stopIfInterrupted();
-            attempt([&] { markFolder({from_, item->second.path}, copyOf(item->first)); });
-        }
+    for (auto folder = folders_.rbegin(); folder != folders_.rend(); ++folder) {
+        stopIfInterrupted();
+        attempt([&] { markFolder(folder->first, folder->second); });
     }
     attempt([&] { markFolder({from_, from_.root}, copyOf({})); });
-}
-
-void Mirroring::markFolder(const Item& original, const Item& copy) {
-    if (copy.files().isFolder(copy.path)) {
-        setTime(copy, original.files().getLastModifiedTime(original.path));
-        copyPermissions(original, copy);
-    }
 }
 
 }  // namespace mirror
