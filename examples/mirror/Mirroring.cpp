@@ -77,14 +77,14 @@ void Mirroring::mirrorAll(bool mayRemove) {
 /// A folder does not give way to a file, nor a file to a folder.
 bool Mirroring::isOther(const opc::ustring& relative, Kind kind) const {
     const auto source = sources_.find(relative);
-    return source == sources_.end() || (source->second.kind == Kind::folder) != (kind == Kind::folder);
+    return source == sources_.end() || (source->second.kind == Kind::Folder) != (kind == Kind::Folder);
 }
 
 /// What a folder holds goes before the folder.
 void Mirroring::removeOthers() {
     const Listing present = listAll(to_);
     for (const auto& [relative, item] : present) {
-        if (item.kind == Kind::folder) {
+        if (item.kind == Kind::Folder) {
             openUp({to_, item.path});
         }
     }
@@ -103,13 +103,13 @@ void Mirroring::removeOthers() {
 void Mirroring::mirrorItem(const opc::ustring& relative, const Listed& source) {
     const Item original{from_, source.path};
     switch (source.kind) {
-        case Kind::folder:
+        case Kind::Folder:
             return mirrorFolder(original, copyOf(relative));
-        case Kind::file:
+        case Kind::File:
             return mirrorFile(original, copyOf(relative));
-        case Kind::link:
+        case Kind::Link:
             return mirrorLink(original, copyOf(relative));
-        case Kind::other:  // a pipe or a device: there is nothing in it that could be copied
+        case Kind::Other:  // a pipe or a device: there is nothing in it that could be copied
             return tally_.skip(source.path, "neither a file nor a folder");
     }
 }
