@@ -1,6 +1,6 @@
 #pragma once
 
-#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+#include <pkgcore/testing/conformance/Needs.hpp>
 
 #include <algorithm>
 #include <stdexcept>
@@ -8,7 +8,7 @@
 namespace foundation::storage::conformance {
 
 TEST_P(ProviderConformance, NothingIsSeenBeforeTheFirstFlush) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     vfs::ofstream stream(file(u"f"), std::ios_base::out);
     stream << someBytes(200'000);
     EXPECT_TRUE(isMissing(u"f"));
@@ -18,7 +18,7 @@ TEST_P(ProviderConformance, NothingIsSeenBeforeTheFirstFlush) {
 }
 
 TEST_P(ProviderConformance, TheOldContentIsSeenBeforeTheFirstFlush) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "old"));
     vfs::ofstream stream(file(u"f"), std::ios_base::out);
     stream << someBytes(200'000);
@@ -28,13 +28,13 @@ TEST_P(ProviderConformance, TheOldContentIsSeenBeforeTheFirstFlush) {
 }
 
 TEST_P(ProviderConformance, ClosingPublishes) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     { vfs::ofstream(file(u"f"), std::ios_base::out) << "text"; }
     EXPECT_EQ(read(u"f"), "text");
 }
 
 TEST_P(ProviderConformance, ClosingWithoutAByteMakesAnEmptyFile) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     { vfs::ofstream stream(file(u"new"), std::ios_base::out); }
     EXPECT_EQ(read(u"new"), "");
     ASSERT_TRUE(write(u"old", "text"));
@@ -43,7 +43,7 @@ TEST_P(ProviderConformance, ClosingWithoutAByteMakesAnEmptyFile) {
 }
 
 TEST_P(ProviderConformance, MoreIsPublishedAfterTheFirstTime) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     std::string expected;
     vfs::ofstream stream(file(u"f"), std::ios_base::out);
     for (unsigned i = 0; i < 20; ++i) {
@@ -59,7 +59,7 @@ TEST_P(ProviderConformance, MoreIsPublishedAfterTheFirstTime) {
 }
 
 TEST_P(ProviderConformance, NothingIsPublishedWhileAnExceptionIsOnItsWay) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"old", "old"));
     for (const std::u16string name : {u"old", u"new"}) {
         try {
@@ -75,7 +75,7 @@ TEST_P(ProviderConformance, NothingIsPublishedWhileAnExceptionIsOnItsWay) {
 }
 
 TEST_P(ProviderConformance, NothingMoreIsPublishedAfterAFailure) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"old", "old"));
     for (const std::u16string name : {u"old", u"new"}) {
         vfs::ofstream stream(file(name), std::ios_base::out);
@@ -87,7 +87,7 @@ TEST_P(ProviderConformance, NothingMoreIsPublishedAfterAFailure) {
 }
 
 TEST_P(ProviderConformance, WhatWasPublishedStaysWhenTheRestIsDiscarded) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     try {
         vfs::ofstream stream(file(u"f"), std::ios_base::out);
         stream << "first" << std::flush << someBytes(100'000);
@@ -98,7 +98,7 @@ TEST_P(ProviderConformance, WhatWasPublishedStaysWhenTheRestIsDiscarded) {
 }
 
 TEST_P(ProviderConformance, ContentOfEverySizeComesBack) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     for (const std::size_t size : {0u, 1u, 4095u, 4096u, 32'767u, 65'535u, 65'536u, 65'537u, 3'000'017u}) {
         const std::string content = someBytes(size);
         ASSERT_TRUE(write(u"f", content));
@@ -107,7 +107,7 @@ TEST_P(ProviderConformance, ContentOfEverySizeComesBack) {
 }
 
 TEST_P(ProviderConformance, PiecesOfEverySizeFollowEachOther) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     const std::string content = someBytes(500'000);
     {
         vfs::ofstream stream(file(u"f"), std::ios_base::out);
@@ -123,7 +123,7 @@ TEST_P(ProviderConformance, PiecesOfEverySizeFollowEachOther) {
 }
 
 TEST_P(ProviderConformance, AppendingGoesOnBehindTheOldContent) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     const std::string content = someBytes(100'000);
     ASSERT_TRUE(write(u"f", content));
     {
@@ -137,7 +137,7 @@ TEST_P(ProviderConformance, AppendingGoesOnBehindTheOldContent) {
 }
 
 TEST_P(ProviderConformance, AppendingMakesAMissingFile) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     { vfs::ofstream stream(file(u"empty"), std::ios_base::app); }
     EXPECT_EQ(read(u"empty"), "");
     EXPECT_TRUE(write(u"f", "text", std::ios_base::app));
@@ -145,7 +145,7 @@ TEST_P(ProviderConformance, AppendingMakesAMissingFile) {
 }
 
 TEST_P(ProviderConformance, AppendingIsDiscardedToo) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "old"));
     try {
         vfs::ofstream stream(file(u"f"), std::ios_base::app);
@@ -157,7 +157,7 @@ TEST_P(ProviderConformance, AppendingIsDiscardedToo) {
 }
 
 TEST_P(ProviderConformance, WritingOverTheBeginningKeepsTheRest) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     constexpr auto kInOut = std::ios_base::in | std::ios_base::out;
     ASSERT_TRUE(write(u"f", "0123456789"));
     EXPECT_TRUE(write(u"f", "abc", kInOut));
@@ -178,14 +178,14 @@ TEST_P(ProviderConformance, WritingOverTheBeginningKeepsTheRest) {
 }
 
 TEST_P(ProviderConformance, FlagsThatMakeNoSenseOpenNothing) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "old"));
     EXPECT_FALSE(write(u"f", "new", std::ios_base::trunc | std::ios_base::app));
     EXPECT_EQ(read(u"f"), "old");
 }
 
 TEST_P(ProviderConformance, NoFileIsMadeWhereThereIsNoFolder) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "text"));
     EXPECT_FALSE(write(u"missing/f", "text"));
     EXPECT_FALSE(write(u"f/g", "text"));
@@ -194,7 +194,7 @@ TEST_P(ProviderConformance, NoFileIsMadeWhereThereIsNoFolder) {
 }
 
 TEST_P(ProviderConformance, AFolderIsNotWrittenOver) {
-    PKGCORE_SKIP_UNLESS(makesTrees());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders);
     folder(u"d").createFolder();
     EXPECT_FALSE(write(u"d", "text"));
     EXPECT_FALSE(write(u"d", "text", std::ios_base::app));
@@ -202,7 +202,7 @@ TEST_P(ProviderConformance, AFolderIsNotWrittenOver) {
 }
 
 TEST_P(ProviderConformance, AReadOnlyFileIsNotWritten) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().setsWritable);
+    PKGCORE_NEEDS(Need::Writing, Need::Marking);
     ASSERT_TRUE(write(u"f", "old"));
     file(u"f").setWritable(false);
     for (const auto mode : {std::ios_base::out, std::ios_base::app, std::ios_base::in | std::ios_base::out}) {
@@ -215,7 +215,7 @@ TEST_P(ProviderConformance, AReadOnlyFileIsNotWritten) {
 }
 
 TEST_P(ProviderConformance, PublishingIntoARemovedFolderFails) {
-    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::Removing);
     folder(u"d").createFolder();
     vfs::ofstream stream(file(u"d/f"), std::ios_base::out);
     stream << "text";
