@@ -232,16 +232,6 @@ TEST_P(BackEndConformance, AFolderOntoAFolderIsAFailureOrReplacesIt) {
     EXPECT_EQ(files(u"to", true), treeAt(u"to"));
 }
 
-TEST_P(BackEndConformance, IgnoreFillsAFolderOrIsAFailure) {
-    makeTree(u"from");
-    ops.createFolder(at(u"to"));
-    write(u"to/old", "old");
-    boost::system::error_code ec;
-    ops.copy(at(u"from"), at(u"to"), opc::Ignore, ec);
-    EXPECT_EQ(ec.failed(), !backEnd.mergesFolders);
-    EXPECT_EQ(files(u"to", true).size(), backEnd.mergesFolders ? 4u : 1u);
-}
-
 TEST_P(BackEndConformance, RenamingReplacesAFile) {
     write(u"from", "new");
     write(u"to", "old");
@@ -258,17 +248,6 @@ TEST_P(BackEndConformance, RenamingMovesAFolderWithAllThatItHolds) {
     ops.createFolder(at(u"empty"));
     ops.rename(at(u"to"), at(u"empty"));
     EXPECT_EQ(files(u"", true), treeAt(u"empty"));
-}
-
-TEST_P(BackEndConformance, RenamingOntoAFullFolderReplacesItOrIsAFailure) {
-    makeTree(u"from");
-    ops.createFolder(at(u"to"));
-    write(u"to/old", "old");
-    boost::system::error_code ec;
-    ops.rename(at(u"from"), at(u"to"), ec);
-    EXPECT_EQ(ec.failed(), !backEnd.renamesOntoFullFolders);
-    EXPECT_EQ(files(u"to", true), backEnd.renamesOntoFullFolders ? treeAt(u"to") : Paths{at(u"to/old")});
-    EXPECT_EQ(ops.exists(at(u"from")), !backEnd.renamesOntoFullFolders);
 }
 
 TEST_P(BackEndConformance, AFolderDoesNotGoIntoItself) {
