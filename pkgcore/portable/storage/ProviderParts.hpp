@@ -21,7 +21,7 @@ inline void require(bool holds, vfs::ErrorCode code) {
     }
 }
 
-/// Reads bytes that it holds; for stores with Traits::readsAt or without.
+/// Reads bytes that it holds, for a store with Traits::readsAt.
 class BytesReader : public Reader {
 public:
     explicit BytesReader(std::string bytes) : bytes_(std::move(bytes)) {}
