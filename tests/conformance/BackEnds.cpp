@@ -68,10 +68,10 @@ private:
 
 std::vector<BackEnd> backEnds() {
     return {
-        {"Local", [] { return std::make_unique<LocalPlace>(); }, true, true},
-        {"VirtualMemory", [] { return std::make_unique<MemoryPlace>(); }, false, false},
-        {"VirtualFile", [] { return std::make_unique<FileSchemePlace>(); }, false, true},
-        {"VirtualFolder", [] { return std::make_unique<FolderPlace>(); }, false, false},
+        {"Local", [] { return std::make_unique<LocalPlace>(); }, true, true, true},
+        {"VirtualMemory", [] { return std::make_unique<MemoryPlace>(); }, false, false, false},
+        {"VirtualFile", [] { return std::make_unique<FileSchemePlace>(); }, false, true, false},
+        {"VirtualFolder", [] { return std::make_unique<FolderPlace>(); }, false, false, false},
     };
 }
 

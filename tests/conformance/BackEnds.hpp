@@ -30,6 +30,8 @@ struct BackEnd {
     bool hasLinks;
     /// What lies in the place has a native path.
     bool hasLocalPaths;
+    /// Every output stream goes to any place; otherwise those that are opened with std::ios::in do.
+    bool seeksAllOutput;
 };
 
 inline void PrintTo(const BackEnd& backEnd, std::ostream* out) { *out << backEnd.name; }

@@ -177,6 +177,115 @@ TEST_P(ProviderConformance, WritingOverTheBeginningKeepsTheRest) {
     EXPECT_TRUE(isMissing(u"missing"));
 }
 
+TEST_P(ProviderConformance, AnUpdateGoesToAnyPlace) {
+    PKGCORE_NEEDS(Need::Writing);
+    ASSERT_TRUE(write(u"f", "hello world"));
+    {
+        vfs::ofstream stream(file(u"f"), std::ios_base::in | std::ios_base::binary);
+        EXPECT_EQ(stream.tellp(), std::streampos(0));
+        stream.seekp(0, std::ios_base::end) << "XX";
+        EXPECT_EQ(stream.tellp(), std::streampos(13));
+        stream.seekp(6) << "W" << std::flush;
+        EXPECT_EQ(read(u"f"), "hello WorldXX");
+        stream.seekp(-1, std::ios_base::cur) << "w";
+        stream.seekp(15) << "!";
+        EXPECT_EQ(read(u"f"), "hello WorldXX");
+    }
+    EXPECT_EQ(read(u"f"), std::string("hello worldXX\0\0!", 16));
+}
+
+TEST_P(ProviderConformance, AnUpdateReadsWhatItHas) {
+    PKGCORE_NEEDS(Need::Writing);
+    ASSERT_TRUE(write(u"f", "hello world"));
+    vfs::ofstream stream(file(u"f"), std::ios_base::in);
+    std::istream reader(stream.rdbuf());
+    std::string word;
+    EXPECT_TRUE(reader >> word);
+    EXPECT_EQ(word, "hello");
+    EXPECT_EQ(stream.tellp(), std::streampos(5)) << "one position serves both";
+    stream << "," << std::flush;
+    EXPECT_TRUE(reader >> word);
+    EXPECT_EQ(word, "world");
+    EXPECT_EQ(read(u"f"), "hello,world");
+}
+
+TEST_P(ProviderConformance, ANewFileIsUpdatedIfToldSo) {
+    PKGCORE_NEEDS(Need::Writing);
+    ASSERT_TRUE(write(u"old", "long ago"));
+    for (const std::u16string name : {u"old", u"new"}) {
+        vfs::ofstream stream(file(name), std::ios_base::in | std::ios_base::trunc);
+        stream << "size: ?" << someBytes(100'000);
+        stream.seekp(6) << "3";
+        EXPECT_EQ(isMissing(name), name == u"new");
+        stream << std::flush;
+        EXPECT_EQ(read(name), "size: 3" + someBytes(100'000));
+    }
+    { vfs::ofstream stream(file(u"old"), std::ios_base::in | std::ios_base::trunc); }
+    EXPECT_EQ(read(u"old"), "");
+}
+
+TEST_P(ProviderConformance, AnUpdateOfEverySizeAtEveryPlaceIsKept) {
+    PKGCORE_NEEDS(Need::Writing);
+    std::string expected = someBytes(200'000);
+    ASSERT_TRUE(write(u"f", expected));
+    vfs::ofstream stream(file(u"f"), std::ios_base::in);
+    unsigned long long state = 1;
+    for (unsigned i = 0; i < 60; ++i) {
+        state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+        const std::size_t at = static_cast<std::size_t>(state >> 33) % (expected.size() + 1000);
+        const std::string piece =
+            someBytes(static_cast<std::size_t>(state >> 20) % (i % 8 == 0 ? 50'000 : 500), i);
+        if (!piece.empty()) {
+            expected.resize(std::max(expected.size(), at + piece.size()));
+            expected.replace(at, piece.size(), piece);
+        }
+        stream.seekp(static_cast<std::streamoff>(at)) << piece;
+        if (i % 20 == 19) {
+            stream << std::flush;
+            ASSERT_EQ(read(u"f"), expected);
+        }
+    }
+    EXPECT_TRUE(stream.good());
+}
+
+TEST_P(ProviderConformance, AnUpdateIsDiscardedAsAWhole) {
+    PKGCORE_NEEDS(Need::Writing);
+    ASSERT_TRUE(write(u"f", "old text"));
+    try {
+        vfs::ofstream stream(file(u"f"), std::ios_base::in);
+        stream << "new" << std::flush << "er";
+        throw std::runtime_error("on its way");
+    } catch (const std::runtime_error&) {
+    }
+    EXPECT_EQ(read(u"f"), "new text");
+    EXPECT_EQ(list(u""), Names{u"f"});
+}
+
+TEST_P(ProviderConformance, WhatIsWrittenInOrderGoesNowhereElse) {
+    PKGCORE_NEEDS(Need::Writing);
+    for (const auto mode : {std::ios_base::out, std::ios_base::app, std::ios_base::in | std::ios_base::app}) {
+        ASSERT_TRUE(write(u"f", "old"));
+        vfs::ofstream stream(file(u"f"), mode);
+        stream << "12345";
+        const std::streampos here = stream.tellp();
+        EXPECT_TRUE(stream.seekp(here));
+        EXPECT_TRUE(stream.seekp(0, std::ios_base::cur));
+        EXPECT_TRUE(stream.seekp(0, std::ios_base::end));
+        EXPECT_EQ(stream.tellp(), here);
+        for (const std::streamoff off : {-1, 1}) {
+            for (const auto direction : {std::ios_base::cur, std::ios_base::end}) {
+                EXPECT_FALSE(stream.seekp(off, direction));
+                EXPECT_FALSE(stream << "lost");
+                stream.clear();
+            }
+        }
+        EXPECT_FALSE(stream.seekp(0));
+        stream.clear();
+        stream << "6" << std::flush;
+        EXPECT_EQ(read(u"f"), mode == std::ios_base::out ? "123456" : "old123456");
+    }
+}
+
 TEST_P(ProviderConformance, FlagsThatMakeNoSenseOpenNothing) {
     PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "old"));
