@@ -30,7 +30,8 @@ public:
     const StorageSystemReference& getStorageSystem() const noexcept { return storage_; }
 
     /// The entries of the folder whose names match `pattern` ("*" any characters, "?" one); all with an empty
-    /// one. Each once, in the order of the code units of their names.
+    /// one. Each once, in the order of the code units of their names. Pipes, sockets and devices of the
+    /// scheme "file" are left out.
     Listing listAll(const std::u16string& pattern) const;
 
     /// The same for everything below the folder, a folder before what it holds, which stands in its place;
@@ -56,7 +57,8 @@ public:
     void removeFolder(FolderRemovalPolicy policy) const;
 
     /// Copies the folder with all that it holds, also into another store. A missing folder around the
-    /// destination is NotFound; a folder onto or into itself is NotSupported before anything is changed. A
+    /// destination is NotFound; a folder onto or into itself is NotSupported before anything is changed; a
+    /// pipe, socket or device in it is NotSupported, too, and the copy fails. A
     /// failure leaves the old destination or what was copied by then, and the source as it was.
     void copyFolder(const Folder& destination, provider::ReplacementPolicy policy) const;
 
