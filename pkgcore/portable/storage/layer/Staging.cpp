@@ -9,8 +9,6 @@ namespace foundation::storage::portable {
 using provider::Kind;
 using provider::ReplacementPolicy;
 
-namespace {
-
 // Nothing of the item's own name: that may be as long as a name can be.
 Spot temporarySibling(const Spot& spot) {
     std::u16string name = u".";
@@ -18,6 +16,8 @@ Spot temporarySibling(const Spot& spot) {
     name += u".tmp";
     return spot.parent().child(name);
 }
+
+namespace {
 
 /// Goes away with what is in it unless it was moved.
 class Stage {
