@@ -2,7 +2,11 @@
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/storage/layer/Content.hpp>
+#include <pkgcore/portable/storage/layer/Removal.hpp>
 #include <pkgcore/portable/storage/layer/TreeWalk.hpp>
+
+#include <exception>
+#include <optional>
 
 namespace foundation::storage::portable {
 
@@ -25,10 +29,44 @@ void carryMarks(const Item& source, const Spot& to, Carry carry) {
     }
 }
 
+/// As far as it goes: the failure that brought us here is on its way.
+void restoreMark(const Spot& spot, const Item& old) noexcept {
+    try {
+        spot.setWritable(old.isWritable);
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
 void verify(const Spot& from, const Spot& to) {
     if (!haveSameContent(from, to)) {
         throw vfs::Exception(ErrorCode::IOError, "The copy differs from its source", to.iri());
     }
+}
+
+/// Puts another content in a file. The mark of the source comes first, since a new content keeps it: then
+/// nothing is left to fail when the old content is gone.
+void replaceContent(const Spot& from, const Spot& to, const Item& source, const Item& old) {
+    const bool changesMark = to.traits().setsWritable && old.isWritable != source.isWritable;
+    if (changesMark) {
+        to.setWritable(source.isWritable);
+    }
+    try {
+        copyContent(from, to, WriteMode::Create);
+    } catch (const std::exception&) {
+        if (changesMark) {
+            restoreMark(to, old);
+        }
+        throw;
+    }
+}
+
+/// What follows when the content is there.
+void complete(const Spot& from, const Spot& to, const Item& source, Carry carry) {
+    if (carry == Carry::Everything) {
+        verify(from, to);
+    }
+    carryMarks(source, to, carry);
 }
 
 /// Refuses to lose what a move could not take along.
@@ -85,11 +123,19 @@ void copyOneFile(const Spot& from, const Spot& to, ReplacementPolicy policy, Car
         from.fail(ErrorCode::NotSupported);  // reading it might wait for ever
     }
     const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
-    copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
-    if (carry == Carry::Everything) {
-        verify(from, to);
+    const std::optional<Item> old = replaces ? to.find() : std::nullopt;
+    if (old) {
+        replaceContent(from, to, source, *old);
+        complete(from, to, source, carry);
+        return;
     }
-    carryMarks(source, to, carry);
+    copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
+    try {
+        complete(from, to, source, carry);
+    } catch (const std::exception&) {
+        removeRemains(to);
+        throw;
+    }
 }
 
 void copyTree(const Spot& from, const Spot& to, Carry carry) { TreeCopy(from, to, carry).run(); }
