@@ -11,12 +11,8 @@ using provider::ReplacementPolicy;
 
 namespace {
 
-// Nothing of the item's own name: that may be as long as a name can be.
 Spot temporarySibling(const Spot& spot) {
-    std::u16string name = u".";
-    fl::filesystem::posix::appendRandomName(name);
-    name += u".tmp";
-    return spot.parent().child(name);
+    return spot.parent().child(fl::filesystem::posix::temporaryName());
 }
 
 /// Goes away with what is in it unless it was moved.

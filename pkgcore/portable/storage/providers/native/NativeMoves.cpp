@@ -2,9 +2,10 @@
 
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/LinkCopy.hpp>
+#include <pkgcore/portable/filesystem/MoveSafety.hpp>
+#include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
-#include <pkgcore/portable/storage/providers/native/HeldItem.hpp>
 
 #include <cstdio>
 
@@ -53,13 +54,13 @@ bool areOneItem(Item one, Item other) noexcept {
 
 /// The old folder is put away under another name until the new one is in place.
 void replaceByTurns(Item from, Item to) {
-    HeldSibling old(to.folder);
-    throwIfFailed(renameOver(to, old.item()));
-    if (const int error = renameOver(from, to); error != 0) {
-        throwIfFailed(renameOver(old.item(), to));
+    const posix::TemporarySibling old(to.folder);
+    throwIfFailed(posix::renameItem(to, old.item()));
+    if (const int error = posix::renameItem(from, to); error != 0) {
+        throwIfFailed(posix::renameItem(old.item(), to));
         throwIfFailed(error);
     }
-    old.setMade(true);
+    posix::removeTree(old.item(), kNoPath);
 }
 
 /// Both change places in one step, and then the old one goes.
@@ -72,6 +73,15 @@ void replaceFolder(Item from, Item to) {
     } else {
         throwIfFailed(error);
     }
+}
+
+void moveToOtherDevice(Item from, Item to, ReplacementPolicy policy) {
+    const struct stat source = statusOf(from);
+    const posix::Disk disk(to.folder);
+    copyItem(from, to, policy, posix::Times::Carried);
+    throwIfFailed(disk.sync());
+    throwIfFailed(posix::changeSince(source, from));
+    posix::removeTree(from, kNoPath);
 }
 
 void copyContents(Item from, Item to, const struct stat& status, posix::Times times) {
@@ -92,17 +102,12 @@ void copyContents(Item from, Item to, const struct stat& status, posix::Times ti
 
 }  // namespace
 
-int renameOver(Item from, Item to) noexcept {
-    return posix::withOneNumberForNotEmpty(posix::errorOf(
-        [&] { return posix::systemCalls().renameat(from.folder, from.name, to.folder, to.name); }));
-}
-
 int renameNew(Item from, Item to) noexcept {
     const int error = renameWith(from, to, RENAME_NOREPLACE);
     if (!isUnknown(error)) {
         return error;
     }
-    return isThere(to) ? EEXIST : renameOver(from, to);
+    return isThere(to) ? EEXIST : posix::renameItem(from, to);
 }
 
 void moveItem(Item from, Item to, ReplacementPolicy policy) {
@@ -112,10 +117,9 @@ void moveItem(Item from, Item to, ReplacementPolicy policy) {
             posix::unlinkItem(from, 0));  // the system would leave two names of one file as they are
         return;
     }
-    const int error = replaces ? renameOver(from, to) : renameNew(from, to);
+    const int error = replaces ? posix::renameItem(from, to) : renameNew(from, to);
     if (error == EXDEV) {
-        copyItem(from, to, policy, posix::Times::Carried);
-        posix::removeTree(from, kNoPath);
+        moveToOtherDevice(from, to, policy);
     } else if (error == ENOTEMPTY) {
         replaceFolder(from, to);
     } else {
@@ -125,7 +129,7 @@ void moveItem(Item from, Item to, ReplacementPolicy policy) {
 
 void copyItem(Item from, Item to, ReplacementPolicy policy, posix::Times times) {
     const struct stat status = statusOf(from);
-    HeldSibling copy(to.folder);
+    posix::TemporarySibling copy(to.folder);
     copy.setMade(true);
     copyContents(from, copy.item(), status, times);
     moveItem(copy.item(), to, policy);
