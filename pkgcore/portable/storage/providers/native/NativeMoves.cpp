@@ -8,6 +8,7 @@
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
 
 #include <cstdio>
+#include <cstring>
 
 namespace foundation::storage::portable {
 
@@ -63,8 +64,10 @@ void replaceByTurns(Item from, Item to) {
     posix::removeTree(old.item(), kNoPath);
 }
 
-/// Both change places in one step, and then the old one goes.
+/// Both change places in one step, and then the old one goes. It may hold the new one, where links on the way
+/// have hidden that.
 void replaceFolder(Item from, Item to) {
+    throwIfFailed(posix::refusalIfWithin(from.folder, statusOf(to)));
     const int error = renameWith(from, to, RENAME_EXCHANGE);
     if (error == 0) {
         posix::removeTree(from, kNoPath);
@@ -72,6 +75,32 @@ void replaceFolder(Item from, Item to) {
         replaceByTurns(from, to);
     } else {
         throwIfFailed(error);
+    }
+}
+
+/// Whether two items are one name in one folder, on whatever ways the folder is reached.
+bool areOneName(Item one, Item other) noexcept {
+    return areOneItem({one.folder, "."}, {other.folder, "."}) && std::strcmp(one.name, other.name) == 0;
+}
+
+/// Gives one of two names of a file up, but never the only one: where letter case does not count, one name
+/// looks like two.
+void dropName(Item from, Item to) {
+    const posix::TemporarySibling aside(from.folder);
+    throwIfFailed(renameNew(from, aside.item()));
+    throwIfFailed(areOneItem(aside.item(), to) ? posix::unlinkItem(aside.item(), 0)
+                                               : renameNew(aside.item(), from));
+}
+
+/// Renaming leaves two names of one item as they are, unless they differ in letter case alone where that does
+/// not count.
+void moveOntoItself(Item from, Item to) {
+    const int error = posix::renameItem(from, to);
+    throwIfFailed(error == EXDEV ? 0 : error);
+    struct stat status;
+    const bool isLeft = posix::readStatus(from, status) == 0;
+    if (isLeft && !S_ISDIR(status.st_mode) && status.st_nlink > 1 && !areOneName(from, to)) {
+        dropName(from, to);
     }
 }
 
@@ -113,8 +142,7 @@ int renameNew(Item from, Item to) noexcept {
 void moveItem(Item from, Item to, ReplacementPolicy policy) {
     const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
     if (replaces && areOneItem(from, to)) {
-        throwIfFailed(
-            posix::unlinkItem(from, 0));  // the system would leave two names of one file as they are
+        moveOntoItself(from, to);
         return;
     }
     const int error = replaces ? posix::renameItem(from, to) : renameNew(from, to);
@@ -129,6 +157,7 @@ void moveItem(Item from, Item to, ReplacementPolicy policy) {
 
 void copyItem(Item from, Item to, ReplacementPolicy policy, posix::Times times) {
     const struct stat status = statusOf(from);
+    throwIfFailed(areOneItem(from, to) ? EINVAL : 0);
     posix::TemporarySibling copy(to.folder);
     copy.setMade(true);
     copyContents(from, copy.item(), status, times);
