@@ -35,6 +35,11 @@ pkgcore_coverage_packages=(
     llvm-14
 )
 
+# In addition: the API reference.
+pkgcore_docs_packages=(
+    doxygen
+)
+
 is_installed() {
     [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }

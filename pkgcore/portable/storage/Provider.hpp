@@ -12,6 +12,7 @@
 #include <optional>
 #include <vector>
 
+/// @file
 /// What a store has to offer so that it can be mounted in a storage system (StorageSystemBuilder.hpp).
 ///
 /// Required of all of it:
