@@ -40,6 +40,13 @@ pkgcore_docs_packages=(
     doxygen
 )
 
+# In addition: the Debian packages, and the consumers of the installed library.
+pkgcore_packaging_packages=(
+    dpkg-dev
+    file
+    pkg-config
+)
+
 is_installed() {
     [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }
