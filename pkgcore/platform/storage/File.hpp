@@ -42,7 +42,7 @@ public:
 
     /// Copies the content to `destination`, also into another store. Readers of the destination see the old
     /// content or the new one whole, never a mixture; a failure leaves the old one, or nothing, there. A
-    /// missing folder around it is NotFound, a file onto itself NotSupported.
+    /// missing folder around it is NotFound; a file onto itself, and a pipe, socket or device, NotSupported.
     void copyFile(const File& destination, provider::ReplacementPolicy policy) const;
 
     /// Moves the file to `destination`, also into another store, with its time and whether it is writable.

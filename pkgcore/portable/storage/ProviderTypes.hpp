@@ -86,6 +86,9 @@ struct Item {
     bool isWritable = true;  ///< whether the content may be replaced, or a folder's entries changed
     /// As in ListItem; everything else speaks of what the link leads to. One that leads nowhere is a file.
     bool isLink = false;
+    /// A pipe, a socket or a device: a file whose bytes come and go, so that it may be opened, but is neither
+    /// copied nor updated. Opening a pipe may wait for its other end.
+    bool isDevice = false;
     /// UTC; not_a_date_time where the store keeps none.
     boost::posix_time::ptime lastModified{boost::posix_time::not_a_date_time};
     /// None where nothing but this store can lead to the item, or where it cannot tell.
@@ -99,6 +102,8 @@ struct ListItem {
     /// A second name of something that has its place elsewhere (a link): whoever walks a tree does not go
     /// into it, and removing removes the name alone.
     bool isLink = false;
+    /// As in Item, but of the entry itself. Listings of the storage system leave it out.
+    bool isDevice = false;
 };
 
 /// What a writer begins with.

@@ -11,7 +11,7 @@ enum class Carry : unsigned char {
     Everything  ///< the time too; and the copy is read again and compared, since the source is going to go
 };
 
-/// Copies a file by reading and writing. IOError where a copy that is compared differs: the source was
+/// Copies a file by reading and writing; a device is NotSupported. IOError where a copy that is compared differs: the source was
 /// changed meanwhile, or the destination does not keep what it is given.
 void copyOneFile(const Spot& from, const Spot& to, provider::ReplacementPolicy policy, Carry carry);
 
