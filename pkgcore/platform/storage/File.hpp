@@ -20,11 +20,15 @@ namespace foundation::storage::vfs {
 /// then.
 class PKGCORE_PLATFORM_API File {
 public:
+    /// The place `location` in `storage`; nothing is checked.
     File(CanonicalAbsoluteIRI location, StorageSystemReference storage)
         : location_(std::move(location)), storage_(std::move(storage)) {}
 
+    /// What it was made of.
+    /// @{
     const CanonicalAbsoluteIRI& getLocation() const noexcept { return location_; }
     const StorageSystemReference& getStorageSystem() const noexcept { return storage_; }
+    /// @}
 
     /// A file that is not writable refuses to be written; it may be removed, moved and replaced.
     void setWritable(bool writable) const;

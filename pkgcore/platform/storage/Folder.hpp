@@ -23,11 +23,15 @@ class Listing;
 /// then.
 class PKGCORE_PLATFORM_API Folder {
 public:
+    /// The place `location` in `storage`; nothing is checked.
     Folder(CanonicalAbsoluteIRI location, StorageSystemReference storage)
         : location_(std::move(location)), storage_(std::move(storage)) {}
 
+    /// What it was made of.
+    /// @{
     const CanonicalAbsoluteIRI& getLocation() const noexcept { return location_; }
     const StorageSystemReference& getStorageSystem() const noexcept { return storage_; }
+    /// @}
 
     /// The entries of the folder whose names match `pattern` ("*" any characters, "?" one); all with an empty
     /// one. Each once, in the order of the code units of their names. Pipes, sockets and devices of the

@@ -89,19 +89,33 @@ TEST_P(ProviderConformance, AReadOnlyFileIsRemoved) {
     EXPECT_TRUE(isMissing(u"f"));
 }
 
-TEST_P(ProviderConformance, TheRootStays) {
-    const Ground& here = ground();
-    vfs::CanonicalAbsoluteIRI root(here.root);
+inline Folder rootOf(const Ground& ground) {
+    vfs::CanonicalAbsoluteIRI root(ground.root);
     while (root.hasParent()) {
         root = root.getParent();
     }
-    const Folder whole(root, here.storage);
+    return Folder(root, ground.storage);
+}
+
+TEST_P(ProviderConformance, TheRootStays) {
+    const Folder whole = rootOf(ground());
     filesToRead();
     const Contents before = everything();
     PKGCORE_EXPECT_FAILURE(NotSupported, whole.removeFolder(FolderRemovalPolicy::OnlyIfEmpty));
     PKGCORE_EXPECT_FAILURE(NotSupported, whole.removeFolder(FolderRemovalPolicy::WithContents));
     EXPECT_TRUE(isFolder(u""));
     EXPECT_EQ(everything(), before);
+}
+
+TEST_P(ProviderConformance, TheRootIsNotMoved) {
+    const Workplace other(GetParam().makeGround());
+    const Folder whole = rootOf(ground());
+    const Folder elsewhere(other.iri(u"moved"), other.ground().storage);
+    PKGCORE_EXPECT_FAILURE(NotSupported, whole.moveFolder(folder(u"moved"), kFail));
+    PKGCORE_EXPECT_FAILURE(NotSupported, whole.moveFolder(elsewhere, kFail));
+    EXPECT_TRUE(isFolder(u""));
+    EXPECT_TRUE(isMissing(u"moved"));
+    EXPECT_TRUE(other.isMissing(u"moved"));
 }
 
 TEST_P(ProviderConformance, NamesComeBackAsTheyWere) {

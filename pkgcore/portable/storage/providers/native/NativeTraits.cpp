@@ -42,6 +42,7 @@ provider::Item nativeItem(const struct stat& status) noexcept {
     item.isLink = S_ISLNK(status.st_mode);
     item.isDevice = !S_ISDIR(status.st_mode) && !S_ISREG(status.st_mode) && !item.isLink;
     item.lastModified = fl::filesystem::posix::toPtime(status.st_mtim);
+    item.identity = provider::Identity{status.st_dev, 0, status.st_ino};
     return item;
 }
 

@@ -1,0 +1,14 @@
+# What scripts/docs makes the API reference from: the headers that are installed, as input of the Doxyfile. Two kinds of them
+# are no part of the interface:
+# - the interfaces of COM, which Microsoft describes and which are the host's own on Windows;
+# - the bodies of the conformance tests: who uses the suite names none of them.
+set(undescribed "platform/com/HostlessIStream\\.hpp$|testing/conformance/.*Conformance\\.hpp$|/ConformanceTest\\.hpp$")
+
+set(headers "")
+foreach(target IN ITEMS pkgcore)
+  list(APPEND headers "$<TARGET_PROPERTY:${target},HEADER_SET>")
+endforeach()
+file(
+  GENERATE
+  OUTPUT "${PROJECT_BINARY_DIR}/docs/Doxyfile.input"
+  CONTENT "INPUT = ${PROJECT_SOURCE_DIR}/docs/api/namespaces.dox $<JOIN:$<FILTER:${headers},EXCLUDE,${undescribed}>, >\n")
