@@ -61,12 +61,14 @@ void replaceContent(const Spot& from, const Spot& to, const Item& source, const 
     }
 }
 
-/// What follows when the content is there.
-void complete(const Spot& from, const Spot& to, const Item& source, Carry carry) {
-    if (carry == Carry::Everything) {
-        verify(from, to);
+/// As carryMarks, but a file that was new before goes again where it cannot be marked.
+void carryMarksOrRemove(const Item& source, const Spot& to, Carry carry) {
+    try {
+        carryMarks(source, to, carry);
+    } catch (const std::exception&) {
+        removeRemains(to);
+        throw;
     }
-    carryMarks(source, to, carry);
 }
 
 /// Refuses to lose what a move could not take along.
@@ -136,16 +138,13 @@ void copyOneFile(const Spot& from, const Spot& to, ReplacementPolicy policy, Car
     const std::optional<Item> old = replaces ? to.find() : std::nullopt;
     if (old) {
         replaceContent(from, to, source, *old);
-        complete(from, to, source, carry);
-        return;
+    } else {
+        copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
     }
-    copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
-    try {
-        complete(from, to, source, carry);
-    } catch (const std::exception&) {
-        removeRemains(to);
-        throw;
+    if (carry == Carry::Everything) {
+        verify(from, to);  // what differs may be somebody else's by now, and stays
     }
+    old ? carryMarks(source, to, carry) : carryMarksOrRemove(source, to, carry);
 }
 
 void copyTree(const Spot& from, const Spot& to, Carry carry) { TreeCopy(from, to, carry).run(); }
