@@ -11,4 +11,4 @@ endforeach()
 file(
   GENERATE
   OUTPUT "${PROJECT_BINARY_DIR}/docs/Doxyfile.input"
-  CONTENT "INPUT = ${PROJECT_SOURCE_DIR}/docs/api/namespaces.dox $<JOIN:$<FILTER:${headers},EXCLUDE,${undescribed}>, >\n")
+  CONTENT "PROJECT_NUMBER = ${PROJECT_VERSION}\nINPUT = ${PROJECT_SOURCE_DIR}/docs/api/namespaces.dox $<JOIN:$<FILTER:${headers},EXCLUDE,${undescribed}>, >\n")
