@@ -5,8 +5,10 @@
 set(undescribed "platform/com/HostlessIStream\\.hpp$|testing/conformance/.*Conformance\\.hpp$|/ConformanceTest\\.hpp$")
 
 set(headers "")
-foreach(target IN ITEMS pkgcore)
-  list(APPEND headers "$<TARGET_PROPERTY:${target},HEADER_SET>")
+foreach(target IN ITEMS pkgcore pkgcore_sqlite)
+  if(TARGET ${target})
+    list(APPEND headers "$<TARGET_PROPERTY:${target},HEADER_SET>")
+  endif()
 endforeach()
 file(
   GENERATE
