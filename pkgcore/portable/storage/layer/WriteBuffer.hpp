@@ -13,8 +13,8 @@ namespace foundation::storage::portable {
 /// published, so that no content has a gap.
 class WriteBuffer : public std::streambuf, public Publisher {
 public:
-    /// `position` is the end of the content so far, `isNews` whether there is something to publish before the first
-    /// byte.
+    /// `position` is the end of the content so far, `isNews` whether there is something to publish before the
+    /// first byte.
     WriteBuffer(std::unique_ptr<provider::Writer> writer, off_type position, bool isNews);
 
     /// What was not published is not any more.
