@@ -2,6 +2,7 @@
 # -DCMAKE_INSTALL_PREFIX=/usr for Debian's folder of the architecture.
 
 set(CPACK_GENERATOR DEB)
+set(CPACK_SOURCE_IGNORE_FILES "/build/" "/\\\\.git/")
 set(CPACK_PACKAGE_VENDOR "pkgcore maintainers")
 set(CPACK_PACKAGE_CONTACT "pkgcore maintainers <maintainers@pkgcore.invalid>")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")

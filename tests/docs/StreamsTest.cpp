@@ -100,7 +100,7 @@ TEST_F(Pages, ModesDoWhatTheirTableSays) {
     }
 }
 
-TEST_F(Pages, OutputStreamsOfVirtualStorageDoNotSeek) {
+TEST_F(Pages, OutputStreamsOfVirtualStorageWriteInOrder) {
     const auto native = files.createOutputStream(tree.text("a"), 0);
     EXPECT_TRUE((*native << "tea").seekp(1));
     const auto stored = storage.createOutputStream(u"mem://notes/a", 0);

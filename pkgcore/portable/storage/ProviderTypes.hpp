@@ -75,10 +75,13 @@ struct Identity {
     std::uint64_t number = 0;     ///< of the item in it, for as long as the item exists
 };
 
+/// Whether both are the same item.
+/// @{
 inline bool operator==(const Identity& one, const Identity& other) noexcept {
     return one.device == other.device && one.container == other.container && one.number == other.number;
 }
 inline bool operator!=(const Identity& one, const Identity& other) noexcept { return !(one == other); }
+/// @}
 
 /// What is at a path.
 struct Item {
