@@ -96,9 +96,12 @@ private:
 
     void parseAddress() {
         take();
-        while (!isAtEnd() && isAddressCharacter(text_[at_])) {
+        do {
+            if (isAtEnd() || !isAddressCharacter(text_[at_])) {
+                refuseCharacter(text_, at_, kInHost);
+            }
             take();
-        }
+        } while (!isAt(u']'));
         expect(u']', kInHost);
     }
 
@@ -123,7 +126,8 @@ private:
         }
     }
 
-    /// One character that stands for itself, or all triplets that follow each other.
+    /// One character that stands for itself, or all triplets that follow each other. What is wrong first is
+    /// what is refused, so triplets in front of a broken one are judged before it.
     void parseOne(const PartRules& rules) {
         if (isAt(u'%')) {
             parseTriplets(rules);
@@ -140,7 +144,7 @@ private:
     void parseTriplets(const PartRules& rules) {
         const std::size_t start = at_;
         std::string bytes;
-        while (isAt(u'%')) {
+        while (hasTriplet()) {
             bytes += takeTriplet();
         }
         for (std::size_t i = 0; i < bytes.size();) {
@@ -153,6 +157,9 @@ private:
                 respell(rules, offset, static_cast<char32_t>(point));
             }
         }
+        if (isAt(u'%')) {
+            refuseTriplet(text_, at_, "lacks its two hexadecimal digits");
+        }
     }
 
     /// Below 0 for what is no UTF-8.
@@ -163,17 +170,17 @@ private:
         return point;
     }
 
-    char takeTriplet() {
-        const auto digit = [this](std::size_t offset) {
-            return offset < text_.size() ? hexDigitValue(text_[offset]) : -1;
-        };
-        const int high = digit(at_ + 1);
-        const int low = digit(at_ + 2);
-        if (high < 0 || low < 0) {
-            refuseTriplet(text_, at_, "lacks its two hexadecimal digits");
-        }
+    /// 0 to 15, or -1 for what is no digit, the end included.
+    int digitAt(std::size_t offset) const noexcept {
+        return offset < text_.size() ? hexDigitValue(text_[offset]) : -1;
+    }
+
+    bool hasTriplet() const noexcept { return isAt(u'%') && digitAt(at_ + 1) >= 0 && digitAt(at_ + 2) >= 0; }
+
+    char takeTriplet() noexcept {
+        const int byte = digitAt(at_ + 1) * 16 + digitAt(at_ + 2);
         at_ += kTripletLength;
-        return static_cast<char>(high * 16 + low);
+        return static_cast<char>(byte);
     }
 
     /// Triplets of bytes that are no UTF-8.
