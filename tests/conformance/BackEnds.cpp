@@ -54,7 +54,9 @@ std::vector<BackEnd> backEnds() {
     BackEnd memory{
         "VirtualMemory", [] { return std::make_unique<MemoryPlace>(); }, false, true, false, false};
     BackEnd disk{"VirtualFile", [] { return std::make_unique<FileSchemePlace>(); }, false, true, false, true};
-    return {local, memory, disk};
+    std::vector<BackEnd> all = optionalBackEnds();
+    all.insert(all.begin(), {local, memory, disk});
+    return all;
 }
 
 }  // namespace test

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+namespace foundation::storage::sqlite {
+
+class Store;
+
+/// Erases what no entry leads to and nobody uses, of this process or another one, in short transactions. What
+/// cannot be erased now is left for the next time.
+void sweep(Store& store) noexcept;
+
+/// The same for one content or folder, which may well be in use, or no orphan at all.
+void sweepNode(Store& store, std::int64_t node) noexcept;
+
+}  // namespace foundation::storage::sqlite
