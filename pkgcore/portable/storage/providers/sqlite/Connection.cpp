@@ -127,14 +127,23 @@ Transaction::Transaction(Connection& connection, Access access) : connection_(co
     run(connection.statement(access == Access::Read ? Sql::BeginRead : Sql::BeginWrite));
 }
 
-void Transaction::commit() { run(connection_.statement(Sql::Commit)); }
+void Transaction::commit() {
+    run(connection_.statement(Sql::Commit));
+    isCommitted_ = true;
+}
 
 Transaction::~Transaction() {
-    // SQLite itself rolls back after some failures.
+    if (!isCommitted_) {
+        connection_.forgetNodes();
+        rollBack();
+    }
+}
+
+void Transaction::rollBack() noexcept {
+    // SQLite itself has done it after some failures.
     if (sqlite3_get_autocommit(connection_.get()) != 0) {
         return;
     }
-    connection_.forgetNodes();
     try {
         run(connection_.statement(Sql::Rollback));
     } catch (const std::exception&) {

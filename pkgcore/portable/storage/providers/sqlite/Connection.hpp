@@ -77,7 +77,10 @@ public:
     void commit();
 
 private:
+    void rollBack() noexcept;
+
     Connection& connection_;
+    bool isCommitted_ = false;
 };
 
 }  // namespace foundation::storage::sqlite

@@ -14,9 +14,6 @@ namespace {
 constexpr auto kChunk = static_cast<std::int64_t>(kChunkSize);
 constexpr std::int64_t kMaxIndex = (std::int64_t{1} << kChunkBits) - 1;
 
-/// So many chunks are erased in one transaction.
-constexpr std::int64_t kErasedAtOnce = 256;
-
 std::int64_t chunkId(std::int64_t content, std::int64_t index) {
     if (index > kMaxIndex) {
         fail(vfs::ErrorCode::FileTooLarge);
@@ -65,18 +62,18 @@ void Contents::readChunk(std::int64_t content, std::int64_t index, std::size_t s
     bytes.assign(stored.substr(0, size));
 }
 
-bool Contents::eraseLastChunks(std::int64_t content, std::int64_t first) {
+bool Contents::eraseLastChunks(std::int64_t content, std::int64_t first, std::int64_t count) {
     const std::int64_t begin = chunkId(content, first);
     std::int64_t last = 0;
     {
         Query row(connection_.statement(Sql::LastChunk), begin, chunkId(content, kMaxIndex));
         last = row.step() ? row.integer(0) : 0;
     }
-    if (last < begin) {
-        return false;
+    const std::int64_t from = std::max(begin, last - count + 1);
+    if (last >= begin) {
+        run(connection_.statement(Sql::EraseChunks), from, last);
     }
-    run(connection_.statement(Sql::EraseChunks), std::max(begin, last - kErasedAtOnce + 1), last);
-    return true;
+    return from == begin;
 }
 
 std::optional<Orphan> Contents::findOrphan(std::int64_t node) {

@@ -32,8 +32,8 @@ public:
     /// Of a chunk that has `size` bytes or, while the file is being appended to, more.
     void readChunk(std::int64_t content, std::int64_t index, std::size_t size, std::string& bytes);
 
-    /// Erases the last ones of the chunks from `first` on, a bounded number. False when none was left.
-    bool eraseLastChunks(std::int64_t content, std::int64_t first);
+    /// Erases the last ones of the chunks from `first` on, at most so many. True when none is left.
+    bool eraseLastChunks(std::int64_t content, std::int64_t first, std::int64_t count);
 
     std::optional<Orphan> findOrphan(std::int64_t node);
     /// The one with the highest number below `below`.

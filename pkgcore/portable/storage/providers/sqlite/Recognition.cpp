@@ -25,6 +25,8 @@ namespace {
 /// The header of a database file, as SQLite describes it.
 constexpr int kHeaderSize = 100;
 constexpr std::string_view kMagic("SQLite format 3\0", 16);
+constexpr std::size_t kPageSizeAt = 16;  // in two bytes
+constexpr std::size_t kPageCountAt = 28;
 constexpr std::size_t kUserVersionAt = 60;
 constexpr std::size_t kApplicationIdAt = 68;
 
@@ -171,6 +173,17 @@ void syncFolderOf(const std::string& path) {
 void requireStore(const std::string& path) {
     Connection connection(path, Access::Read, Milliseconds(0));
     checkHeader(readHeader(connection));
+}
+
+void requireWholeFile(const std::string& path) {
+    Connection connection(path, Access::Read, Milliseconds(0));
+    const Header header = readHeader(connection);
+    const sqlite3_int64 pageSize = header.numberAt(kPageSizeAt) >> 16U;
+    const sqlite3_int64 size = pageSize * header.numberAt(kPageCountAt);
+    if (header.fileSize < size) {
+        fail(ErrorCode::NotRecoverable, "The store is cut off: it has " + std::to_string(header.fileSize) +
+                                            " of " + std::to_string(size) + " bytes");
+    }
 }
 
 bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {

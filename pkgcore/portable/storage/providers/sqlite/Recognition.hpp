@@ -10,6 +10,10 @@ namespace foundation::storage::sqlite {
 /// changes nothing.
 void requireStore(const std::string& path);
 
+/// Throws "damaged" for a file that is shorter than its header says; for one in which SQLite has found
+/// damage.
+void requireWholeFile(const std::string& path);
+
 /// Makes a store at a path where nothing is; false if something is there by then. All of it appears in one
 /// step.
 bool createStore(const std::string& path, std::chrono::milliseconds busyTime);

@@ -181,6 +181,18 @@ void requireStoreAt(const std::string& path, const SqliteOptions& options) {
     }
 }
 
+SharedStore openStore(const std::string& path, const SqliteOptions& options) {
+    const Access access = options.isReadOnly ? Access::Read : Access::Write;
+    try {
+        return std::make_shared<Store>(std::make_unique<Connection>(path, access, options.busyTime), options);
+    } catch (const vfs::Exception& failure) {
+        if (failure.getErrorCode() == ErrorCode::NotRecoverable) {
+            requireWholeFile(path);
+        }
+        throw;
+    }
+}
+
 }  // namespace
 
 std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path, const SqliteOptions& options) {
@@ -189,9 +201,7 @@ std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path, const S
     }
     const std::string native = pathBytes(path);
     requireStoreAt(native, options);
-    const Access access = options.isReadOnly ? Access::Read : Access::Write;
-    auto store =
-        std::make_shared<Store>(std::make_unique<Connection>(native, access, options.busyTime), options);
+    SharedStore store = openStore(native, options);
     if (!options.isReadOnly) {
         sweep(*store);
     }

@@ -6,62 +6,98 @@
 
 #include <exception>
 #include <limits>
+#include <set>
 
 namespace foundation::storage::sqlite {
 
 namespace {
 
-/// So many entries are erased in one transaction.
+/// So many entries or chunks are erased in one transaction.
 constexpr std::int64_t kErasedAtOnce = 512;
 
-/// What was in the folder becomes orphaned in its turn. False when nothing was left.
-bool eraseSomeEntries(Connection& connection, const Orphan& folder) {
-    Entries entries(connection);
-    Contents contents(connection);
-    const std::vector<Entry> page = entries.listAfter(folder.node, {}, kErasedAtOnce);
-    for (const Entry& entry : page) {
-        contents.retire(entry);
-        entries.erase(entry);
+constexpr std::int64_t kAboveAll = std::numeric_limits<std::int64_t>::max();
+
+/// One transaction of sweeping.
+class Round {
+public:
+    Round(Connection& connection, Pins& pins) noexcept
+        : entries_(connection), contents_(connection), pins_(pins) {}
+
+    /// Erases orphans, the one with the highest number first. True if there is more to do.
+    bool run();
+
+private:
+    bool isErasable(std::int64_t node);
+    void erase(const Orphan& orphan);
+    bool eraseEntries(const Orphan& folder);
+
+    Entries entries_;
+    Contents contents_;
+    Pins& pins_;
+    std::int64_t left_ = kErasedAtOnce;
+    /// Large contents that become orphans in this transaction: somebody may still open them before it is
+    /// committed.
+    std::set<std::int64_t> tooNew_;
+};
+
+bool Round::run() {
+    std::int64_t below = kAboveAll;
+    while (left_ > 0) {
+        const std::optional<Orphan> orphan = contents_.lastOrphan(below);
+        if (!orphan) {
+            return !tooNew_.empty();
+        }
+        below = orphan->node;
+        if (isErasable(orphan->node)) {
+            erase(*orphan);
+            // A folder leaves orphans with any number.
+            below = kAboveAll;
+        }
     }
-    return !page.empty();
+    return true;
 }
 
-/// False when nothing is left of it.
-bool eraseSome(Connection& connection, std::int64_t node) {
-    Contents contents(connection);
-    const std::optional<Orphan> orphan = contents.findOrphan(node);
-    if (!orphan) {
-        return false;
+bool Round::isErasable(std::int64_t node) { return tooNew_.count(node) == 0 && pins_.isFree(node); }
+
+void Round::erase(const Orphan& orphan) {
+    const bool isFolder = orphan.kind == Orphan::Kind::Folder;
+    const bool isDone =
+        isFolder ? eraseEntries(orphan) : contents_.eraseLastChunks(orphan.node, orphan.first, left_);
+    left_ = isFolder ? left_ - 1 : 0;
+    if (isDone) {
+        contents_.eraseOrphan(orphan.node);
     }
-    const bool isMore = orphan->kind == Orphan::Kind::Folder
-                            ? eraseSomeEntries(connection, *orphan)
-                            : contents.eraseLastChunks(orphan->node, orphan->first);
-    if (!isMore) {
-        contents.eraseOrphan(node);
-    }
-    return isMore;
 }
 
-/// True if it was nobody's.
-bool eraseIfFree(Store& store, std::int64_t node) {
-    const bool isFree = store.pins().isFree(node);
-    while (isFree && store.write([node](Connection& connection) { return eraseSome(connection, node); })) {
+/// What was in the folder becomes orphaned in its turn. True when nothing is left.
+bool Round::eraseEntries(const Orphan& folder) {
+    const std::int64_t count = left_;
+    for (const Entry& entry : entries_.listAfter(folder.node, {}, count)) {
+        const bool leavesOrphan = contents_.retire(entry);
+        if (leavesOrphan && !entry.isFolder()) tooNew_.insert(entry.node);
+        entries_.erase(entry);
+        --left_;
     }
-    return isFree;
+    return left_ > 0;
 }
 
-void sweepAll(Store& store) {
-    constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
-    std::int64_t below = kAll;
+bool hasErasable(Store& store) {
+    std::int64_t below = kAboveAll;
     while (true) {
         const std::optional<Orphan> orphan =
             store.read([below](Connection& connection) { return Contents(connection).lastOrphan(below); });
-        if (!orphan) {
-            return;
+        if (!orphan || store.pins().isFree(orphan->node)) {
+            return orphan.has_value();
         }
-        const bool isErased = eraseIfFree(store, orphan->node);
-        // A folder leaves orphans with any number.
-        below = isErased && orphan->kind == Orphan::Kind::Folder ? kAll : orphan->node;
+        below = orphan->node;
+    }
+}
+
+void sweepAll(Store& store) {
+    bool isMore = hasErasable(store);
+    while (isMore) {
+        isMore =
+            store.write([&store](Connection& connection) { return Round(connection, store.pins()).run(); });
     }
 }
 
@@ -86,7 +122,7 @@ void sweepNode(Store& store, std::int64_t node) noexcept {
         const bool isOrphan = store.read(
             [node](Connection& connection) { return Contents(connection).findOrphan(node).has_value(); });
         if (isOrphan) {
-            eraseIfFree(store, node);
+            sweepAll(store);
         }
     });
 }

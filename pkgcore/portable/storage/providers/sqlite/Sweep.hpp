@@ -10,7 +10,7 @@ class Store;
 /// cannot be erased now is left for the next time.
 void sweep(Store& store) noexcept;
 
-/// The same for one content or folder, which may well be in use, or no orphan at all.
+/// The same, if this content is an orphan.
 void sweepNode(Store& store, std::int64_t node) noexcept;
 
 }  // namespace foundation::storage::sqlite
