@@ -46,7 +46,9 @@ public:
     /// What stands in front of "://", in the letter case of the text.
     std::u16string getScheme() const;
 
-    /// What stands behind "://", plain: "store/a" of "mem://store/a", "/a" of "file:///a".
+    /// What stands behind "://", plain: "store/a" of "mem://store/a", "/a" of "file:///a" and of
+    /// "file://localhost/a", "/" of a root without an authority. InvalidIRIException for a place of the
+    /// scheme "file" that is on another host.
     std::u16string getPath() const;
 
 private:

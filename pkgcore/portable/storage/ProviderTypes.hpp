@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -58,6 +59,19 @@ private:
 
 enum class Kind : unsigned char { File, Folder };
 
+/// Tells items apart, whatever stores and paths lead to them. Two stores may show one place, and what is
+/// moved from one to the other must not be removed then.
+struct Identity {
+    std::uint64_t device = 0;     ///< what holds the container or, without one, the item
+    std::uint64_t container = 0;  ///< the file on the device in which the whole store lies, or 0
+    std::uint64_t number = 0;     ///< of the item in it, for as long as the item exists
+};
+
+inline bool operator==(const Identity& one, const Identity& other) noexcept {
+    return one.device == other.device && one.container == other.container && one.number == other.number;
+}
+inline bool operator!=(const Identity& one, const Identity& other) noexcept { return !(one == other); }
+
 /// What is at a path.
 struct Item {
     Kind kind = Kind::File;
@@ -66,6 +80,8 @@ struct Item {
     bool isLink = false;
     /// UTC; not_a_date_time where the store keeps none.
     boost::posix_time::ptime lastModified{boost::posix_time::not_a_date_time};
+    /// None where nothing but this store can lead to the item, or where it cannot tell.
+    std::optional<Identity> identity{};
 };
 
 /// One entry of a folder.

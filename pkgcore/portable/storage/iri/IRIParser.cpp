@@ -90,9 +90,12 @@ private:
 
     void parseAddress() {
         take();
-        while (!isAtEnd() && isAddressCharacter(text_[at_])) {
+        do {
+            if (isAtEnd() || !isAddressCharacter(text_[at_])) {
+                refuseCharacter(text_, at_, kInHost);
+            }
             take();
-        }
+        } while (!isAt(u']'));
         expect(u']', kInHost);
     }
 

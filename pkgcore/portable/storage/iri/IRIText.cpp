@@ -1,5 +1,6 @@
 #include <pkgcore/portable/storage/iri/IRIText.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/storage/iri/IRICharacters.hpp>
 #include <pkgcore/portable/storage/iri/IRIErrors.hpp>
 #include <pkgcore/portable/storage/iri/PercentEncoding.hpp>
@@ -40,7 +41,7 @@ std::u16string canonicalAuthority(std::u16string_view authority, std::u16string_
     if (!result.empty() && result.back() == u':') {
         result.pop_back();  // a port that is not given
     }
-    if (scheme == u"file" && result == u"localhost") {
+    if (isFileScheme(scheme) && result == u"localhost") {
         result.clear();  // the same place, by RFC 8089
     }
     return result;
@@ -103,6 +104,20 @@ std::u16string canonicalIRI(std::u16string_view checked) {
         result += u'/';
     }
     return result;
+}
+
+bool isFileScheme(std::u16string_view scheme) noexcept {
+    constexpr std::u16string_view kFile = u"file";
+    return std::equal(scheme.begin(), scheme.end(), kFile.begin(), kFile.end(),
+                      [](char16_t given, char16_t wanted) { return lowered(given) == wanted; });
+}
+
+std::u16string pathOnThisHost(const std::u16string& checked) {
+    const IRIParts parts = partsOf(checked);
+    if (!canonicalAuthority(parts.authority, parts.scheme).empty()) {
+        throw vfs::InvalidIRIException("This host has no native paths with an authority", checked);
+    }
+    return parts.path.empty() ? u"/" : decoded(parts.path);
 }
 
 std::u16string joinedIRI(const IRIParts& parts) {

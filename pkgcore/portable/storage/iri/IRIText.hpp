@@ -23,6 +23,13 @@ std::u16string checkedIRI(const std::u16string& text);
 /// The canonical form of a checked IRI; empty for an empty text.
 std::u16string canonicalIRI(std::u16string_view checked);
 
+/// Of items of the machine's own file system, in any letter case.
+bool isFileScheme(std::u16string_view scheme) noexcept;
+
+/// The plain path of a checked IRI with that scheme, from its root on. InvalidIRIException for one on another
+/// host.
+std::u16string pathOnThisHost(const std::u16string& checked);
+
 /// Puts an IRI together from a scheme, an encoded authority and an encoded path, which begins with a slash
 /// unless it is empty.
 std::u16string joinedIRI(const IRIParts& parts);

@@ -1,7 +1,8 @@
 #include <pkgcore/portable/storage/layer/StreamOpening.hpp>
 
 #include <pkgcore/portable/storage/layer/Content.hpp>
-#include <pkgcore/portable/storage/layer/OverwritingWriter.hpp>
+#include <pkgcore/portable/storage/layer/UpdateBuffer.hpp>
+#include <pkgcore/portable/storage/layer/WriteBuffer.hpp>
 
 #include <algorithm>
 #include <iterator>
@@ -24,8 +25,8 @@ constexpr OpenMode kOut = std::ios_base::out;
 constexpr OpenMode kTrunc = std::ios_base::trunc;
 constexpr OpenMode kApp = std::ios_base::app;
 
-/// What writing begins with.
-enum class Start : unsigned char { Empty, AtEnd, AtBeginning };
+/// What writing begins with, and whether it goes to any place or in order.
+enum class Start : unsigned char { Empty, AtEnd, EmptyUpdate, Update };
 
 struct ModeStart {
     OpenMode mode;
@@ -34,8 +35,12 @@ struct ModeStart {
 
 // Combinations that are not here, such as trunc with app, are refused.
 constexpr ModeStart kModeTable[] = {
-    {kOut, Start::Empty},        {kOut | kTrunc, Start::Empty},     {kIn | kOut | kTrunc, Start::Empty},
-    {kOut | kApp, Start::AtEnd}, {kIn | kOut | kApp, Start::AtEnd}, {kIn | kOut, Start::AtBeginning},
+    {kOut, Start::Empty},
+    {kOut | kTrunc, Start::Empty},
+    {kOut | kApp, Start::AtEnd},
+    {kIn | kOut | kApp, Start::AtEnd},
+    {kIn | kOut | kTrunc, Start::EmptyUpdate},
+    {kIn | kOut, Start::Update},
 };
 
 Start startOf(const Spot& file, OpenMode mode) {
@@ -74,7 +79,7 @@ Position sizeOf(const Spot& file, provider::Reader& reader) {
     return size;
 }
 
-std::unique_ptr<WriteBuffer> openAtEnd(const Spot& file, bool exists) {
+std::unique_ptr<std::streambuf> openAtEnd(const Spot& file, bool exists) {
     const std::unique_ptr<provider::Reader> old = exists ? file.openReader() : nullptr;
     const bool appends = file.traits().appends;
     std::unique_ptr<Writer> writer = file.openWriter(appends ? WriteMode::Append : WriteMode::Create);
@@ -85,14 +90,15 @@ std::unique_ptr<WriteBuffer> openAtEnd(const Spot& file, bool exists) {
     return std::make_unique<WriteBuffer>(std::move(writer), size, !exists);
 }
 
-std::unique_ptr<WriteBuffer> openAtBeginning(const Spot& file, bool exists, OpenMode mode) {
+std::unique_ptr<std::streambuf> openForUpdate(const Spot& file, bool exists, OpenMode mode) {
     if (!exists) {
         file.fail(ErrorCode::NotFound);
     }
+    auto buffer = std::make_unique<UpdateBuffer>(file, UpdateBuffer::Base::OldContent);
     if ((mode & std::ios_base::ate) != 0) {
-        return openAtEnd(file, true);
+        buffer->pubseekoff(0, std::ios_base::end);
     }
-    return std::make_unique<WriteBuffer>(std::make_unique<OverwritingWriter>(file), 0, false);
+    return buffer;
 }
 
 }  // namespace
@@ -101,14 +107,16 @@ std::unique_ptr<ReadBuffer> openForReading(const Spot& file) {
     return std::make_unique<ReadBuffer>(file.openReader(), file.traits().readsAt);
 }
 
-std::unique_ptr<WriteBuffer> openForWriting(const Spot& file, OpenMode mode) {
+std::unique_ptr<std::streambuf> openForWriting(const Spot& file, OpenMode mode) {
     const Start start = startOf(file, mode);
     const bool exists = checkTarget(file);
     switch (start) {
         case Start::AtEnd:
             return openAtEnd(file, exists);
-        case Start::AtBeginning:
-            return openAtBeginning(file, exists, mode);
+        case Start::Update:
+            return openForUpdate(file, exists, mode);
+        case Start::EmptyUpdate:
+            return std::make_unique<UpdateBuffer>(file, UpdateBuffer::Base::Empty);
         case Start::Empty:
             break;
     }

@@ -44,6 +44,7 @@ public:
 
     void run() {
         target_.createFolder();
+        destination_ = target_.require(Kind::Folder).identity;
         TreeWalk walk(from_);
         for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
             if (step == TreeWalk::Step::Left) {
@@ -62,6 +63,7 @@ public:
 
 private:
     void enter(TreeWalk& walk) {
+        refuseDestination(walk.spot());
         target_ = target_.child(walk.item().name);
         target_.createFolder();
         walk.enter();
@@ -72,9 +74,17 @@ private:
         target_ = target_.parent();
     }
 
+    // Two stores may show one place, by ways that do not tell; a copy that finds itself would never end.
+    void refuseDestination(const Spot& folder) const {
+        if (destination_ && folder.require(Kind::Folder).identity == destination_) {
+            folder.fail(ErrorCode::NotSupported);
+        }
+    }
+
     const Spot& from_;
     Spot target_;
     Carry carry_;
+    std::optional<provider::Identity> destination_;
 };
 
 }  // namespace

@@ -41,6 +41,7 @@ provider::Item nativeItem(const struct stat& status) noexcept {
     item.isWritable = (status.st_mode & kWriteBits) != 0;
     item.isLink = S_ISLNK(status.st_mode);
     item.lastModified = fl::filesystem::posix::toPtime(status.st_mtim);
+    item.identity = provider::Identity{status.st_dev, 0, status.st_ino};
     return item;
 }
 
