@@ -12,9 +12,10 @@ namespace provider = foundation::storage::provider;
 int main() {
     const std::string text = "Earl Grey\n";
     for (const bool isThere : {false, true}) {
-        vfs::StorageSystemReference storage = vfs::StorageSystemBuilder()
-                                                  .mount(u"sqlite", u"notes", provider::openSqliteProvider(u"notes.db"))
-                                                  .build();
+        vfs::StorageSystemReference storage =
+            vfs::StorageSystemBuilder()
+                .mount(u"sqlite", u"notes", provider::openSqliteProvider(u"notes.db"))
+                .build();
         const opc::FileSystemOpsSelector selector(storage);
         const opc::ustring tea = u"sqlite://notes/tea.txt";
         opc::FileSystemOps& files = selector.getForPath(tea);

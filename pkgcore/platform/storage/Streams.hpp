@@ -9,6 +9,7 @@
 #include <ostream>
 #include <streambuf>
 
+/// @file
 /// Standard streams over files of a storage system. Bytes are passed as they are: std::ios_base::binary makes
 /// no difference. A stream keeps its storage system alive and belongs to one thread at a time.
 ///
@@ -46,6 +47,7 @@ private:
 /// the first time.
 class PKGCORE_PLATFORM_API ofstream : public std::ostream {
 public:
+    /// Opens the file as the class says.
     ofstream(const File& file, std::ios_base::openmode mode);
     ~ofstream() override;
     ofstream(const ofstream&) = delete;

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+/// @file
 /// Readers, writers and listers for stores whose files and folders are small enough to be held in memory one
 /// at a time. A store of one's own may then consist of its verbs alone; examples/own_store is one.
 namespace foundation::storage::provider {
@@ -24,6 +25,7 @@ inline void require(bool holds, vfs::ErrorCode code) {
 /// Reads bytes that it holds, for a store with Traits::readsAt.
 class BytesReader : public Reader {
 public:
+    /// Begins at the first of `bytes`.
     explicit BytesReader(std::string bytes) : bytes_(std::move(bytes)) {}
 
     std::size_t read(char* out, std::size_t count) override {
@@ -48,6 +50,7 @@ public:
     /// WriteMode::CreateNew. What it throws, the commit throws.
     using Publish = std::function<void(const std::string& bytes, bool mustBeNew)>;
 
+    /// Begins with an empty content. Not for WriteMode::Append.
     BytesWriter(WriteMode mode, Publish publish)
         : publish_(std::move(publish)), mustBeNew_(mode == WriteMode::CreateNew) {}
 

@@ -20,6 +20,7 @@ using Contents = std::map<std::u16string, std::string>;
 
 /// Where one test works: a folder of a store, and how to get at it.
 struct Ground {
+<<<<<<< HEAD
     vfs::StorageSystemReference storage;
     std::u16string root;  ///< the IRI of the folder
     std::shared_ptr<provider::Provider> store;
@@ -28,13 +29,21 @@ struct Ground {
     /// What the folder holds from the start: something for a store that cannot be written, so that there is
     /// something to read; nothing for all others.
     Contents content = {};
+=======
+    vfs::StorageSystemReference storage;        ///< has the store mounted
+    std::u16string root;                        ///< the IRI of the folder
+    std::shared_ptr<provider::Provider> store;  ///< itself, past the storage system
+    provider::Path path;                        ///< of the folder in the store
+    std::shared_ptr<void> keeper;               ///< goes when the test has ended
+>>>>>>> docs
 };
 
 /// What the suite runs on: a name, of letters and digits, and a way to a new ground for each test.
 struct Backend {
-    std::string name;
-    std::function<Ground()> makeGround;
+    std::string name;                    ///< becomes a part of the names of the tests
+    std::function<Ground()> makeGround;  ///< called once for each test
 
+    /// For the messages of GoogleTest.
     friend void PrintTo(const Backend& backend, std::ostream* out) { *out << backend.name; }
 };
 
@@ -55,6 +64,7 @@ inline Backend storeFrom(std::string name, std::function<std::shared_ptr<provide
                    }};
 }
 
+/// Names the tests after their backend: the last argument of INSTANTIATE_TEST_SUITE_P.
 inline std::string backendName(const testing::TestParamInfo<Backend>& info) { return info.param.name; }
 
 }  // namespace foundation::storage::conformance

@@ -17,7 +17,7 @@ const vfs::ListEntry* ListingSource::next() {
     }
     TreeWalk::Step step = walk_.next();
     for (; step != TreeWalk::Step::End; step = walk_.next()) {
-        if (step == TreeWalk::Step::Left) {
+        if (step == TreeWalk::Step::Left || walk_.item().isDevice) {
             continue;
         }
         const provider::ListItem& item = walk_.item();

@@ -9,11 +9,11 @@ namespace foundation::storage::portable {
 using provider::Kind;
 using provider::ReplacementPolicy;
 
-namespace {
-
 Spot temporarySibling(const Spot& spot) {
     return spot.parent().child(fl::filesystem::posix::temporaryName());
 }
+
+namespace {
 
 /// Goes away with what is in it unless it was moved.
 class Stage {

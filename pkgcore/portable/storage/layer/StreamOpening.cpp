@@ -54,8 +54,8 @@ Start startOf(const Spot& file, OpenMode mode) {
     return row->start;
 }
 
-/// Whether there is a file, which may be written then.
-bool checkTarget(const Spot& file) {
+/// The file, if there is one, which may be written then.
+std::optional<Item> checkTarget(const Spot& file) {
     const std::optional<Item> found = file.find();
     if (found && found->kind == Kind::Folder) {
         file.fail(ErrorCode::AlreadyExists);
@@ -63,7 +63,7 @@ bool checkTarget(const Spot& file) {
     if (found && !found->isWritable) {
         file.fail(ErrorCode::AccessDenied);
     }
-    return found.has_value();
+    return found;
 }
 
 /// The size of a file, by reading it where its store does not know.
@@ -79,22 +79,28 @@ Position sizeOf(const Spot& file, provider::Reader& reader) {
     return size;
 }
 
-std::unique_ptr<std::streambuf> openAtEnd(const Spot& file, bool exists) {
-    const std::unique_ptr<provider::Reader> old = exists ? file.openReader() : nullptr;
+/// A device has no old content, and looking for one might wait for ever.
+std::unique_ptr<std::streambuf> openAtEnd(const Spot& file, const std::optional<Item>& found) {
+    const bool hasContent = found && !found->isDevice;
+    const std::unique_ptr<provider::Reader> old = hasContent ? file.openReader() : nullptr;
     const bool appends = file.traits().appends;
     std::unique_ptr<Writer> writer = file.openWriter(appends ? WriteMode::Append : WriteMode::Create);
     const Position size = old ? sizeOf(file, *old) : 0;
     if (old && !appends) {
         pour(file, *file.openReader(), file, *writer);
     }
-    return std::make_unique<WriteBuffer>(std::move(writer), size, !exists);
+    return std::make_unique<WriteBuffer>(std::move(writer), size, !found);
 }
 
-std::unique_ptr<std::streambuf> openForUpdate(const Spot& file, bool exists, OpenMode mode) {
-    if (!exists) {
+std::unique_ptr<std::streambuf> openForUpdate(const Spot& file, const std::optional<Item>& found,
+                                              UpdateBuffer::Base base, OpenMode mode) {
+    if (!found && base == UpdateBuffer::Base::OldContent) {
         file.fail(ErrorCode::NotFound);
     }
-    auto buffer = std::make_unique<UpdateBuffer>(file, UpdateBuffer::Base::OldContent);
+    if (found && found->isDevice) {
+        file.fail(ErrorCode::NotSupported);
+    }
+    auto buffer = std::make_unique<UpdateBuffer>(file, base);
     if ((mode & std::ios_base::ate) != 0) {
         buffer->pubseekoff(0, std::ios_base::end);
     }
@@ -109,14 +115,14 @@ std::unique_ptr<ReadBuffer> openForReading(const Spot& file) {
 
 std::unique_ptr<std::streambuf> openForWriting(const Spot& file, OpenMode mode) {
     const Start start = startOf(file, mode);
-    const bool exists = checkTarget(file);
+    const std::optional<Item> found = checkTarget(file);
     switch (start) {
         case Start::AtEnd:
-            return openAtEnd(file, exists);
+            return openAtEnd(file, found);
         case Start::Update:
-            return openForUpdate(file, exists, mode);
+            return openForUpdate(file, found, UpdateBuffer::Base::OldContent, mode);
         case Start::EmptyUpdate:
-            return std::make_unique<UpdateBuffer>(file, UpdateBuffer::Base::Empty);
+            return openForUpdate(file, found, UpdateBuffer::Base::Empty, mode);
         case Start::Empty:
             break;
     }

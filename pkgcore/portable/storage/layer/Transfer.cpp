@@ -61,6 +61,24 @@ void requireUnchanged(const Spot& from, const Item& copied) {
     }
 }
 
+/// Takes its name from a folder in one step; a failure is one at the folder.
+Spot moveAside(const Spot& folder) {
+    Spot aside = temporarySibling(folder);
+    try {
+        folder.moveTo(aside, ReplacementPolicy::FailIfExists);
+    } catch (const vfs::Exception& failure) {
+        throw vfs::Exception(failure.getErrorCode(), failure.what(), folder.iri());
+    }
+    return aside;
+}
+
+/// Removes what was moved by copying. A folder loses its name first, where the store can do that: a rest
+/// under the name, moved again with replacement, would take the place of the whole.
+void removeSource(const Spot& from, Kind kind) {
+    const bool hasSteps = kind == Kind::Folder && movesNatively(from.traits(), kind);
+    removeEntry(hasSteps ? moveAside(from) : from);
+}
+
 }  // namespace
 
 void copyEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy policy) {
@@ -93,7 +111,7 @@ void moveEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy po
     }
     copyByHand(from, to, kind, policy, Carry::Everything);
     requireUnchanged(from, source);
-    removeEntry(from);
+    removeSource(from, kind);
 }
 
 }  // namespace foundation::storage::portable

@@ -91,6 +91,9 @@ private:
 
 void copyOneFile(const Spot& from, const Spot& to, ReplacementPolicy policy, Carry carry) {
     const Item source = from.require(Kind::File);
+    if (source.isDevice) {
+        from.fail(ErrorCode::NotSupported);  // reading it might wait for ever
+    }
     const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
     copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
     if (carry == Carry::Everything) {
