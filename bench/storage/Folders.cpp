@@ -37,13 +37,17 @@ Paths makeStorageTree(opc::FileSystemOps& ops, const std::u16string& root) {
 }
 
 void measureMemoryListing(Session& session) {
+    const std::string title = "Storage: list 100,000 files in 1,000 folders in memory";
+    if (!session.selects(title)) {
+        return;
+    }
     const std::u16string root = u"mem://store/tree";
     opc::VirtualFileSystemOps storage = newStorage();
     opc::FileSystemOps& ops = storage;
     Paths expected = makeStorageTree(ops, root);
     std::sort(expected.begin(), expected.end());
     require(list(ops, root) == expected, "the listing is wrong");
-    Suite suite(session, "Storage: list 100,000 files in 1,000 folders in memory", Sampling::single, 31);
+    Suite suite(session, title, Sampling::single, 31);
     suite.limit("a vector of the same strings", [&] {
         Paths paths;
         for (const std::u16string& path : expected) {
@@ -56,6 +60,10 @@ void measureMemoryListing(Session& session) {
 }
 
 void measureFileListing(Session& session) {
+    const std::string title = "Storage: list 100,000 files in 1,000 folders on a disk";
+    if (!session.selects(title)) {
+        return;
+    }
     WorkFolder work(diskFolder());
     makeTree(work.path(), kFolders, kFilesPerFolder, 0);
     opc::VirtualFileSystemOps storage = newStorage();
@@ -63,7 +71,7 @@ void measureFileListing(Session& session) {
     const std::u16string text = work.path().u16string();
     const std::u16string iri = iriOf(work.path());
     require(list(ops, iri).size() == list(localOps(), text).size(), "the listings differ");
-    Suite suite(session, "Storage: list 100,000 files in 1,000 folders on a disk", Sampling::single, 21);
+    Suite suite(session, title, Sampling::single, 21);
     suite.limit("pkgcore getFiles, local", [&] { return list(localOps(), text); });
     suite.row("pkgcore getFiles, file://", [&] { return list(ops, iri); });
     suite.row("pkgcore getFiles, local, sorted", [&] {
@@ -120,6 +128,11 @@ public:
     }
 
     void measure(Session& session) {
+        const auto verbs = {"list", "find", "create", "remove"};
+        if (std::none_of(verbs.begin(), verbs.end(),
+                         [&](const char* verb) { return session.selects(titleOf(verb)); })) {
+            return;
+        }
         const auto clear = [this] { clearBoth(); };
         const auto fill = [this] { fillBoth(); };
         fill();
@@ -136,6 +149,10 @@ public:
 private:
     static constexpr std::size_t kStride = 7919;  // so that the names do not come in order
     const std::u16string kFolder = u"mem://store/folder";
+
+    std::string titleOf(const std::string& verb) const {
+        return "Storage: " + verb + " " + std::to_string(names_.size()) + " entries of one folder in memory";
+    }
 
     opc::FileSystemOps& ops() noexcept { return storage_; }
 
@@ -177,9 +194,7 @@ private:
 
     template <typename Limit, typename Operation, typename Prepare>
     void run(Session& session, const std::string& verb, Limit limit, Operation operation, Prepare prepare) {
-        const std::string count = std::to_string(names_.size());
-        Suite suite(session, "Storage: " + verb + " " + count + " entries of one folder in memory",
-                    Sampling::single, 15);
+        Suite suite(session, titleOf(verb), Sampling::single, 15);
         suite.limit("std::map of the whole IRIs", limit).preparedBy(prepare);
         suite.row("pkgcore", operation).preparedBy(prepare);
         suite.run();

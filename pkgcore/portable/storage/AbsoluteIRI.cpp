@@ -15,7 +15,7 @@ std::u16string joined(const std::u16string& base, const std::u16string& relative
     if (iri.empty() || iri.back() != u'/' || portable::partsOf(iri).path.empty()) {
         iri += u'/';
     }
-    portable::appendPath(relative, portable::partsOf(base).scheme, iri);
+    portable::appendPath(relative, iri);
     // Once more, since bytes that are given one by one may be a character together.
     return portable::checkedIRI(iri);
 }

@@ -32,7 +32,7 @@ AbsoluteIRI toAbsoluteIRI(const std::u16string& scheme, const std::u16string& pa
     if (rest.empty() || rest.front() != u'/') {
         iri += u'/';
     }
-    portable::appendPath(rest, scheme, iri);
+    portable::appendPath(rest, iri);
     return AbsoluteIRI(iri);
 }
 

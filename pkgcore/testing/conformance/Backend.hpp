@@ -20,22 +20,14 @@ using Contents = std::map<std::u16string, std::string>;
 
 /// Where one test works: a folder of a store, and how to get at it.
 struct Ground {
-<<<<<<< HEAD
-    vfs::StorageSystemReference storage;
-    std::u16string root;  ///< the IRI of the folder
-    std::shared_ptr<provider::Provider> store;
-    provider::Path path;           ///< of the folder in the store
-    std::shared_ptr<void> keeper;  ///< goes when the test has ended
-    /// What the folder holds from the start: something for a store that cannot be written, so that there is
-    /// something to read; nothing for all others.
-    Contents content = {};
-=======
     vfs::StorageSystemReference storage;        ///< has the store mounted
     std::u16string root;                        ///< the IRI of the folder
     std::shared_ptr<provider::Provider> store;  ///< itself, past the storage system
     provider::Path path;                        ///< of the folder in the store
     std::shared_ptr<void> keeper;               ///< goes when the test has ended
->>>>>>> docs
+    /// What the folder holds from the start: something for a store that cannot be written, so that there is
+    /// something to read; nothing for all others.
+    Contents content = {};
 };
 
 /// What the suite runs on: a name, of letters and digits, and a way to a new ground for each test.

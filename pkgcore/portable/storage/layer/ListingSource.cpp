@@ -35,7 +35,7 @@ const vfs::ListEntry* ListingSource::next() {
 }
 
 void ListingSource::show() {
-    vfs::CanonicalAbsoluteIRI iri = walk_.spot().iri();
+    vfs::CanonicalAbsoluteIRI iri = walk_.iri();
     if (walk_.item().kind == Kind::File) {
         entry_.emplace(vfs::File(std::move(iri), storage_));
     } else {

@@ -2,7 +2,11 @@
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/storage/layer/Content.hpp>
+#include <pkgcore/portable/storage/layer/Removal.hpp>
 #include <pkgcore/portable/storage/layer/TreeWalk.hpp>
+
+#include <exception>
+#include <optional>
 
 namespace foundation::storage::portable {
 
@@ -25,9 +29,45 @@ void carryMarks(const Item& source, const Spot& to, Carry carry) {
     }
 }
 
+/// As far as it goes: the failure that brought us here is on its way.
+void restoreMark(const Spot& spot, const Item& old) noexcept {
+    try {
+        spot.setWritable(old.isWritable);
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
 void verify(const Spot& from, const Spot& to) {
     if (!haveSameContent(from, to)) {
         throw vfs::Exception(ErrorCode::IOError, "The copy differs from its source", to.iri());
+    }
+}
+
+/// Puts another content in a file. The mark of the source comes first, since a new content keeps it: then
+/// nothing is left to fail when the old content is gone.
+void replaceContent(const Spot& from, const Spot& to, const Item& source, const Item& old) {
+    const bool changesMark = to.traits().setsWritable && old.isWritable != source.isWritable;
+    if (changesMark) {
+        to.setWritable(source.isWritable);
+    }
+    try {
+        copyContent(from, to, WriteMode::Create);
+    } catch (const std::exception&) {
+        if (changesMark) {
+            restoreMark(to, old);
+        }
+        throw;
+    }
+}
+
+/// As carryMarks, but a file that was new before goes again where it cannot be marked.
+void carryMarksOrRemove(const Item& source, const Spot& to, Carry carry) {
+    try {
+        carryMarks(source, to, carry);
+    } catch (const std::exception&) {
+        removeRemains(to);
+        throw;
     }
 }
 
@@ -95,11 +135,16 @@ void copyOneFile(const Spot& from, const Spot& to, ReplacementPolicy policy, Car
         from.fail(ErrorCode::NotSupported);  // reading it might wait for ever
     }
     const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
-    copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
-    if (carry == Carry::Everything) {
-        verify(from, to);
+    const std::optional<Item> old = replaces ? to.find() : std::nullopt;
+    if (old) {
+        replaceContent(from, to, source, *old);
+    } else {
+        copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
     }
-    carryMarks(source, to, carry);
+    if (carry == Carry::Everything) {
+        verify(from, to);  // what differs may be somebody else's by now, and stays
+    }
+    old ? carryMarks(source, to, carry) : carryMarksOrRemove(source, to, carry);
 }
 
 void copyTree(const Spot& from, const Spot& to, Carry carry) { TreeCopy(from, to, carry).run(); }

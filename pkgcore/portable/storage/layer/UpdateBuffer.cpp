@@ -18,6 +18,13 @@ using vfs::ErrorCode;
 namespace {
 
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
+const std::streambuf::pos_type kNoPosition = std::streambuf::pos_type(std::streambuf::off_type(-1));
+
+void requireSuccess(bool succeeded) {
+    if (!succeeded) {
+        throw vfs::Exception(ErrorCode::IOError, "The temporary file failed");
+    }
+}
 
 /// A file that is gone when the scope ends; what has it open keeps it.
 class NamedDraft {
@@ -97,20 +104,20 @@ UpdateBuffer::int_type UpdateBuffer::overflow(int_type unit) {
 
 int UpdateBuffer::sync() { return publish() ? 0 : -1; }
 
-/// Goes through the draft from its beginning, and back to where it stood.
+/// Goes through the draft from its beginning, and back to where it stood before anybody sees it.
 void UpdateBuffer::publishDraft() {
     if (!writer_) {
         writer_ = file_.openWriter(provider::WriteMode::Create);
     }
     const pos_type position = file_buffer::seekoff(0, std::ios_base::cur, std::ios_base::out);
-    goTo(0);
+    requireSuccess(position != kNoPosition && goTo(0));
     const std::unique_ptr<char[]> block(new char[kBlockSize]);
     while (const std::streamsize count = file_buffer::xsgetn(block.get(), kBlockSize)) {
         writer_->write(block.get(), static_cast<std::size_t>(count));
     }
+    requireSuccess(goTo(position));
     writer_->commit();
     writer_.reset();
-    goTo(position);
 }
 
 // The streams of the library tell of a failure by their state alone; why it failed has no way out of here.

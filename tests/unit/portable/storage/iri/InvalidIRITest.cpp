@@ -121,6 +121,10 @@ const Refusal kRefusals[] = {
     {u"mem://s/%C0%80", "The percent-encoding at offset 8 is not UTF-8"},
     {u"mem://s/%ED%A0%80", "The percent-encoding at offset 8 is not UTF-8"},
     {u"mem://s/%F4%90%80%80", "The percent-encoding at offset 8 is not UTF-8"},
+    // the first of two faults
+    {u"mem://s/%F0%8", "The percent-encoding at offset 8 is not UTF-8"},
+    {u"mem://s/%2F%", "Character U+002F, encoded at offset 8, is not allowed in a name"},
+    {u"file:///%FF%2F%FF%", "Character U+002F, encoded at offset 11, is not allowed in a name"},
 };
 
 template <typename IRI>

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <iterator>
@@ -97,6 +99,31 @@ TEST_F(UpdateDraft, ThatCannotBeReadBackPublishesNothingFromThenOn) {
     stream << "again" << std::flush;
     EXPECT_TRUE(stream.bad());
     EXPECT_EQ(content(), "hello world");
+}
+
+int seeksLeft = 0;
+
+TEST_F(UpdateDraft, ThatCannotSeekPublishesAllOrNothing) {
+    bool succeeded = false;
+    for (int number = 0; !succeeded; ++number) {
+        SCOPED_TRACE(number);
+        ASSERT_LT(number, 20);
+        vfs::ofstream(file_, std::ios_base::out) << "hello world";
+        vfs::ofstream stream(file_, std::ios_base::in);
+        stream << "HELLO";
+        test::ScopedSystemCalls calls;
+        seeksLeft = number;
+        calls->lseek = [](int file, off_t offset, int whence) -> off_t {
+            if (seeksLeft-- > 0) return ::lseek(file, offset, whence);
+            errno = EIO;
+            return -1;
+        };
+        succeeded = !(stream << std::flush).fail();
+        EXPECT_EQ(content(), succeeded ? "HELLO world" : "hello world");
+        stream.clear();
+        stream << "!" << std::flush;
+        EXPECT_EQ(content(), succeeded && stream ? "HELLO!world" : succeeded ? "HELLO world" : "hello world");
+    }
 }
 
 }  // namespace
