@@ -16,6 +16,9 @@ pkgcore_build_packages=(
     libgmock-dev
     libgtest-dev
     libicu-dev
+    libsqlite3-dev
+    libxxhash-dev
+    sqlite3
     tzdata
 )
 

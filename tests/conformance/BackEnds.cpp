@@ -67,12 +67,15 @@ private:
 }  // namespace
 
 std::vector<BackEnd> backEnds() {
-    return {
+    std::vector<BackEnd> all = {
         {"Local", [] { return std::make_unique<LocalPlace>(); }, true, true, true},
         {"VirtualMemory", [] { return std::make_unique<MemoryPlace>(); }, false, false, false},
         {"VirtualFile", [] { return std::make_unique<FileSchemePlace>(); }, false, true, false},
         {"VirtualFolder", [] { return std::make_unique<FolderPlace>(); }, false, false, false},
     };
+    const std::vector<BackEnd> optional = optionalBackEnds();
+    all.insert(all.end(), optional.begin(), optional.end());
+    return all;
 }
 
 }  // namespace test

@@ -39,4 +39,7 @@ inline void PrintTo(const BackEnd& backEnd, std::ostream* out) { *out << backEnd
 /// Every back end of the library, the virtual one with each store that it cannot do without.
 std::vector<BackEnd> backEnds();
 
+/// Those of stores that have a library of their own, as far as they are built.
+std::vector<BackEnd> optionalBackEnds();
+
 }  // namespace test
