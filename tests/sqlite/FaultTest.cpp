@@ -39,6 +39,7 @@ class SqliteFault : public testing::TestWithParam<Fault> {
 protected:
     /// The scenario with this call failing. False if it was never reached.
     bool run(unsigned number) {
+        SCOPED_TRACE(number);
         ::unlink((file_.native() + "-journal").c_str());
         ::unlink(file_.native().c_str());
         calls_ = 0;
@@ -78,7 +79,7 @@ private:
     /// Makes the store, and closes and opens it half way.
     void makeChanges() {
         open();
-        const std::vector<Change> changes = allKinds(150'000);
+        const std::vector<Change> changes = allKinds(80'000);
         for (std::size_t i = 0; i < changes.size(); ++i) {
             if (i == changes.size() / 2) {
                 store_.reset();
@@ -140,7 +141,6 @@ TEST_P(SqliteFault, LosesNothingThatWasDone) {
     while (run(number) && !HasFailure()) ++number;
     RecordProperty("calls", static_cast<int>(number - 1));
     EXPECT_GE(number, 2U) << "no call of this kind was made";
-    if (HasFailure()) ADD_FAILURE() << "call " << number;
 }
 
 constexpr Fault kFaults[] = {
