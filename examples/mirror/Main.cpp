@@ -1,19 +1,24 @@
-// Makes one folder hold the files of another, whatever kind of storage each is in:
+// Makes one folder hold what another holds, whatever kind of storage each is in:
 //
 //     mirror [--delete] FROM [VIA...] TO
 //
 // FROM and TO are native paths or IRIs: file:///folder, or mem://name/folder for memory, which lasts as long
-// as the program. Each place is mirrored to the next one; those on the way are IRIs, so that a forgotten
-// quote around a pattern does not write into every folder that it fits. What is new or different is copied,
-// with its time; what is at the destination alone is removed only with --delete, and not after a failure.
-// Links and folders without files are left out. The exit status is 0 if all went well, 1 if something did
-// not, and 2 if the command makes no sense.
+// as the program (the table of schemes is in Stores.cpp). Each place is mirrored to the next one; those on
+// the way are IRIs, so that a forgotten quote around a pattern does not write into every folder that it fits.
+//
+// What is new or different is copied: files and folders, empty ones too, with their times as far as both
+// places keep them. Permissions go along between places of this machine, and elsewhere whether a file may be
+// written. Links are copied as links between places of this machine, never followed, and left out elsewhere;
+// pipes and devices are left out everywhere. What is left out is named. What is at the destination alone is
+// removed only with --delete, and not after a failure.
+//
+// A file takes its name when it is complete, so that an interrupted run leaves no half of one. The exit
+// status is 0 if all went well, 1 if something did not, and 2 if the command makes no sense.
 
+#include "../support/HostPath.hpp"
 #include "../support/Interruption.hpp"
 #include "Mirroring.hpp"
-
-#include <pkgcore/portable/storage/StorageSystemBuilder.hpp>
-#include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
+#include "Stores.hpp"
 
 #include <algorithm>
 #include <exception>
@@ -23,9 +28,6 @@
 #include <vector>
 
 namespace {
-
-namespace provider = foundation::storage::provider;
-namespace vfs = foundation::storage::vfs;
 
 using mirror::Place;
 
@@ -41,31 +43,21 @@ void requireApart(const std::vector<Place>& places) {
     }
 }
 
-/// A text that is no IRI although it begins as one makes no sense as a place.
-Place placeFor(const opc::FileSystemOpsSelector& selector, const std::string& argument) {
-    try {
-        return mirror::placeFor(selector, argument);
-    } catch (const opc::Exception& failure) {
-        throw std::invalid_argument(failure.what());
-    }
-}
-
-void requireIRIsOnTheWay(const opc::FileSystemOpsSelector& selector, const std::vector<Place>& places) {
+void requireIRIsOnTheWay(const std::vector<Place>& places) {
     const bool areIRIs = std::all_of(places.begin() + 1, places.end() - 1, [&](const Place& place) {
-        return &place.files == &selector.getVirtual();
+        return &place.files == &place.stores.selector.getVirtual();
     });
     if (!areIRIs) {
         throw std::invalid_argument("a place on the way that is no IRI");
     }
 }
 
-std::vector<Place> placesFor(const opc::FileSystemOpsSelector& selector,
-                             const std::vector<std::string>& arguments) {
+std::vector<Place> placesFor(const mirror::Stores& stores, const std::vector<opc::ustring>& arguments) {
     std::vector<Place> places;
-    for (const std::string& argument : arguments) {
-        places.push_back(placeFor(selector, argument));
+    for (const opc::ustring& argument : arguments) {
+        places.push_back(placeFor(stores, argument));
     }
-    requireIRIsOnTheWay(selector, places);
+    requireIRIsOnTheWay(places);
     requireApart(places);
     return places;
 }
@@ -93,6 +85,13 @@ bool takeOptions(std::vector<std::string>& arguments, bool& mayRemove) {
     });
 }
 
+bool mirrorArguments(const std::vector<std::string>& arguments, bool mayRemove) {
+    std::vector<opc::ustring> paths(arguments.size());
+    std::transform(arguments.begin(), arguments.end(), paths.begin(), pathFromHost);
+    const mirror::Stores stores = mirror::openStores(paths);
+    return mirrorAlong(placesFor(stores, paths), mayRemove);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -104,9 +103,7 @@ int main(int argc, char** argv) {
     }
     handleSignals();
     try {
-        const opc::FileSystemOpsSelector selector(
-            vfs::StorageSystemBuilder().mount(u"mem", provider::makeMemoryProvider()).build());
-        return mirrorAlong(placesFor(selector, arguments), mayRemove) ? 0 : 1;
+        return mirrorArguments(arguments, mayRemove) ? 0 : 1;
     } catch (const std::invalid_argument& failure) {
         std::cerr << "mirror: " << failure.what() << "\n";
         return 2;

@@ -3,6 +3,7 @@
 #include "../support/Interruption.hpp"
 #include "../support/Progress.hpp"
 #include "FileCopy.hpp"
+#include "Marks.hpp"
 
 #include <exception>
 
@@ -13,6 +14,8 @@ template <typename Work>
 void Mirroring::attempt(Work work) {
     try {
         work();
+    } catch (const Interrupted&) {
+        throw;
     } catch (const std::exception& failure) {
         tally_.fail(failure.what());
     }
@@ -20,22 +23,29 @@ void Mirroring::attempt(Work work) {
 
 bool Mirroring::run(bool mayRemove) {
     bool begun = false;
-    attempt([&] {
+    try {
         begun = prepare();
         if (begun) {
             mirrorAll(mayRemove);
         }
-    });
+    } catch (const std::exception& failure) {
+        tally_.fail(failure.what());
+    }
     return begun && !isInterrupted();
 }
 
+Listing Mirroring::listAll(const Place& place) {
+    return list(place, [this](const std::string& reason) { tally_.fail(reason); });
+}
+
+Item Mirroring::copyOf(const opc::ustring& relative) const {
+    return {to_, relative.empty() ? to_.root : to_.files.appendPath(to_.root, relative)};
+}
+
 bool Mirroring::prepare() {
-    std::string reason;
-    if (!listInto(sources_, from_, reason)) {
-        tally_.fail(reason);
-        if (sources_.empty()) {
-            return false;
-        }
+    sources_ = listAll(from_);
+    if (tally_.failures > 0 && sources_.empty()) {
+        return false;
     }
     const std::uintmax_t before = tally_.failures;
     attempt([this] { to_.files.createFolders(to_.root); });
@@ -43,75 +53,116 @@ bool Mirroring::prepare() {
 }
 
 void Mirroring::mirrorAll(bool mayRemove) {
+    openUp(copyOf({}));
     if (mayRemove && tally_.failures == 0) {
         removeOthers();
     }
     std::size_t done = 0;
     for (const auto& [relative, source] : sources_) {
         showProgress("mirroring", done++, sources_.size());
-        attempt([this, &relative = relative, &source = source] { mirrorFile(relative, source); });
+        attempt([this, &relative = relative, &source = source] { mirrorItem(relative, source); });
     }
+    markFolders();
 }
 
+/// A folder does not give way to a file, nor a file to a folder.
+bool Mirroring::isOther(const opc::ustring& relative, Kind kind) const {
+    const auto source = sources_.find(relative);
+    return source == sources_.end() || (source->second.kind == Kind::folder) != (kind == Kind::folder);
+}
+
+/// What a folder holds goes before the folder.
 void Mirroring::removeOthers() {
-    Listing present;
-    std::string reason;
-    if (!listInto(present, to_, reason)) {
-        tally_.fail(reason);
+    const Listing present = listAll(to_);
+    for (const auto& [relative, item] : present) {
+        if (item.kind == Kind::folder) {
+            openUp({to_, item.path});
+        }
     }
     std::size_t done = 0;
-    for (const auto& [relative, path] : present) {
+    for (auto item = present.rbegin(); item != present.rend(); ++item) {
         showProgress("removing", done++, present.size());
-        if (sources_.count(relative) == 0) {
-            attempt([this, &path = path] { removeOther(path); });
+        if (isOther(item->first, item->second.kind)) {
+            attempt([&] {
+                to_.files.remove(item->second.path);
+                ++tally_.removed;
+            });
         }
     }
 }
 
-/// And the folders that held nothing else.
-void Mirroring::removeOther(const opc::ustring& path) {
-    to_.files.remove(path);
-    ++tally_.removed;
-    boost::system::error_code ec;
-    opc::ustring folder = to_.files.getParentPath(path);
-    while (!ec.failed() && folder != to_.root) {
-        to_.files.remove(folder, ec);  // fails where something is left
-        folder = to_.files.getParentPath(folder);
+void Mirroring::mirrorItem(const opc::ustring& relative, const Listed& source) {
+    const Item original{from_, source.path};
+    switch (source.kind) {
+        case Kind::folder:
+            return mirrorFolder(original, copyOf(relative));
+        case Kind::file:
+            return mirrorFile(original, copyOf(relative));
+        case Kind::link:
+            return mirrorLink(original, copyOf(relative));
+        case Kind::other:  // a pipe or a device: there is nothing in it that could be copied
+            return tally_.skip(source.path, "neither a file nor a folder");
     }
 }
 
-void Mirroring::mirrorFile(const opc::ustring& relative, const opc::ustring& source) {
-    if (!mayBeCopied(source)) {
-        return;
+/// A link there, which would lead out of the place, gives way.
+void Mirroring::mirrorFolder(const Item& original, const Item& copy) {
+    const std::optional<opc::ustring> native = copy.native();
+    if (native && copy.nativeFiles().isSymlink(*native)) {
+        copy.nativeFiles().remove(*native);
     }
-    const FileAt original{from_.files, source};
-    const FileAt copy{to_.files, to_.files.appendPath(to_.root, relative)};
+    if (!copy.files().isFolder(copy.path)) {
+        copy.files().createFolder(copy.path);
+        if (areNative(original, copy)) {
+            copyPermissions(original, copy);
+        }
+    }
+    openUp(copy);
+    ++tally_.folders;
+}
+
+void Mirroring::mirrorFile(const Item& original, const Item& copy) {
     const std::uintmax_t length = lengthOf(original);
     if (isUpToDate(original, copy)) {
+        copyPermissions(original, copy);
         ++tally_.unchanged;
     } else {
-        makeFolder(to_.files.getParentPath(copy.path));
         copyFile(original, copy);
         ++tally_.copied;
     }
+    ++tally_.files;
     tally_.bytes += length;
 }
 
-/// Links are not followed; what else is no file (a pipe, a device) has no content to be copied.
-bool Mirroring::mayBeCopied(const opc::ustring& source) {
-    const bool isLink = from_.files.isSymlink(source);
-    const bool isFile = !isLink && from_.files.isFile(source);
-    if (!isFile) {
-        tally_.skip(source, isLink ? "a link" : "no file");
+void Mirroring::mirrorLink(const Item& original, const Item& copy) {
+    if (!areNative(original, copy)) {
+        return tally_.skip(original.path, "a link");
     }
-    return isFile;
+    if (isSameLink(original, copy)) {
+        ++tally_.unchanged;
+    } else {
+        copyLink(original, copy);
+        ++tally_.copied;
+    }
+    ++tally_.links;
 }
 
-/// The sources come in order, so that one folder after the other is filled.
-void Mirroring::makeFolder(const opc::ustring& folder) {
-    if (folder != lastFolder_) {
-        to_.files.createFolders(folder);
-        lastFolder_ = folder;
+/// When all is in them, since that changes their times and takes the right to write; a folder after those in
+/// it.
+void Mirroring::markFolders() {
+    for (auto item = sources_.rbegin(); item != sources_.rend(); ++item) {
+        if (item->second.kind == Kind::folder) {
+            stopIfInterrupted();
+            attempt([&] { markFolder({from_, item->second.path}, copyOf(item->first)); });
+        }
+    }
+    attempt([&] { markFolder({from_, from_.root}, copyOf({})); });
+}
+
+void Mirroring::markFolder(const Item& original, const Item& copy) {
+    if (copy.files().isFolder(copy.path)) {
+        setTime(copy, original.files().getLastModifiedTime(original.path));
+        copyPermissions(original, copy);
     }
 }
 

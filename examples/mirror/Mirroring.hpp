@@ -1,11 +1,12 @@
 #pragma once
 
+#include "Listing.hpp"
 #include "Place.hpp"
 #include "Tally.hpp"
 
 namespace mirror {
 
-/// Makes one place hold the files of another.
+/// Makes one place hold what another holds.
 class Mirroring {
 public:
     Mirroring(const Place& from, const Place& to) : from_(from), to_(to) {}
@@ -18,13 +19,18 @@ public:
     const Tally& tally() const { return tally_; }
 
 private:
+    Listing listAll(const Place& place);
     bool prepare();
     void mirrorAll(bool mayRemove);
     void removeOthers();
-    void removeOther(const opc::ustring& path);
-    void mirrorFile(const opc::ustring& relative, const opc::ustring& source);
-    bool mayBeCopied(const opc::ustring& source);
-    void makeFolder(const opc::ustring& folder);
+    bool isOther(const opc::ustring& relative, Kind kind) const;
+    void mirrorItem(const opc::ustring& relative, const Listed& source);
+    void mirrorFolder(const Item& original, const Item& copy);
+    void mirrorFile(const Item& original, const Item& copy);
+    void mirrorLink(const Item& original, const Item& copy);
+    void markFolders();
+    void markFolder(const Item& original, const Item& copy);
+    Item copyOf(const opc::ustring& relative) const;
 
     template <typename Work>
     void attempt(Work work);
@@ -32,7 +38,6 @@ private:
     const Place& from_;
     const Place& to_;
     Listing sources_;
-    opc::ustring lastFolder_;
     Tally tally_;
 };
 

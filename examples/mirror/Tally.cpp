@@ -21,9 +21,10 @@ void Tally::fail(const std::string& reason) {
 
 void Tally::print(const opc::ustring& from, const opc::ustring& to) const {
     clearProgress();
-    std::cout << printable(from) << " -> " << printable(to) << ": " << copied + unchanged << " files, "
-              << bytes << " bytes; " << copied << " copied, " << unchanged << " unchanged, " << removed
-              << " removed, " << skipped << " skipped, " << failures << " failures" << std::endl;
+    std::cout << printable(from) << " -> " << printable(to) << ": " << files << " files, " << links
+              << " links, " << folders << " folders, " << bytes << " bytes; " << copied << " copied, "
+              << unchanged << " unchanged, " << removed << " removed, " << skipped << " skipped, " << failures
+              << " failures" << std::endl;
 }
 
 }  // namespace mirror

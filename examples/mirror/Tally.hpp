@@ -9,8 +9,11 @@ namespace mirror {
 
 /// Counts what became of the items of one mirroring, and says what went wrong where it does.
 struct Tally {
-    std::uintmax_t bytes = 0;  ///< in the files that were copied or found unchanged
-    std::uintmax_t copied = 0;
+    std::uintmax_t files = 0;  ///< that are the same in both places now; so are links and folders
+    std::uintmax_t links = 0;
+    std::uintmax_t folders = 0;
+    std::uintmax_t bytes = 0;   ///< in those files
+    std::uintmax_t copied = 0;  ///< files and links
     std::uintmax_t unchanged = 0;
     std::uintmax_t removed = 0;
     std::uintmax_t skipped = 0;

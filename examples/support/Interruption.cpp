@@ -32,3 +32,9 @@ void handleSignals() {
 }
 
 bool isInterrupted() { return interrupted != 0; }
+
+void stopIfInterrupted() {
+    if (isInterrupted()) {
+        throw Interrupted();
+    }
+}

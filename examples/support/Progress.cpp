@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <iostream>
-#include <stdexcept>
 
 namespace {
 
@@ -20,9 +19,7 @@ bool onTerminal() {
 }  // namespace
 
 void showProgress(const std::string& title, std::size_t done, std::size_t total) {
-    if (isInterrupted()) {
-        throw std::runtime_error("interrupted");
-    }
+    stopIfInterrupted();
     if (onTerminal() && done % kEvery == 0) {
         std::cout << "\r  " << title << ": " << done << " of " << total << std::flush;
     }

@@ -1,5 +1,6 @@
 #include "Streams.hpp"
 
+#include "Interruption.hpp"
 #include "Printable.hpp"
 
 #include <algorithm>
@@ -40,6 +41,7 @@ Comparison compareStreams(std::istream& one, std::istream& other) {
     Comparison result;
     std::size_t count = 0;
     do {
+        stopIfInterrupted();
         count = readChunk(one, left);
         const std::size_t otherCount = readChunk(other, right);
         const auto end = left.begin() + std::min(count, otherCount);

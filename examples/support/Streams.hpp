@@ -17,5 +17,6 @@ struct Comparison {
     bool equal = true;
 };
 
-/// Compares to the end or to the first difference.
+/// Compares to the end or to the first difference. Throws Interrupted once a signal has asked the program to
+/// stop.
 Comparison compareStreams(std::istream& one, std::istream& other);

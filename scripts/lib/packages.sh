@@ -38,6 +38,18 @@ pkgcore_coverage_packages=(
     llvm-14
 )
 
+# In addition: the API reference.
+pkgcore_docs_packages=(
+    doxygen
+)
+
+# In addition: the Debian packages, and the consumers of the installed library.
+pkgcore_packaging_packages=(
+    dpkg-dev
+    file
+    pkg-config
+)
+
 is_installed() {
     [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }

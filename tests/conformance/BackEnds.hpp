@@ -27,13 +27,11 @@ public:
 struct BackEnd {
     std::string name;
     std::function<std::unique_ptr<Place>()> makePlace;
-    /// Copying without Replace fills a folder that exists; otherwise that is a failure.
-    bool mergesFolders;
-    /// rename replaces a folder that holds something; otherwise that is a failure.
-    bool renamesOntoFullFolders;
     bool hasLinks;
     /// What lies in the place has a native path.
     bool hasLocalPaths;
+    /// Every output stream goes to any place; otherwise those that are opened with std::ios::in do.
+    bool seeksAllOutput;
 };
 
 inline void PrintTo(const BackEnd& backEnd, std::ostream* out) { *out << backEnd.name; }

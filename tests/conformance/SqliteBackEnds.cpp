@@ -26,7 +26,7 @@ private:
 }  // namespace
 
 std::vector<BackEnd> optionalBackEnds() {
-    return {{"VirtualSqlite", [] { return std::make_unique<SqlitePlace>(); }, false, true, false, false}};
+    return {{"VirtualSqlite", [] { return std::make_unique<SqlitePlace>(); }, false, false, false}};
 }
 
 }  // namespace test

@@ -1,13 +1,14 @@
-// Reads the input as an IRI and as plain text. What is taken is spelled and made canonical once and for all,
-// stays below its root, and names survive the way into an IRI and back.
+// Reads the input as an IRI, and compares its spelling, its canonical form and its parts with those that the
+// rules give. What is refused is refused for the reason and at the place that the message names.
 
 #include <pkgcore/platform/storage/CanonicalAbsoluteIRI.hpp>
 #include <pkgcore/platform/storage/Exceptions.hpp>
 
+#include "tests/fuzz/Input.hpp"
+#include "tests/reference/ReferenceIRI.hpp"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -16,17 +17,28 @@ using foundation::storage::vfs::AbsoluteIRI;
 using foundation::storage::vfs::CanonicalAbsoluteIRI;
 using foundation::storage::vfs::InvalidIRIException;
 using foundation::storage::vfs::UnsupportedIRISchemeException;
+using fuzz::require;
+using reference::IRIKind;
 
-void require(bool condition) {
-    if (!condition) std::abort();
+/// The offset that the message of a refusal names.
+std::size_t offsetIn(const std::string& message) {
+    constexpr std::string_view kMark = "at offset ";
+    const std::size_t at = message.find(kMark);
+    require(at != message.npos);
+    return std::stoul(message.substr(at + kMark.size()));
 }
 
-template <typename Work>
-void unlessRefused(Work work) {
+/// Nothing before the place that a refusal names is at fault.
+void checkRefusal(const std::u16string& text, const InvalidIRIException& refusal) {
+    require(refusal.getInvalidIRIString() == text);
+    const std::size_t offset = offsetIn(refusal.what());
+    require(offset <= text.size());
     try {
-        work();
-    } catch (const InvalidIRIException&) {
+        const AbsoluteIRI beginning(text.substr(0, offset));
+    } catch (const InvalidIRIException& earlier) {
+        require(offsetIn(earlier.what()) == offset);  // the end, where there should be more
     } catch (const UnsupportedIRISchemeException&) {
+        require(false);
     }
 }
 
@@ -34,38 +46,49 @@ void checkFamily(CanonicalAbsoluteIRI iri) {
     while (iri.hasParent()) {
         const std::u16string name = iri.getName();
         require(!name.empty() && name != u"." && name != u".." && name.find(u'/') == std::u16string::npos);
-        const CanonicalAbsoluteIRI parent = iri.getParent();
-        require(AbsoluteIRI(parent, name).toString() == iri.toString());
-        iri = parent;
+        require(iri.toString().size() > iri.getParent().toString().size());
+        require(AbsoluteIRI(iri.getParent(), name).toString() == iri.toString());
+        iri = iri.getParent();
     }
     require(iri.getName().empty());
 }
 
-void checkIRI(const std::u16string& text) {
-    const AbsoluteIRI iri(text);
-    require(AbsoluteIRI(iri.toString()).toString() == iri.toString());
-    const CanonicalAbsoluteIRI canonical(text);
+void checkParts(const AbsoluteIRI& iri) {
+    const reference::SpelledParts parts = reference::partsOfIRI(iri.toString());
+    require(iri.getScheme() == parts.scheme);
+    require(iri.getPath() == reference::plainText(parts.authority + parts.path));
+}
+
+void checkIRI(const AbsoluteIRI& iri, const std::u16string& spelled) {
+    require(iri.toString() == spelled);
+    require(AbsoluteIRI(spelled).toString() == spelled);
+    checkParts(iri);
+    const CanonicalAbsoluteIRI canonical(iri);
+    require(canonical.toString() == reference::canonicalIRI(spelled));
     require(CanonicalAbsoluteIRI(canonical.toString()) == canonical);
-    require(CanonicalAbsoluteIRI(iri) == canonical);
     checkFamily(canonical);
 }
 
-void checkPlain(const std::u16string& base, const std::u16string& text) {
-    checkIRI(AbsoluteIRI(AbsoluteIRI(base), text).toString());
+void check(const std::u16string& text) {
+    const reference::IRIReading expected = reference::spelledIRI(text);
+    try {
+        const AbsoluteIRI iri(text);
+        require(expected.kind == IRIKind::valid);
+        checkIRI(iri, expected.text);
+    } catch (const InvalidIRIException& refusal) {
+        require(expected.kind == IRIKind::invalid);
+        checkRefusal(text, refusal);
+    } catch (const UnsupportedIRISchemeException& refusal) {
+        require(expected.kind == IRIKind::unsupported);
+        require(refusal.getScheme() == reference::partsOfIRI(text).scheme);
+    }
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::u16string narrow(data, data + size);
-    std::u16string wide(size / sizeof(char16_t), u'\0');
-    if (!wide.empty()) std::memcpy(wide.data(), data, wide.size() * sizeof(char16_t));
-    for (const std::u16string& text : {narrow, wide}) {
-        unlessRefused([&] { checkIRI(text); });
-        unlessRefused([&] { checkIRI(u"mem://" + text); });
-        unlessRefused([&] { checkIRI(u"file:///" + text); });
-        unlessRefused([&] { checkPlain(u"mem://store", text); });
-        unlessRefused([&] { checkPlain(u"file:///a", text); });
-    }
+    const std::u16string text = fuzz::textOf(fuzz::bytesOf(data, size));
+    const bool hasMark = text.find(u"://") != std::u16string::npos;
+    check(hasMark ? text : u"mem://" + text);
     return 0;
 }

@@ -1,15 +1,15 @@
-// Reads the input as UTF-8 and as UTF-16 and compares the time that it names with the documented rules.
+// Reads the input as a text and compares the time that it names with the documented rules; and as a time,
+// which has to survive being written and read.
 
 #include <pkgcore/core/TimeConversions.hpp>
 
-#include "tests/reference/ReferenceUtf8.hpp"
+#include "tests/fuzz/Input.hpp"
 #include "tests/reference/TimeTextReader.hpp"
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -17,10 +17,7 @@
 namespace {
 
 using boost::posix_time::ptime;
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
+using fuzz::require;
 
 /// Whether the text may name one of the infinities, the first or the last time.
 bool hasSpecialName(std::u16string text) {
@@ -43,13 +40,28 @@ void check(const std::u16string& text) {
     require(opc::convertStringToTime(shown) == time);
 }
 
+/// Any second from the first one that can be written to the last one.
+reference::Seconds timeFrom(const std::uint8_t* data) {
+    const reference::Seconds first = reference::secondsAt(1400, 1, 1);
+    const reference::Seconds last = reference::secondsAt(9999, 12, 31, 23, 59, 59);
+    std::uint64_t number = 0;
+    std::memcpy(&number, data, sizeof number);
+    return first + static_cast<reference::Seconds>(number % static_cast<std::uint64_t>(last - first + 1));
+}
+
+void checkTime(reference::Seconds seconds) {
+    const ptime epoch(boost::gregorian::date(1970, 1, 1));
+    const ptime time = epoch + boost::posix_time::seconds(seconds);
+    const std::string wanted = reference::textOf(seconds);
+    const std::u16string shown = opc::convertTimeToString(time + boost::posix_time::microseconds(999'999));
+    require(shown == std::u16string(wanted.begin(), wanted.end()));
+    require(opc::convertStringToTime(shown) == time);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    check(reference::decodeUtf8(std::string(data, data + size)).text);
-
-    std::u16string text(size / sizeof(char16_t), u'\0');
-    if (!text.empty()) std::memcpy(text.data(), data, text.size() * sizeof(char16_t));
-    check(text);
+    check(fuzz::textOf(fuzz::bytesOf(data, size)));
+    if (size == sizeof(std::uint64_t)) checkTime(timeFrom(data));
     return 0;
 }

@@ -14,12 +14,13 @@ void expectSound(const StoreFile& file) {
         RawDatabase database(file.native());
         EXPECT_EQ(database.run("PRAGMA integrity_check"), "ok");
         EXPECT_EQ(database.count("orphan"), 0) << "left behind";
-        EXPECT_EQ(database.count("chunk WHERE (id >> 28) NOT IN (SELECT node FROM entry WHERE kind = 0)"), 0)
+        EXPECT_EQ(database.count("chunk WHERE (id >> 28) NOT IN (SELECT content FROM entry WHERE kind = 0)"),
+                  0)
             << "bytes of no file";
         EXPECT_EQ(database.run("SELECT count(*) FROM chunk"),
                   database.run("SELECT ifnull(sum((size + 65535) / 65536), 0) FROM entry WHERE kind = 0"));
         EXPECT_EQ(database.count("entry WHERE parent <> 0 AND parent NOT IN "
-                                 "(SELECT node FROM entry WHERE kind = 1)"),
+                                 "(SELECT id FROM entry WHERE kind = 1)"),
                   0)
             << "in no folder";
     }

@@ -24,10 +24,10 @@ public:
 
     /// UnsupportedIRISchemeException for a scheme without a mount, NoSuchStorage for an authority without
     /// one.
-    portable::Spot find(const CanonicalAbsoluteIRI& iri) const;
+    portable::Spot find(CanonicalAbsoluteIRI iri) const;
 
 private:
-    using Mounts = std::map<Authority, portable::Store, std::less<>>;
+    using Mounts = std::map<Authority, std::shared_ptr<const portable::Store>, std::less<>>;
     std::map<std::u16string, Mounts, std::less<>> schemes_;
 };
 
@@ -35,6 +35,6 @@ private:
 
 namespace foundation::storage::portable {
 
-Spot findSpot(const vfs::CanonicalAbsoluteIRI& iri, const vfs::StorageSystemReference& storage);
+Spot findSpot(vfs::CanonicalAbsoluteIRI iri, const vfs::StorageSystemReference& storage);
 
 }  // namespace foundation::storage::portable

@@ -4,6 +4,8 @@
 #include <pkgcore/portable/path/PosixSyntax.hpp>
 #include <pkgcore/portable/path/WindowsSyntax.hpp>
 
+#include "tests/reference/ReferencePaths.hpp"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -57,17 +59,6 @@ private:
     }
 };
 
-/// The rule of extensions as it is told for IRIs: what follows the last dot of the name.
-Text extensionByTheRule(const Text& name) {
-    Text extension;
-    bool found = false;
-    for (const char16_t unit : name) {
-        found = found || unit == u'.';
-        extension = unit == u'.' ? Text() : extension + unit;
-    }
-    return found ? extension : Text();
-}
-
 TEST_P(PathProperty, TidyingTwiceIsTidyingOnce) {
     forManyPaths([&](const Text& path) {
         const Text once = GetParam().native(path, true);
@@ -117,7 +108,7 @@ TEST_P(PathProperty, OnlyARootHasNeitherFilenameNorParent) {
 TEST_P(PathProperty, ExtensionFollowsTheRuleOfNames) {
     forManyPaths([&](const Text& path) {
         const Text tidied = GetParam().native(path, true);
-        EXPECT_EQ(GetParam().extension(tidied), extensionByTheRule(GetParam().filename(tidied)));
+        EXPECT_EQ(GetParam().extension(tidied), reference::extensionOfName(GetParam().filename(tidied)));
     });
 }
 

@@ -54,7 +54,7 @@ void changeEntry(Store& store, const Path& path, Change change) {
 
 Place placeFor(Entries& entries, const Path& to, Kind kind, ReplacementPolicy policy) {
     Place place;
-    place.folder = entries.folderForCreation(to).node;
+    place.folder = entries.folderForCreation(to).id;
     place.name = newName(to);
     place.old = entries.find(place.folder, place.name);
     if (place.old && (policy == ReplacementPolicy::FailIfExists || place.old->kind != kind)) {
@@ -72,7 +72,7 @@ Place placeForWriting(Entries& entries, const Path& file, bool mayReplace) {
     if (place.old && (place.old->isFolder() || !mayReplace)) {
         fail(ErrorCode::AlreadyExists);
     }
-    place.folder = place.old ? place.old->parent : entries.folderForCreation(file).node;
+    place.folder = place.old ? place.old->parent : entries.folderForCreation(file).id;
     place.name = newName(file);
     place.isWritable = !place.old || place.old->isWritable;
     return place;
@@ -95,7 +95,7 @@ void createFolder(Store& store, const Path& folder) {
         entry.name = place.name;
         entry.kind = Kind::Folder;
         entry.modified = timeOfNow();
-        entry.node = connection.newNode();
+        entry.id = connection.newNumber();
         entries.put(entry);
     });
 }

@@ -14,7 +14,7 @@ namespace foundation::storage::sqlite {
 namespace {
 
 /// So many numbers are taken at once, so that the row that counts them is seldom written.
-constexpr std::int64_t kNodesAtOnce = 64;
+constexpr std::int64_t kNumbersAtOnce = 256;
 
 int flagsOf(Access access) noexcept {
     // A connection is used by one thread at a time; each result code is the precise one.
@@ -106,21 +106,21 @@ Statement& Connection::statement(Sql sql) {
     return *kept;
 }
 
-void Connection::takeNodes() {
+void Connection::takeNumbers() {
     const std::int64_t next = readStoreRow(*this).next;
-    if (next > kMaxNode - kNodesAtOnce) {
+    if (next > kMaxNumber - kNumbersAtOnce) {
         fail(vfs::ErrorCode::NoSpace, "The store has no number left for what is new");
     }
-    writeNextNode(*this, next + kNodesAtOnce);
-    nextNode_ = next;
-    endNode_ = next + kNodesAtOnce;
+    writeNextNumber(*this, next + kNumbersAtOnce);
+    nextNumber_ = next;
+    endNumber_ = next + kNumbersAtOnce;
 }
 
-std::int64_t Connection::newNode() {
-    if (nextNode_ == endNode_) {
-        takeNodes();
+std::int64_t Connection::newNumber() {
+    if (nextNumber_ == endNumber_) {
+        takeNumbers();
     }
-    return nextNode_++;
+    return nextNumber_++;
 }
 
 Transaction::Transaction(Connection& connection, Access access) : connection_(connection) {
@@ -134,7 +134,7 @@ void Transaction::commit() {
 
 Transaction::~Transaction() {
     if (!isCommitted_) {
-        connection_.forgetNodes();
+        connection_.forgetNumbers();
         rollBack();
     }
 }

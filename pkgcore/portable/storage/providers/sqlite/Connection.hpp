@@ -43,10 +43,10 @@ public:
     const Sealer& sealer() const noexcept { return sealer_; }
     void setKey(std::int64_t key) noexcept { sealer_ = Sealer(key); }
 
-    /// A number that no folder and no content has or had, within a writing transaction.
-    std::int64_t newNode();
-    /// What newNode() has put aside is not to be had after a rollback.
-    void forgetNodes() noexcept { nextNode_ = endNode_ = 0; }
+    /// A number that no entry and no content has or had, within a writing transaction.
+    std::int64_t newNumber();
+    /// What newNumber() has put aside is not to be had after a rollback.
+    void forgetNumbers() noexcept { nextNumber_ = endNumber_ = 0; }
 
 private:
     struct Close {
@@ -55,15 +55,15 @@ private:
 
     static int onBusy(void* connection, int count) noexcept;
     void configure();
-    void takeNodes();
+    void takeNumbers();
 
     std::chrono::steady_clock::time_point busySince_;
     Milliseconds busyTime_;
     std::unique_ptr<sqlite3, Close> handle_;
     std::array<std::unique_ptr<Statement>, kSqlCount> statements_;
     Sealer sealer_{0};
-    std::int64_t nextNode_ = 0;
-    std::int64_t endNode_ = 0;
+    std::int64_t nextNumber_ = 0;
+    std::int64_t endNumber_ = 0;
 };
 
 /// From begin to commit; rolled back unless it is committed.

@@ -24,12 +24,12 @@ std::int64_t chunkId(std::int64_t content, std::int64_t index) {
 std::int64_t sealOf(const Connection& connection, const Orphan& orphan) {
     const std::string text =
         (orphan.kind == Orphan::Kind::Folder ? "folder " : "content ") + std::to_string(orphan.first);
-    return connection.sealer().seal(orphan.node, text);
+    return connection.sealer().seal(orphan.number, text);
 }
 
 /// From the columns kind, first and seal, beginning with `column`.
-Orphan orphanFrom(const Connection& connection, const Query& row, std::int64_t node, int column) {
-    const Orphan orphan{node, row.integer(column) == 1 ? Orphan::Kind::Folder : Orphan::Kind::Content,
+Orphan orphanFrom(const Connection& connection, const Query& row, std::int64_t number, int column) {
+    const Orphan orphan{number, row.integer(column) == 1 ? Orphan::Kind::Folder : Orphan::Kind::Content,
                         row.integer(column + 1)};
     if (row.integer(column + 2) != sealOf(connection, orphan)) {
         failDamaged("the list of what is to be erased");
@@ -76,9 +76,9 @@ bool Contents::eraseLastChunks(std::int64_t content, std::int64_t first, std::in
     return from == begin;
 }
 
-std::optional<Orphan> Contents::findOrphan(std::int64_t node) {
-    Query row(connection_.statement(Sql::FindOrphan), node);
-    return row.step() ? std::optional<Orphan>(orphanFrom(connection_, row, node, 0)) : std::nullopt;
+std::optional<Orphan> Contents::findOrphan(std::int64_t number) {
+    Query row(connection_.statement(Sql::FindOrphan), number);
+    return row.step() ? std::optional<Orphan>(orphanFrom(connection_, row, number, 0)) : std::nullopt;
 }
 
 std::optional<Orphan> Contents::lastOrphan(std::int64_t below) {
@@ -87,23 +87,23 @@ std::optional<Orphan> Contents::lastOrphan(std::int64_t below) {
 }
 
 void Contents::putOrphan(const Orphan& orphan) {
-    run(connection_.statement(Sql::PutOrphan), orphan.node, std::int64_t{orphan.kind == Orphan::Kind::Folder},
-        orphan.first, sealOf(connection_, orphan));
+    run(connection_.statement(Sql::PutOrphan), orphan.number,
+        std::int64_t{orphan.kind == Orphan::Kind::Folder}, orphan.first, sealOf(connection_, orphan));
 }
 
-void Contents::eraseOrphan(std::int64_t node) { run(connection_.statement(Sql::EraseOrphan), node); }
+void Contents::eraseOrphan(std::int64_t number) { run(connection_.statement(Sql::EraseOrphan), number); }
 
 bool Contents::retire(const Entry& entry) {
     if (entry.isFolder()) {
-        putOrphan({entry.node, Orphan::Kind::Folder, 0});
+        putOrphan({entry.id, Orphan::Kind::Folder, 0});
         return true;
     }
     if (isLarge(entry)) {
-        putOrphan({entry.node, Orphan::Kind::Content, 0});
+        putOrphan({entry.content, Orphan::Kind::Content, 0});
         return true;
     }
-    if (entry.node != kNoNode) {
-        const std::int64_t id = chunkId(entry.node, 0);
+    if (entry.content != kNoContent) {
+        const std::int64_t id = chunkId(entry.content, 0);
         run(connection_.statement(Sql::EraseChunks), id, id);
     }
     return false;

@@ -16,7 +16,7 @@ struct Entry;
 struct Orphan {
     enum class Kind : unsigned char { Content, Folder };
 
-    std::int64_t node = 0;
+    std::int64_t number = 0;  ///< of the content or folder
     Kind kind = Kind::Content;
     std::int64_t first = 0;  ///< the chunks of a content from this one on
 };
@@ -35,11 +35,11 @@ public:
     /// Erases the last ones of the chunks from `first` on, at most so many. True when none is left.
     bool eraseLastChunks(std::int64_t content, std::int64_t first, std::int64_t count);
 
-    std::optional<Orphan> findOrphan(std::int64_t node);
+    std::optional<Orphan> findOrphan(std::int64_t number);
     /// The one with the highest number below `below`.
     std::optional<Orphan> lastOrphan(std::int64_t below);
     void putOrphan(const Orphan& orphan);
-    void eraseOrphan(std::int64_t node);
+    void eraseOrphan(std::int64_t number);
 
     /// Gives up what an entry leads to, which is erased or replaced. True if that leaves an orphan, which
     /// sweep() erases.

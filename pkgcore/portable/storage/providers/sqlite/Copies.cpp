@@ -39,7 +39,7 @@ void copyBytes(Connection& connection, std::int64_t from, const Entry& copy) {
     Contents contents(connection);
     std::string bytes;
     contents.readChunk(from, 0, static_cast<std::size_t>(copy.size), bytes);
-    contents.putChunk(copy.node, 0, bytes);
+    contents.putChunk(copy.content, 0, bytes);
 }
 
 /// A copy of a folder that is being made where nobody looks. Holds the way down in memory, and a page of
@@ -82,15 +82,15 @@ private:
 
 void TreeCopy::makeTop() {
     top_ = store_->write([this](Connection& connection) {
-        const std::int64_t node = connection.newNode();
-        pin_ = store_->pins().pin(node);
-        Contents(connection).putOrphan({node, Orphan::Kind::Folder, 0});
-        return node;
+        const std::int64_t folder = connection.newNumber();
+        pin_ = store_->pins().pin(folder);
+        Contents(connection).putOrphan({folder, Orphan::Kind::Folder, 0});
+        return folder;
     });
 }
 
 void TreeCopy::fill(const Entry& source) {
-    levels_.push_back({source.node, top_, {}});
+    levels_.push_back({source.id, top_, {}});
     while (!levels_.empty()) {
         if (!fillSome()) levels_.pop_back();
     }
@@ -117,18 +117,18 @@ bool TreeCopy::fillSome() {
         return copyPage(connection, page, to, large);
     });
     for (const Entry& entry : large) copyLarge(entry, to);
-    if (inner != kNoNode) {
-        levels_.push_back({page.back().node, inner, {}});
+    if (inner != kNone) {
+        levels_.push_back({page.back().id, inner, {}});
     }
     return true;
 }
 
-/// Copies all but the large files, which are left to be copied apart. The node of the copy of the folder at
+/// Copies all but the large files, which are left to be copied apart. The number of the copy of the folder at
 /// the end, if there is one. What has gone meanwhile is passed over.
 std::int64_t TreeCopy::copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
                                 std::vector<Entry>& large) {
     Entries entries(connection);
-    std::int64_t inner = kNoNode;
+    std::int64_t inner = kNone;
     for (const Entry& listed : page) {
         std::optional<Entry> entry = entries.find(listed.parent, listed.name);
         if (!entry || entry->kind != listed.kind) continue;
@@ -136,13 +136,14 @@ std::int64_t TreeCopy::copyPage(Connection& connection, const std::vector<Entry>
             large.push_back(*entry);
             continue;
         }
-        const std::int64_t from = entry->node;
+        const std::int64_t from = entry->content;
         entry->parent = to;
         entry->modified = timeOfNow();
-        entry->node = entry->isFolder() || entry->size > 0 ? connection.newNode() : kNoNode;
+        entry->id = connection.newNumber();
+        entry->content = entry->size > 0 ? connection.newNumber() : kNoContent;
         entries.put(*entry);
         if (entry->isFolder()) {
-            inner = entry->node;
+            inner = entry->id;
         } else {
             copyBytes(connection, from, *entry);
         }
@@ -168,7 +169,7 @@ void TreeCopy::publish(const Path& to, ReplacementPolicy policy, bool isWritable
         Contents contents(connection);
         const Place place = placeFor(entries, to, Kind::Folder, policy);
         if (place.old) contents.retire(*place.old);
-        entries.put({place.folder, place.name, Kind::Folder, isWritable, timeOfNow(), 0, top_});
+        entries.put({place.folder, place.name, top_, Kind::Folder, isWritable, timeOfNow(), 0, kNoContent});
         contents.eraseOrphan(top_);
     });
     isPublished_ = true;

@@ -30,17 +30,17 @@ std::int64_t Draft::size() const noexcept {
 }
 
 bool Draft::isBase(const std::optional<Entry>& entry) const noexcept {
-    return entry && base_ && entry->node == base_->node && entry->size == base_->size;
+    return entry && base_ && entry->content == base_->content && entry->size == base_->size;
 }
 
 void Draft::continueFrom(OpenFile file) {
     const Entry& entry = file.entry();
-    if (entry.node == kNoNode) {
+    if (entry.content == kNoContent) {
         return;
     }
     stored_ = entry.size / kChunk;
     buffer_ = entry.size % kChunk == 0 ? std::string() : file.chunk(stored_);
-    node_ = entry.node;
+    content_ = entry.content;
     base_ = entry;
     pin_ = file.takePin();
 }
@@ -66,18 +66,18 @@ void Draft::write(const char* bytes, std::size_t count) {
 }
 
 /// The first so many bytes of the buffer.
-void Draft::putChunks(Connection& connection, std::int64_t node, std::size_t bytes) const {
+void Draft::putChunks(Connection& connection, std::int64_t content, std::size_t bytes) const {
     const std::string_view all = std::string_view(buffer_).substr(0, bytes);
     Contents contents(connection);
     std::int64_t index = stored_;
     for (std::size_t at = 0; at < all.size(); at += kChunkSize) {
-        contents.putChunk(node, index++, all.substr(at, kChunkSize));
+        contents.putChunk(content, index++, all.substr(at, kChunkSize));
     }
 }
 
 /// After a transaction was committed.
 void Draft::keep(Stored& stored) {
-    node_ = stored.entry.node;
+    content_ = stored.entry.content;
     if (stored.pin.isHeld()) {
         pin_ = std::move(stored.pin);
     }
@@ -89,7 +89,7 @@ void Draft::keep(Stored& stored) {
 /// Before the transaction is committed, so that the content is never free in between.
 void Draft::pinNew(Stored& stored) const {
     if (!pin_.isHeld()) {
-        stored.pin = store_->pins().pin(stored.entry.node);
+        stored.pin = store_->pins().pin(stored.entry.content);
     }
 }
 
@@ -97,20 +97,20 @@ void Draft::pinNew(Stored& stored) const {
 Draft::Stored Draft::trySpill(Connection& connection) const {
     Contents contents(connection);
     Stored stored;
-    stored.entry.node = node_ == kNoNode ? connection.newNode() : node_;
-    if (node_ == kNoNode) {
+    stored.entry.content = content_ == kNoContent ? connection.newNumber() : content_;
+    if (content_ == kNoContent) {
         pinNew(stored);
-        contents.putOrphan({stored.entry.node, Orphan::Kind::Content, 0});
+        contents.putOrphan({stored.entry.content, Orphan::Kind::Content, 0});
     } else if (!isClaimed_) {
         const bool isOurs = base_->size >= kChunk &&
                             isBase(Entries(connection).find(base_->parent, base_->name)) &&
-                            !contents.findOrphan(node_);
+                            !contents.findOrphan(content_);
         if (!isOurs) {
             return stored;
         }
-        contents.putOrphan({node_, Orphan::Kind::Content, chunkCount(base_->size)});
+        contents.putOrphan({content_, Orphan::Kind::Content, chunkCount(base_->size)});
     }
-    putChunks(connection, stored.entry.node, fullSize(buffer_.size()));
+    putChunks(connection, stored.entry.content, fullSize(buffer_.size()));
     stored.isDone = true;
     return stored;
 }
@@ -131,11 +131,11 @@ void Draft::detach() {
     std::string bytes;
     for (std::int64_t i = 0; i < stored_; ++i) {
         store_->read(
-            [&](Connection& connection) { Contents(connection).readChunk(node_, i, kChunkSize, bytes); });
+            [&](Connection& connection) { Contents(connection).readChunk(content_, i, kChunkSize, bytes); });
         copy.write(bytes.data(), bytes.size());
     }
     copy.write(buffer_.data(), buffer_.size());
-    std::swap(node_, copy.node_);
+    std::swap(content_, copy.content_);
     std::swap(pin_, copy.pin_);
     std::swap(base_, copy.base_);
     std::swap(isClaimed_, copy.isClaimed_);
@@ -148,22 +148,25 @@ Draft::Stored Draft::tryPublish(Connection& connection, const Find& find) const 
     Contents contents(connection);
     const Place place = find(entries);
     Stored stored;
-    const bool isFree = isClaimed_ || node_ == kNoNode || !contents.findOrphan(node_);
+    const bool isFree = isClaimed_ || content_ == kNoContent || !contents.findOrphan(content_);
     if (base_ && !(isBase(place.old) && isFree)) {
         return stored;
     }
-    stored.entry = {place.folder, place.name, Kind::File, place.isWritable, timeOfNow(), size(), node_};
-    if (node_ == kNoNode && size() > 0) {
-        stored.entry.node = connection.newNode();
+    stored.entry = {place.folder, place.name,       place.old ? place.old->id : connection.newNumber(),
+                    Kind::File,   place.isWritable, timeOfNow(),
+                    size(),       content_};
+    if (content_ == kNoContent && size() > 0) {
+        stored.entry.content = connection.newNumber();
     }
     if (isLarge(stored.entry)) {
         pinNew(stored);
     }
-    putChunks(connection, stored.entry.node, buffer_.size());
+    putChunks(connection, stored.entry.content, buffer_.size());
     entries.put(stored.entry);
-    stored.leavesOrphan = place.old && place.old->node != stored.entry.node && contents.retire(*place.old);
+    stored.leavesOrphan =
+        place.old && place.old->content != stored.entry.content && contents.retire(*place.old);
     if (isClaimed_) {
-        contents.eraseOrphan(node_);
+        contents.eraseOrphan(content_);
     }
     stored.isDone = true;
     return stored;
@@ -179,18 +182,19 @@ void Draft::publish(const Find& find) {
         stored = attempt();
     }
     keep(stored);
-    base_ = node_ == kNoNode ? std::nullopt : std::optional<Entry>(stored.entry);
+    base_ = content_ == kNoContent ? std::nullopt : std::optional<Entry>(stored.entry);
     isClaimed_ = false;
     if (stored.leavesOrphan) {
         sweep(*store_);
     }
 }
 
+// Claimed or not, the content may have become an orphan that was kept for this draft.
 void Draft::discard() noexcept {
-    pin_.release();
-    if (isClaimed_) {
-        isClaimed_ = false;
-        sweep(*store_);
+    isClaimed_ = false;
+    if (pin_.isHeld()) {
+        pin_.release();
+        sweepContent(*store_, content_);
     }
 }
 

@@ -64,15 +64,15 @@ private:
     void spill();
     Stored trySpill(Connection& connection) const;
     Stored tryPublish(Connection& connection, const Find& find) const;
-    void putChunks(Connection& connection, std::int64_t node, std::size_t bytes) const;
+    void putChunks(Connection& connection, std::int64_t content, std::size_t bytes) const;
     void keep(Stored& stored);
     void detach();
 
     SharedStore store_;
-    std::int64_t node_ = 0;      ///< of the content; 0 before anything of it is stored
+    std::int64_t content_ = 0;   ///< its number; 0 before anything of it is stored
     Pin pin_;                    ///< where it is large
     std::optional<Entry> base_;  ///< the published state that is continued
-    bool isClaimed_ = false;     ///< the orphan of this node is ours
+    bool isClaimed_ = false;     ///< the orphan of this number is ours
     std::int64_t stored_ = 0;    ///< so many chunks are stored and full
     std::string buffer_;         ///< what comes behind them
 };

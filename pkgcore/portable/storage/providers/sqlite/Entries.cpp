@@ -48,7 +48,8 @@ std::int64_t Entries::sealOf(const Entry& entry) const {
     append(bytes, (entry.isFolder() ? 2 : 0) + (entry.isWritable ? 1 : 0));
     append(bytes, entry.modified);
     append(bytes, entry.size);
-    append(bytes, entry.node);
+    append(bytes, entry.content);
+    append(bytes, entry.id);
     bytes += entry.name;
     return connection_.sealer().seal(entry.parent, bytes);
 }
@@ -61,7 +62,8 @@ void Entries::readRow(const Row& row, Entry& entry) const {
     entry.isWritable = writable == 1;
     entry.modified = row.integer(2);
     entry.size = row.integer(3);
-    entry.node = row.integer(4);
+    entry.content = row.integer(4);
+    entry.id = row.integer(6);
     const bool isKnown = (kind == 0 || kind == 1) && (writable == 0 || writable == 1);
     if (!isKnown || row.integer(5) != sealOf(entry)) {
         failDamaged("an entry does not fit its checksum");
@@ -85,7 +87,7 @@ std::optional<Entry> Entries::find(const Path& path) {
         return find(kAboveRoot, {});
     }
     std::u16string_view rest = path.text();
-    std::int64_t folder = kRootNode;
+    std::int64_t folder = kRootFolder;
     while (true) {
         std::optional<Entry> entry = find(folder, encodeName(takeName(rest)));
         if (!entry || rest.empty()) {
@@ -94,7 +96,7 @@ std::optional<Entry> Entries::find(const Path& path) {
         if (!entry->isFolder()) {
             return std::nullopt;
         }
-        folder = entry->node;
+        folder = entry->id;
     }
 }
 
@@ -164,7 +166,7 @@ void Entries::requireRemovable(const Entry& folder) {
     if (!any.step()) {
         return;
     }
-    Query tree(connection_.statement(Sql::GuardedTree), folder.node, std::int64_t{folder.isWritable});
+    Query tree(connection_.statement(Sql::GuardedTree), folder.id, std::int64_t{folder.isWritable});
     if (tree.step()) {
         fail(ErrorCode::AccessDenied);
     }
@@ -173,7 +175,7 @@ void Entries::requireRemovable(const Entry& folder) {
 void Entries::put(const Entry& entry) {
     run(connection_.statement(Sql::PutEntry), entry.parent, std::string_view(entry.name),
         std::int64_t{entry.isFolder()}, std::int64_t{entry.isWritable}, entry.modified, entry.size,
-        entry.node, sealOf(entry));
+        entry.content, sealOf(entry), entry.id);
 }
 
 void Entries::erase(const Entry& entry) {
@@ -181,7 +183,7 @@ void Entries::erase(const Entry& entry) {
 }
 
 bool Entries::isEmpty(const Entry& folder) {
-    Query any(connection_.statement(Sql::HasEntries), folder.node);
+    Query any(connection_.statement(Sql::HasEntries), folder.id);
     return !any.step();
 }
 
@@ -192,7 +194,7 @@ std::vector<Entry> Entries::listAfter(std::int64_t folder, std::string_view name
     while (row.step()) {
         Entry entry;
         entry.parent = folder;
-        entry.name = row.bytes(6);
+        entry.name = row.bytes(7);
         readRow(row, entry);
         if (entry.name <= last) {
             failDamaged("a folder is not in order");
@@ -208,7 +210,7 @@ void Entries::makeRoot() {
     root.parent = kAboveRoot;
     root.kind = Kind::Folder;
     root.modified = timeOfNow();
-    root.node = kRootNode;
+    root.id = kRootFolder;
     put(root);
 }
 

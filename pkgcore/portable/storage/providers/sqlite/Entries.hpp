@@ -15,12 +15,13 @@ class Connection;
 /// A file or a folder in its folder.
 struct Entry {
     std::int64_t parent = 0;
-    std::string name;  ///< as stored
+    std::string name;     ///< as stored
+    std::int64_t id = 0;  ///< stays the same; what the entries in a folder call their parent
     provider::Kind kind = provider::Kind::File;
     bool isWritable = true;
     std::int64_t modified = 0;  ///< microseconds since 1970, UTC
     std::int64_t size = 0;      ///< of a file
-    std::int64_t node = 0;      ///< the content of a file, none of an empty one; what a folder's entries name
+    std::int64_t content = 0;   ///< of a file that is not empty
 
     bool isFolder() const noexcept { return kind == provider::Kind::Folder; }
 };

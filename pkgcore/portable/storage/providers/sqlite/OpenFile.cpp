@@ -13,7 +13,7 @@ namespace foundation::storage::sqlite {
 namespace {
 
 bool isSameContent(const Entry& one, const Entry& other) noexcept {
-    return one.node == other.node && one.size == other.size;
+    return one.content == other.content && one.size == other.size;
 }
 
 /// How many bytes of the content are in this chunk.
@@ -31,14 +31,14 @@ bool OpenFile::open(Find find) {
     const auto look = [&](Connection& connection) {
         std::optional<Entry> found = find(connection);
         if (found && !isLarge(*found) && found->size > 0) {
-            Contents(connection).readChunk(found->node, 0, sizeOfChunk(found->size, 0), bytes_);
+            Contents(connection).readChunk(found->content, 0, sizeOfChunk(found->size, 0), bytes_);
             index_ = 0;
         }
         return found;
     };
     std::optional<Entry> found = store_->read(look);
     while (found && isLarge(*found)) {
-        pin_ = store_->pins().pin(found->node);
+        pin_ = store_->pins().pin(found->content);
         entry_ = *std::move(found);
         found = store_->read(look);
         if (found && isSameContent(*found, entry_)) {
@@ -61,7 +61,7 @@ OpenFile::OpenFile(SharedStore store, const provider::Path& path) : store_(std::
 OpenFile::~OpenFile() {
     if (pin_.isHeld()) {
         pin_.release();
-        sweepNode(*store_, entry_.node);
+        sweepContent(*store_, entry_.content);
     }
 }
 
@@ -78,7 +78,7 @@ const std::string& OpenFile::chunk(std::int64_t index) {
     if (index != index_) {
         index_ = -1;  // nothing, if reading fails
         store_->read([&](Connection& connection) {
-            Contents(connection).readChunk(entry_.node, index, sizeOfChunk(entry_.size, index), bytes_);
+            Contents(connection).readChunk(entry_.content, index, sizeOfChunk(entry_.size, index), bytes_);
         });
         index_ = index;
     }

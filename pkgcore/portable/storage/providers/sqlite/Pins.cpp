@@ -19,7 +19,7 @@ using Lock = std::unique_lock<std::mutex>;
 
 namespace {
 
-/// Locked by everybody who has the file open; no node has this number.
+/// Locked by everybody who has the file open; nothing in the store has this number.
 constexpr std::int64_t kPresence = std::int64_t{1} << 62;
 
 /// Of one byte, or of all of them.
@@ -73,14 +73,14 @@ Pin& Pin::operator=(Pin&& other) noexcept {
     if (this != &other) {
         release();
         pins_ = std::exchange(other.pins_, nullptr);
-        node_ = other.node_;
+        number_ = other.number_;
     }
     return *this;
 }
 
 void Pin::release() noexcept {
     if (pins_ != nullptr) {
-        std::exchange(pins_, nullptr)->release(node_);
+        std::exchange(pins_, nullptr)->release(number_);
     }
 }
 
@@ -145,7 +145,7 @@ void Pins::open() {
     }
 }
 
-Pin Pins::pin(std::int64_t node) {
+Pin Pins::pin(std::int64_t number) {
     const Lock lock(mutex_);
     try {
         open();
@@ -153,32 +153,32 @@ Pin Pins::pin(std::int64_t node) {
         if (isRequired_) throw;
         return {};
     }
-    int& count = counts_[node];
-    if (count == 0 && !setLock(file_, F_RDLCK, node)) {
+    int& count = counts_[number];
+    if (count == 0 && !setLock(file_, F_RDLCK, number)) {
         const int error = errno;
-        counts_.erase(node);
+        counts_.erase(number);
         failAt(error);
     }
     ++count;
-    return {*this, node};
+    return {*this, number};
 }
 
-void Pins::release(std::int64_t node) noexcept {
+void Pins::release(std::int64_t number) noexcept {
     const Lock lock(mutex_);
-    const auto found = counts_.find(node);
+    const auto found = counts_.find(number);
     if (found != counts_.end() && --found->second == 0) {
         counts_.erase(found);
-        setLock(file_, F_UNLCK, node);
+        setLock(file_, F_UNLCK, number);
     }
 }
 
-bool Pins::isFree(std::int64_t node) {
+bool Pins::isFree(std::int64_t number) {
     const Lock lock(mutex_);
-    if (counts_.count(node) != 0) {
+    if (counts_.count(number) != 0) {
         return false;
     }
     open();
-    struct flock asked = lockOf(F_WRLCK, node);
+    struct flock asked = lockOf(F_WRLCK, number);
     if (::fcntl(file_, F_OFD_GETLK, &asked) != 0) {
         failAt(errno);
     }

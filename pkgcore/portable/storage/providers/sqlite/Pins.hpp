@@ -14,9 +14,9 @@ class Pins;
 class Pin {
 public:
     Pin() = default;
-    Pin(Pins& pins, std::int64_t node) : pins_(&pins), node_(node) {}
+    Pin(Pins& pins, std::int64_t number) : pins_(&pins), number_(number) {}
     ~Pin() { release(); }
-    Pin(Pin&& other) noexcept : pins_(other.pins_), node_(other.node_) { other.pins_ = nullptr; }
+    Pin(Pin&& other) noexcept : pins_(other.pins_), number_(other.number_) { other.pins_ = nullptr; }
     Pin& operator=(Pin&& other) noexcept;
     Pin(const Pin&) = delete;
     Pin& operator=(const Pin&) = delete;
@@ -26,11 +26,11 @@ public:
 
 private:
     Pins* pins_ = nullptr;
-    std::int64_t node_ = 0;
+    std::int64_t number_ = 0;
 };
 
-/// Who is in use: one byte for each node in a file beside the store, `<store>-pins`, that holds nothing and
-/// is locked by who uses the node. The system gives the locks back when a process ends, however that happens.
+/// Who is in use: one byte for each of them in a file beside the store, `<store>-pins`, that holds nothing
+/// and is locked by who uses it. The system gives the locks back when a process ends, however that happens.
 /// The file is made when it is first needed and removed by the last one to leave,
 /// also where a process that was killed could not.
 ///
@@ -43,11 +43,11 @@ public:
     Pins(const Pins&) = delete;
     Pins& operator=(const Pins&) = delete;
 
-    Pin pin(std::int64_t node);
+    Pin pin(std::int64_t number);
 
     /// Whether nobody uses it. What no entry leads to is never pinned anew, so that this stays true for such
-    /// a node.
-    bool isFree(std::int64_t node);
+    /// a number.
+    bool isFree(std::int64_t number);
 
 private:
     friend class Pin;
@@ -56,7 +56,7 @@ private:
     bool tryOpen();
     void takeOver() noexcept;
     void removeIfLast() noexcept;
-    void release(std::int64_t node) noexcept;
+    void release(std::int64_t number) noexcept;
 
     std::string path_;
     std::string storePath_;
@@ -64,7 +64,7 @@ private:
     bool isRequired_;
     std::mutex mutex_;
     int file_ = -1;
-    std::map<std::int64_t, int> counts_;  ///< of the pins of this process, which are one lock for each node
+    std::map<std::int64_t, int> counts_;  ///< of the pins of this process, which are one lock for each number
 };
 
 }  // namespace foundation::storage::sqlite

@@ -16,24 +16,26 @@ namespace {
 constexpr const char* kTables[] = {
     "CREATE TABLE store(key INTEGER NOT NULL, next INTEGER NOT NULL, seal INTEGER NOT NULL)",
 
-    "CREATE TABLE entry(parent INTEGER NOT NULL, name BLOB NOT NULL, kind INTEGER NOT NULL, "
-    "writable INTEGER NOT NULL, modified INTEGER NOT NULL, size INTEGER NOT NULL, node INTEGER NOT NULL, "
+    "CREATE TABLE entry(parent INTEGER NOT NULL, name BLOB NOT NULL, id INTEGER NOT NULL, kind INTEGER NOT "
+    "NULL, "
+    "writable INTEGER NOT NULL, modified INTEGER NOT NULL, size INTEGER NOT NULL, content INTEGER NOT NULL, "
     "seal INTEGER NOT NULL, PRIMARY KEY(parent, name)) WITHOUT ROWID",
 
     "CREATE TABLE chunk(id INTEGER PRIMARY KEY, seal INTEGER NOT NULL, bytes BLOB NOT NULL)",
 
-    "CREATE TABLE orphan(node INTEGER PRIMARY KEY, kind INTEGER NOT NULL, first INTEGER NOT NULL, "
+    "CREATE TABLE orphan(number INTEGER PRIMARY KEY, kind INTEGER NOT NULL, first INTEGER NOT NULL, "
     "seal INTEGER NOT NULL)",
 
-    "CREATE INDEX guarded ON entry(node) WHERE kind = 1 AND writable = 0",
+    "CREATE INDEX guarded ON entry(id) WHERE kind = 1 AND writable = 0",
 
     // For people with the sqlite3 program; the library does not use it.
-    "CREATE VIEW item AS WITH RECURSIVE tree(path, kind, writable, modified, size, node) AS "
-    "(SELECT '', kind, writable, modified, size, node FROM entry WHERE parent = 0 UNION ALL "
-    "SELECT tree.path || '/' || CAST(entry.name AS TEXT), entry.kind, entry.writable, entry.modified, "
-    "entry.size, entry.node FROM tree JOIN entry ON entry.parent = tree.node WHERE tree.kind = 1) "
-    "SELECT path, CASE kind WHEN 1 THEN 'folder' ELSE 'file' END AS kind, writable, "
-    "strftime('%Y-%m-%d %H:%M:%S', modified / 1000000, 'unixepoch') AS modified, size, node FROM tree",
+    "CREATE VIEW item AS WITH RECURSIVE tree(path, id, kind, writable, modified, size, content) AS "
+    "(SELECT '', id, kind, writable, modified, size, content FROM entry WHERE parent = 0 UNION ALL "
+    "SELECT tree.path || '/' || CAST(entry.name AS TEXT), entry.id, entry.kind, entry.writable, "
+    "entry.modified, "
+    "entry.size, entry.content FROM tree JOIN entry ON entry.parent = tree.id WHERE tree.kind = 1) "
+    "SELECT path, id, CASE kind WHEN 1 THEN 'folder' ELSE 'file' END AS kind, writable, "
+    "strftime('%Y-%m-%d %H:%M:%S', modified / 1000000, 'unixepoch') AS modified, size, content FROM tree",
 };
 
 // Texts are UTF-16 with the high byte first, as names are: so the sqlite3 program shows them with CAST(name
@@ -48,12 +50,12 @@ std::int64_t randomKey() {
 
 std::int64_t sealOf(const Connection& connection, std::int64_t next) {
     const std::string text = std::to_string(next);
-    return connection.sealer().seal(kNoNode, text);
+    return connection.sealer().seal(kNone, text);
 }
 
 void makeStoreRow(Connection& connection) {
     const std::int64_t key = randomKey();
-    const std::int64_t next = kRootNode + 1;
+    const std::int64_t next = kRootFolder + 1;
     connection.setKey(key);
     Statement insert(connection.get(), "INSERT INTO store(key, next, seal) VALUES(?1, ?2, ?3)");
     run(insert, key, next, sealOf(connection, next));
@@ -106,7 +108,7 @@ StoreRow readStoreRow(Connection& connection) {
     return result;
 }
 
-void writeNextNode(Connection& connection, std::int64_t next) {
+void writeNextNumber(Connection& connection, std::int64_t next) {
     run(connection.statement(Sql::SetNext), next, sealOf(connection, next));
 }
 

@@ -20,16 +20,17 @@ inline constexpr std::size_t kChunkSize = std::size_t{64} * 1024;
 
 /// The number of a chunk is that of its content and, in the lower bits, its place.
 inline constexpr int kChunkBits = 28;
-inline constexpr std::int64_t kMaxNode = (std::int64_t{1} << (62 - kChunkBits)) - 1;
+inline constexpr std::int64_t kMaxNumber = (std::int64_t{1} << (62 - kChunkBits)) - 1;
 inline constexpr std::uint64_t kMaxFileSize = kChunkSize << kChunkBits;
 
-inline constexpr std::int64_t kNoNode = 0;
-inline constexpr std::int64_t kRootNode = 1;
+inline constexpr std::int64_t kNone = 0;
+inline constexpr std::int64_t kNoContent = kNone;
+inline constexpr std::int64_t kRootFolder = 1;
 
 /// What the store says of itself.
 struct StoreRow {
     std::int64_t key;   ///< goes into every seal
-    std::int64_t next;  ///< the first number that was never given to a folder or content
+    std::int64_t next;  ///< the first number that was never given to an entry or a content
 };
 
 /// Makes the tables of a store, with an empty root, in a database without any.
@@ -40,6 +41,6 @@ void checkSchema(Connection& connection);
 
 /// Throws "damaged" for a row that does not fit its seal.
 StoreRow readStoreRow(Connection& connection);
-void writeNextNode(Connection& connection, std::int64_t next);
+void writeNextNumber(Connection& connection, std::int64_t next);
 
 }  // namespace foundation::storage::sqlite

@@ -115,16 +115,20 @@ public:
     Traits traits() const override { return traitsOfStore(); }
 
     std::optional<Item> find(const Path& path) override {
-        return store_->read([&path](Connection& connection) {
-            const std::optional<Entry> entry = Entries(connection).find(path);
-            return entry ? std::optional<Item>(itemOf(*entry)) : std::nullopt;
-        });
+        const std::optional<Entry> entry =
+            store_->read([&path](Connection& connection) { return Entries(connection).find(path); });
+        if (!entry) {
+            return std::nullopt;
+        }
+        Item item = itemOf(*entry);
+        item.identity = store_->identityOf(entry->id);
+        return item;
     }
 
     std::unique_ptr<Lister> list(const Path& folder) override {
         const Entry entry = store_->read(
             [&folder](Connection& connection) { return Entries(connection).requireFolder(folder); });
-        return std::make_unique<SqliteLister>(store_, entry.node);
+        return std::make_unique<SqliteLister>(store_, entry.id);
     }
 
     std::unique_ptr<Reader> openReader(const Path& file) override {

@@ -4,6 +4,7 @@
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 namespace foundation::storage::sqlite {
 
@@ -43,6 +44,14 @@ const char* durabilityPragma(SqliteDurability durability) noexcept {
     return hasSafeLog() ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = EXTRA";
 }
 
+provider::Identity identityOfFile(const std::string& path) {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) {
+        fail(ErrorCode::IOError, "The store has gone while it was opened");
+    }
+    return {status.st_dev, status.st_ino, 0};
+}
+
 }  // namespace
 
 Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options)
@@ -54,8 +63,13 @@ Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& o
         key_ = readStoreRow(*first).key;
         transaction.commit();
     }
+    file_ = identityOfFile(path_);
     idle_.reserve(kMaxIdle);
     idle_.push_back(std::move(first));
+}
+
+provider::Identity Store::identityOf(std::int64_t entry) const noexcept {
+    return {file_.device, file_.container, static_cast<std::uint64_t>(entry)};
 }
 
 // The empty journal file goes, unless another process needs it.

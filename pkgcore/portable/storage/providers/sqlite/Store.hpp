@@ -43,6 +43,9 @@ public:
 
     Pins& pins() noexcept { return pins_; }
 
+    /// Of an entry, also among those of other stores.
+    provider::Identity identityOf(std::int64_t entry) const noexcept;
+
     /// Throws "read-only" if it is.
     void requireWritable() const;
 
@@ -81,6 +84,7 @@ private:
     provider::SqliteOptions options_;
     std::string path_;
     std::int64_t key_ = 0;
+    provider::Identity file_;  ///< without a number
     Pins pins_;
     Gate gate_;
     std::mutex mutex_;

@@ -27,7 +27,7 @@ public:
     bool run();
 
 private:
-    bool isErasable(std::int64_t node);
+    bool isErasable(std::int64_t number);
     void erase(const Orphan& orphan);
     bool eraseEntries(const Orphan& folder);
 
@@ -47,8 +47,8 @@ bool Round::run() {
         if (!orphan) {
             return !tooNew_.empty();
         }
-        below = orphan->node;
-        if (isErasable(orphan->node)) {
+        below = orphan->number;
+        if (isErasable(orphan->number)) {
             erase(*orphan);
             // A folder leaves orphans with any number.
             below = kAboveAll;
@@ -57,24 +57,24 @@ bool Round::run() {
     return true;
 }
 
-bool Round::isErasable(std::int64_t node) { return tooNew_.count(node) == 0 && pins_.isFree(node); }
+bool Round::isErasable(std::int64_t number) { return tooNew_.count(number) == 0 && pins_.isFree(number); }
 
 void Round::erase(const Orphan& orphan) {
     const bool isFolder = orphan.kind == Orphan::Kind::Folder;
     const bool isDone =
-        isFolder ? eraseEntries(orphan) : contents_.eraseLastChunks(orphan.node, orphan.first, left_);
+        isFolder ? eraseEntries(orphan) : contents_.eraseLastChunks(orphan.number, orphan.first, left_);
     left_ = isFolder ? left_ - 1 : 0;
     if (isDone) {
-        contents_.eraseOrphan(orphan.node);
+        contents_.eraseOrphan(orphan.number);
     }
 }
 
 /// What was in the folder becomes orphaned in its turn. True when nothing is left.
 bool Round::eraseEntries(const Orphan& folder) {
     const std::int64_t count = left_;
-    for (const Entry& entry : entries_.listAfter(folder.node, {}, count)) {
+    for (const Entry& entry : entries_.listAfter(folder.number, {}, count)) {
         const bool leavesOrphan = contents_.retire(entry);
-        if (leavesOrphan && !entry.isFolder()) tooNew_.insert(entry.node);
+        if (leavesOrphan && !entry.isFolder()) tooNew_.insert(entry.content);
         entries_.erase(entry);
         --left_;
     }
@@ -86,10 +86,10 @@ bool hasErasable(Store& store) {
     while (true) {
         const std::optional<Orphan> orphan =
             store.read([below](Connection& connection) { return Contents(connection).lastOrphan(below); });
-        if (!orphan || store.pins().isFree(orphan->node)) {
+        if (!orphan || store.pins().isFree(orphan->number)) {
             return orphan.has_value();
         }
-        below = orphan->node;
+        below = orphan->number;
     }
 }
 
@@ -117,10 +117,10 @@ void sweep(Store& store) noexcept {
     attempt([&store] { sweepAll(store); });
 }
 
-void sweepNode(Store& store, std::int64_t node) noexcept {
+void sweepContent(Store& store, std::int64_t number) noexcept {
     attempt([&] {
         const bool isOrphan = store.read(
-            [node](Connection& connection) { return Contents(connection).findOrphan(node).has_value(); });
+            [number](Connection& connection) { return Contents(connection).findOrphan(number).has_value(); });
         if (isOrphan) {
             sweepAll(store);
         }

@@ -11,6 +11,6 @@ class Store;
 void sweep(Store& store) noexcept;
 
 /// The same, if this content is an orphan.
-void sweepNode(Store& store, std::int64_t node) noexcept;
+void sweepContent(Store& store, std::int64_t content) noexcept;
 
 }  // namespace foundation::storage::sqlite

@@ -61,6 +61,8 @@ const Refusal kRefusals[] = {
     {u"mem://a:8x/", "Character U+0078 at offset 9 is not allowed in the port of an IRI"},
     {u"mem://a:80:90/", "Character U+003A at offset 10 is not allowed in the port of an IRI"},
     {u"mem://a:\u0665/", "Character U+0665 at offset 8 is not allowed in the port of an IRI"},
+    {u"mem://[]/a", "Character U+005D at offset 7 is not allowed in the host of an IRI"},
+    {u"mem://[", "The end at offset 7 is not allowed in the host of an IRI"},
     {u"mem://[::1", "The end at offset 10 is not allowed in the host of an IRI"},
     {u"mem://[::g]/", "Character U+0067 at offset 9 is not allowed in the host of an IRI"},
     {u"mem://[::1]x/", "Character U+0078 at offset 11 is not allowed in the host of an IRI"},
@@ -119,6 +121,10 @@ const Refusal kRefusals[] = {
     {u"mem://s/%C0%80", "The percent-encoding at offset 8 is not UTF-8"},
     {u"mem://s/%ED%A0%80", "The percent-encoding at offset 8 is not UTF-8"},
     {u"mem://s/%F4%90%80%80", "The percent-encoding at offset 8 is not UTF-8"},
+    // the first of two faults
+    {u"mem://s/%F0%8", "The percent-encoding at offset 8 is not UTF-8"},
+    {u"mem://s/%2F%", "Character U+002F, encoded at offset 8, is not allowed in a name"},
+    {u"file:///%FF%2F%FF%", "Character U+002F, encoded at offset 11, is not allowed in a name"},
 };
 
 template <typename IRI>
