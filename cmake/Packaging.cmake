@@ -1,7 +1,9 @@
-# Installation: the library, its public headers and a CMake package that other projects find with find_package(pkgcore).
+# Installation: the library, its public headers, a CMake package that other projects find with find_package(pkgcore), and a file
+# for pkg-config.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
+include(PkgConfig)
 
 set(pkgcore_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/pkgcore")
 
@@ -12,6 +14,16 @@ install(
   LIBRARY COMPONENT pkgcore_runtime NAMELINK_COMPONENT pkgcore_development
   ARCHIVE COMPONENT pkgcore_development
   FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT pkgcore_development)
+
+if(PKGCORE_BUILD_SQLITE)
+  install(
+    TARGETS pkgcore_sqlite
+    EXPORT pkgcoreTargets
+    RUNTIME COMPONENT pkgcore_runtime
+    LIBRARY COMPONENT pkgcore_runtime NAMELINK_COMPONENT pkgcore_development
+    ARCHIVE COMPONENT pkgcore_development
+    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT pkgcore_development)
+endif()
 
 install(
   EXPORT pkgcoreTargets
@@ -31,3 +43,14 @@ install(
   FILES "${PROJECT_BINARY_DIR}/pkgcoreConfig.cmake" "${PROJECT_BINARY_DIR}/pkgcoreConfigVersion.cmake"
   DESTINATION "${pkgcore_package_dir}"
   COMPONENT pkgcore_development)
+
+pkgcore_install_pkg_config(pkgcore_development)
+install(
+  FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+  RENAME copyright
+  COMPONENT pkgcore_runtime)
+
+if(PROJECT_IS_TOP_LEVEL)
+  include(DebianPackages)
+endif()

@@ -19,9 +19,11 @@ public:
     /// Keeps both as given; `what()` returns `message` unchanged.
     Exception(const std::string& message, boost::system::error_code code);
 
+    /// Moving copies: the source keeps its message, since what() must work on any live exception.
+    /// @{
     Exception(const Exception& other) noexcept;
-    /// Copies: the source keeps its message, since what() must work on any live exception.
     Exception(Exception&& other) noexcept;
+    /// @}
     Exception& operator=(const Exception&) = delete;
     Exception& operator=(Exception&&) = delete;
     ~Exception() noexcept override;

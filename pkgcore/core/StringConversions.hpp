@@ -5,6 +5,7 @@
 
 #include <string>
 
+/// @file
 /// Conversions between UTF-16 text and the narrow and wide texts of other interfaces, and simple work on
 /// characters.
 ///

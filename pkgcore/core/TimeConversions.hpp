@@ -5,6 +5,7 @@
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
+/// @file
 /// Times are UTC throughout the library; these functions make them from the clock, show them as text, and
 /// take them to and from the wall clock of the machine's place. All may be called from any thread.
 namespace opc {

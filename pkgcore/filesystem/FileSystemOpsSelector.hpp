@@ -22,11 +22,14 @@ public:
     /// For native paths, and for IRIs of `storage`, which is kept alive as long as any of these handles.
     explicit FileSystemOpsSelector(const foundation::storage::vfs::StorageSystemReference& storage);
 
+    /// A copy shares the back ends; assigning lets go of those that this handle had.
+    /// @{
     FileSystemOpsSelector(const FileSystemOpsSelector& other);
     FileSystemOpsSelector(FileSystemOpsSelector&& other) noexcept;
     FileSystemOpsSelector& operator=(const FileSystemOpsSelector& other);
     FileSystemOpsSelector& operator=(FileSystemOpsSelector&& other) noexcept;
     ~FileSystemOpsSelector();
+    /// @}
 
     /// The virtual back end for a path that begins with the scheme of a storage system and "://", else the
     /// local one. Nothing else about the path counts. Throws as getVirtual does.

@@ -13,12 +13,15 @@ namespace opc {
 /// pass.
 class PKGCORE_API LocalFileSystemOps : public FileSystemOps {
 public:
+    /// There is nothing to copy, to move or to assign.
+    /// @{
     LocalFileSystemOps();
     LocalFileSystemOps(const LocalFileSystemOps&);
     LocalFileSystemOps(LocalFileSystemOps&&) noexcept;
     LocalFileSystemOps& operator=(const LocalFileSystemOps&);
     LocalFileSystemOps& operator=(LocalFileSystemOps&&) noexcept;
     ~LocalFileSystemOps() override;
+    /// @}
 
 protected:
     ustring doGetTempName(const ustring& path, std::string& msg, boost::system::error_code& ec) override;

@@ -5,6 +5,7 @@
 
 #include <string>
 
+/// @file
 /// Pieces and forms of native paths, by their text alone: the disk is not asked. Each takes a path in native
 /// or generic notation, tidied or not; an empty path gives an empty result. They fail for want of memory
 /// only, unless the platform's path library has failures of its own, which pass unchanged.

@@ -45,6 +45,17 @@ private:
     }
 };
 
+/// Refuses an operation without a throw. As above, better without words than not at all.
+inline void reportRefusal(boost::system::errc::errc_t code, const char* text, std::string& msg,
+                          boost::system::error_code& ec) noexcept {
+    ec = make_error_code(code);
+    try {
+        msg = text;
+    } catch (...) {
+        msg.clear();
+    }
+}
+
 /// What a failure is called of which nothing is known.
 inline void reportUnknownFailure(std::string& msg, boost::system::error_code& ec) {
     ec = make_error_code(boost::system::errc::io_error);

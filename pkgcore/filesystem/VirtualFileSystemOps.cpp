@@ -40,11 +40,6 @@ namespace {
 // NOLINTNEXTLINE(readability-identifier-naming): called like a function
 constexpr detail::Translated<detail::translateCurrentException> translated;
 
-void refuse(const char* text, std::string& msg, error_code& ec) {
-    ec = errc::make_error_code(errc::operation_not_supported);
-    msg = text;
-}
-
 ExistenceType existenceOf(const ustring& path, StorageSystemReference storage) {
     return vfs::exists(CanonicalAbsoluteIRI(path), std::move(storage));
 }
@@ -234,7 +229,7 @@ void VirtualFileSystemOps::doSetLastModifiedTime(const ustring& path, ptime time
 }
 
 ustring VirtualFileSystemOps::doGetLinkTarget(const ustring& /*path*/, std::string& msg, error_code& ec) {
-    refuse("Symlinks are not supported", msg, ec);
+    detail::reportRefusal(errc::operation_not_supported, "Symlinks are not supported", msg, ec);
     return ustring();
 }
 
@@ -273,7 +268,8 @@ void VirtualFileSystemOps::doCreateFolders(const ustring& path, std::string& msg
 
 void VirtualFileSystemOps::doCreateSymlink(const ustring& /*target*/, const ustring& /*link*/,
                                            std::string& msg, error_code& ec) {
-    refuse("Creation of symlinks is not supported by VirtualFileSystemOps", msg, ec);
+    detail::reportRefusal(errc::operation_not_supported,
+                          "Creation of symlinks is not supported by VirtualFileSystemOps", msg, ec);
 }
 
 void VirtualFileSystemOps::doCopy(const ustring& from, const ustring& to, ExistsMode mode, std::string& msg,

@@ -31,12 +31,17 @@ namespace opc {
 ///   folder, and looks for a free name until it finds one or the look-up fails.
 class PKGCORE_API VirtualFileSystemOps : public FileSystemOps {
 public:
+    /// Works on `storage` and keeps it alive.
     explicit VirtualFileSystemOps(foundation::storage::vfs::StorageSystemReference storage);
+
+    /// Copies work on the same storage system. One that was moved from has none: destroy it or assign to it.
+    /// @{
     VirtualFileSystemOps(const VirtualFileSystemOps&);
     VirtualFileSystemOps(VirtualFileSystemOps&&) noexcept;
     VirtualFileSystemOps& operator=(const VirtualFileSystemOps&);
     VirtualFileSystemOps& operator=(VirtualFileSystemOps&&) noexcept;
     ~VirtualFileSystemOps() override;
+    /// @}
 
 protected:
     ustring doGetTempName(const ustring& path, std::string& msg, boost::system::error_code& ec) override;

@@ -10,6 +10,7 @@ namespace opc {
 /// calls. Starts open.
 class PKGCORE_API ByteArrayInAdaptor : public InputStream {
 public:
+    /// Reads `bytes`; nothing is asked of it yet.
     explicit ByteArrayInAdaptor(const std::vector<std::uint8_t>& bytes);
     ~ByteArrayInAdaptor() override;
 

@@ -9,6 +9,7 @@ namespace opc {
 /// outlive the adaptor. Starts open.
 class PKGCORE_API COMIStreamInAdaptor : public InputStream {
 public:
+    /// Reads `stream`; nothing is asked of it yet.
     explicit COMIStreamInAdaptor(IStream& stream);
     ~COMIStreamInAdaptor() override;
 

@@ -9,6 +9,7 @@ namespace opc {
 /// must outlive the adaptor.
 class PKGCORE_API COMIStreamOutAdaptor : public OutputStream {
 public:
+    /// Writes to `stream`; nothing is asked of it yet.
     explicit COMIStreamOutAdaptor(IStream& stream);
     ~COMIStreamOutAdaptor() override;
 

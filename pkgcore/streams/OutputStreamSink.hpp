@@ -13,9 +13,13 @@ namespace opc {
 /// same stream, which stays the caller's and must outlive them.
 class PKGCORE_API OutputStreamSink {
 public:
+    /// What Boost.Iostreams asks of a device.
+    /// @{
     using char_type = char;
     struct category : boost::iostreams::sink_tag, boost::iostreams::flushable_tag {};
+    /// @}
 
+    /// Writes to `stream`; nothing is asked of it yet.
     explicit OutputStreamSink(OutputStream& stream);
 
     /// What the stream accepted; the stream is not asked whether it is done before.

@@ -10,6 +10,7 @@ namespace opc {
 /// Starts open.
 class PKGCORE_API StdIStreamAdaptor : public InputStream {
 public:
+    /// Reads `stream`; nothing is asked of it yet.
     explicit StdIStreamAdaptor(std::istream& stream);
     ~StdIStreamAdaptor() override;
 

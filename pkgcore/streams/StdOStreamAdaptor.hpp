@@ -9,6 +9,7 @@ namespace opc {
 /// Writes to a standard stream, which stays the caller's and must outlive the adaptor.
 class PKGCORE_API StdOStreamAdaptor : public OutputStream {
 public:
+    /// Writes to `stream`; nothing is asked of it yet.
     explicit StdOStreamAdaptor(std::ostream& stream);
     ~StdOStreamAdaptor() override;
 

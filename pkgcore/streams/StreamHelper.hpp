@@ -21,12 +21,14 @@ namespace opc {
 /// chunk, although the input may hold more. Exceptions of the streams pass through.
 class PKGCORE_API StreamHelper {
 public:
+    /// Whether the output took all that it was given; see the class. A standard stream is read from its
+    /// current position, and one that is written to must be able to tell its position (StdOStreamAdaptor).
+    /// @{
     static bool copyStreamToStream(InputStream& in, OutputStream& out);
-
-    /// From the stream's current position; the output must be able to tell its position (StdOStreamAdaptor).
     static bool copyStreamToStream(std::istream& in, std::ostream& out);
     static bool copyStreamToStream(std::istream& in, OutputStream& out);
     static bool copyStreamToStream(InputStream& in, std::ostream& out);
+    /// @}
 
 private:
     static const std::size_t BUFFER_SIZE;

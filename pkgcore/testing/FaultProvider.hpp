@@ -15,55 +15,62 @@
 #include <utility>
 #include <vector>
 
-// A store that fails when it is told to, to see what a program, or another store, makes of that:
-//
-//     const auto store = std::make_shared<FaultProvider>(makeMyProvider());
-//     store->fail({3, Verb::Write, Effect::FailAfter, ErrorCode::NoSpace});
-//
-// lets the third write from now on go through and throw all the same. Needs nothing but the library.
+/// @file
+/// A store that fails when it is told to, to see what a program, or another store, makes of that:
+///
+///     const auto store = std::make_shared<FaultProvider>(makeMyProvider());
+///     store->fail({3, Verb::Write, Effect::FailAfter, ErrorCode::NoSpace});
+///
+/// lets the third write from now on go through and throw all the same. Needs nothing but the library.
 namespace foundation::storage::conformance {
 
 /// What a FaultProvider counts: the verbs of providers, and of what they open. Asking for traits or for the
 /// size of a reader, discarding and destroying never fail and do not count.
 enum class Verb : unsigned char {
-    Find,
-    List,
-    ListNext,  ///< Lister::next
-    OpenReader,
-    Read,
-    ReadAt,
-    OpenWriter,
-    Write,
-    Commit,
-    CreateFolder,
-    Remove,
-    RemoveTree,
-    Copy,
-    Move,
-    SetWritable,
-    SetLastModified
+    Find,             ///< Provider::find
+    List,             ///< Provider::list
+    ListNext,         ///< Lister::next
+    OpenReader,       ///< Provider::openReader
+    Read,             ///< Reader::read
+    ReadAt,           ///< Reader::readAt
+    OpenWriter,       ///< Provider::openWriter
+    Write,            ///< Writer::write
+    Commit,           ///< Writer::commit
+    CreateFolder,     ///< Provider::createFolder
+    Remove,           ///< Provider::remove
+    RemoveTree,       ///< Provider::removeTree
+    Copy,             ///< Provider::copy
+    Move,             ///< Provider::move
+    SetWritable,      ///< Provider::setWritable
+    SetLastModified,  ///< Provider::setLastModified
 };
+/// How many verbs there are, for tables of them.
 inline constexpr std::size_t kVerbCount = static_cast<std::size_t>(Verb::SetLastModified) + 1;
 
+/// What becomes of a call that a fault strikes.
 enum class Effect : unsigned char {
     FailBefore,  ///< throws; the store is not asked
     FailAfter,   ///< the store does it and it throws then, as where an answer is lost
     Truncate  ///< half of what was read is given, and the reader has its end there; other verbs do not care
 };
 
+/// Which call is to fail, and how. Without more said, the first one of all, before it reaches the store.
 struct Fault {
-    std::size_t number = 1;    ///< which call, from 1
-    std::optional<Verb> verb;  ///< which calls are counted for that: of one verb, or all of them
-    Effect effect = Effect::FailBefore;
-    vfs::ErrorCode code = vfs::ErrorCode::IOError;
-    bool lasts = false;  ///< all that are counted after it have the effect as well
+    std::size_t number = 1;              ///< which call, from 1
+    std::optional<Verb> verb;            ///< which calls are counted for that: of one verb, or all of them
+    Effect effect = Effect::FailBefore;  ///< what becomes of it
+    vfs::ErrorCode code = vfs::ErrorCode::IOError;  ///< of the exception that it throws
+    bool lasts = false;                             ///< all that are counted after it have the effect as well
 };
 
 /// Counts calls and decides which of them fail. Serves any number of threads.
 class FaultPlan {
 public:
+    /// What FaultProvider::onCall takes.
     using Callback = std::function<void(Verb)>;
 
+    /// As the members of FaultProvider of these names.
+    /// @{
     void fail(const Fault& fault) {
         const Lock lock(mutex_);
         fault_ = fault;
@@ -98,6 +105,7 @@ public:
         const Lock lock(mutex_);
         return struck_;
     }
+    /// @}
 
     /// Counts a call, and gives the fault that it has.
     std::optional<Fault> next(Verb verb) {
@@ -127,6 +135,7 @@ public:
         throw vfs::Exception(fault->code, "A fault was asked for");
     }
 
+    /// Counts a call and makes it, as its fault wants it.
     template <typename Call>
     auto run(Verb verb, const Call& call) -> decltype(call()) {
         return carryOut(next(verb), call);
@@ -159,6 +168,7 @@ class FaultProvider : public provider::Provider {
     using Policy = provider::ReplacementPolicy;
 
 public:
+    /// In front of `store`, which it keeps.
     explicit FaultProvider(std::shared_ptr<Provider> store) : store_(std::move(store)) {}
 
     /// Counts from here, instead of for the fault that there was. Holds for what is open already, too.
@@ -172,8 +182,10 @@ public:
     void onCall(FaultPlan::Callback callback) { plan_->onCall(std::move(callback)); }
 
     /// How many calls there were, those with a fault included.
+    /// @{
     std::size_t calls() const { return plan_->calls(); }
     std::size_t calls(Verb verb) const { return plan_->calls(verb); }
+    /// @}
 
     /// How many calls the present fault has struck.
     std::size_t struck() const { return plan_->struck(); }

@@ -9,7 +9,10 @@
 //                              testing::Values(storeFrom("fresh", [] { return makeMyProvider(); })),
 //                              backendName);
 //
-// A test of something that the store neither does itself nor lets be put together from the rest is skipped.
+// A test of something that the store neither does itself nor lets be put together from the rest sees that it
+// is refused with code 11 and changes nothing. A store that cannot be written is given with what it holds:
+//
+//     storeFrom("archive", [] { return openMyArchive("sample"); }, {{u"folder/name", "content"}})
 
 #include <pkgcore/testing/conformance/Backend.hpp>
 #include <pkgcore/testing/conformance/ConcurrencyConformance.hpp>

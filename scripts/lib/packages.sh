@@ -16,6 +16,9 @@ pkgcore_build_packages=(
     libgmock-dev
     libgtest-dev
     libicu-dev
+    libsqlite3-dev
+    libxxhash-dev
+    sqlite3
     tzdata
 )
 
@@ -33,6 +36,18 @@ pkgcore_coverage_packages=(
     clang
     libclang-rt-14-dev
     llvm-14
+)
+
+# In addition: the API reference.
+pkgcore_docs_packages=(
+    doxygen
+)
+
+# In addition: the Debian packages, and the consumers of the installed library.
+pkgcore_packaging_packages=(
+    dpkg-dev
+    file
+    pkg-config
 )
 
 is_installed() {

@@ -2,6 +2,7 @@
 
 #include <pkgcore/filesystem/FileSystemOpsSelector.hpp>
 #include <pkgcore/portable/storage/StorageSystemBuilder.hpp>
+#include <pkgcore/portable/storage/providers/folder/FolderProvider.hpp>
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
 
 #include "tests/support/DescriptorCount.hpp"
@@ -18,7 +19,7 @@ public:
 
 private:
     NoDescriptorLeft noDescriptorLeft_;
-    TempTree tree_;
+    TempTree tree_{fastFolder()};
     opc::FileSystemOpsSelector selector_;
 };
 
@@ -36,6 +37,22 @@ private:
             .build()};
 };
 
+class FolderPlace : public Place {
+public:
+    FolderPlace() { ops().createFolder(folder()); }
+
+    opc::FileSystemOps& ops() override { return selector_.getVirtual(); }
+    opc::ustring folder() const override { return u"box://inbox/place"; }
+
+private:
+    NoDescriptorLeft noDescriptorLeft_;
+    TempTree tree_{fastFolder()};
+    opc::FileSystemOpsSelector selector_{
+        foundation::storage::vfs::StorageSystemBuilder()
+            .mount(u"box", u"inbox", foundation::storage::provider::makeFolderProvider(text(tree_.path())))
+            .build()};
+};
+
 class FileSchemePlace : public Place {
 public:
     opc::FileSystemOps& ops() override { return selector_.getVirtual(); }
@@ -43,18 +60,22 @@ public:
 
 private:
     NoDescriptorLeft noDescriptorLeft_;
-    TempTree tree_;
+    TempTree tree_{fastFolder()};
     opc::FileSystemOpsSelector selector_{foundation::storage::vfs::StorageSystemBuilder().build()};
 };
 
 }  // namespace
 
 std::vector<BackEnd> backEnds() {
-    BackEnd local{"Local", [] { return std::make_unique<LocalPlace>(); }, true, false, true, true};
-    BackEnd memory{
-        "VirtualMemory", [] { return std::make_unique<MemoryPlace>(); }, false, true, false, false};
-    BackEnd disk{"VirtualFile", [] { return std::make_unique<FileSchemePlace>(); }, false, true, false, true};
-    return {local, memory, disk};
+    std::vector<BackEnd> all = {
+        {"Local", [] { return std::make_unique<LocalPlace>(); }, true, true, true},
+        {"VirtualMemory", [] { return std::make_unique<MemoryPlace>(); }, false, false, false},
+        {"VirtualFile", [] { return std::make_unique<FileSchemePlace>(); }, false, true, false},
+        {"VirtualFolder", [] { return std::make_unique<FolderPlace>(); }, false, false, false},
+    };
+    const std::vector<BackEnd> optional = optionalBackEnds();
+    all.insert(all.end(), optional.begin(), optional.end());
+    return all;
 }
 
 }  // namespace test

@@ -27,18 +27,19 @@ public:
 struct BackEnd {
     std::string name;
     std::function<std::unique_ptr<Place>()> makePlace;
-    /// Copying without Replace fills a folder that exists; otherwise that is a failure.
-    bool mergesFolders;
-    /// rename replaces a folder that holds something; otherwise that is a failure.
-    bool renamesOntoFullFolders;
     bool hasLinks;
     /// What lies in the place has a native path.
     bool hasLocalPaths;
+    /// Every output stream goes to any place; otherwise those that are opened with std::ios::in do.
+    bool seeksAllOutput;
 };
 
 inline void PrintTo(const BackEnd& backEnd, std::ostream* out) { *out << backEnd.name; }
 
 /// Every back end of the library, the virtual one with each store that it cannot do without.
 std::vector<BackEnd> backEnds();
+
+/// Those of stores that have a library of their own, as far as they are built.
+std::vector<BackEnd> optionalBackEnds();
 
 }  // namespace test

@@ -1,6 +1,7 @@
 #include "tests/conformance/EmulatedStores.hpp"
 
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
+#include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/storage/BareProvider.hpp"
 
@@ -8,10 +9,30 @@ namespace foundation::storage::conformance {
 
 namespace {
 
-Backend hiding(std::string name, std::function<void(provider::Traits&)> hide) {
+using Hide = std::function<void(provider::Traits&)>;
+
+Backend hiding(std::string name, Hide hide) {
     return storeFrom(std::move(name), [hide = std::move(hide)] {
         return std::make_shared<test::BareProvider>(provider::makeMemoryProvider(), hide);
     });
+}
+
+/// A store with something in it, which can be read alone.
+Backend hidingChanges(std::string name, Hide hide) {
+    const Contents content{{u"empty", ""}, {u"d/e/long", someBytes(300'000)}, {u"d/f", "0123456789"}};
+    const auto make = [hide = std::move(hide), content] {
+        const auto store = provider::makeMemoryProvider();
+        store->createFolder(provider::Path(u"d", u"store"));
+        store->createFolder(provider::Path(u"d/e", u"store"));
+        for (const auto& [path, bytes] : content) {
+            const auto writer =
+                store->openWriter(provider::Path(path, u"store"), provider::WriteMode::Create);
+            writer->write(bytes.data(), bytes.size());
+            writer->commit();
+        }
+        return std::make_shared<test::BareProvider>(store, hide);
+    };
+    return storeFrom(std::move(name), make, content);
 }
 
 void hideTransfers(provider::Traits& traits) {
@@ -35,7 +56,12 @@ std::vector<Backend> emulatedStores() {
     return {
         hiding("transfers", hideTransfers),
         hiding("allButTheNecessary", hideAllButTheNecessary),
-        hiding("changes", hideChanges),
+        hidingChanges("changes", hideChanges),
+        hidingChanges("changesOnly",
+                      [](provider::Traits& traits) {
+                          hideChanges(traits);
+                          traits.readsAt = true;
+                      }),
         hiding("copies", [](provider::Traits& traits) { traits.copiesFiles = traits.copiesFolders = false; }),
         hiding("folderMoves", [](provider::Traits& traits) { traits.movesFolders = false; }),
         hiding("appends", [](provider::Traits& traits) { traits.appends = false; }),

@@ -6,6 +6,7 @@
 
 #include "tests/conformance/model/Lockstep.hpp"
 #include "tests/conformance/model/Model.hpp"
+#include "tests/conformance/model/OptionalStores.hpp"
 #include "tests/conformance/model/Shrink.hpp"
 #include "tests/support/TempTree.hpp"
 #include "tests/support/storage/BareProvider.hpp"
@@ -89,7 +90,9 @@ void runScript(unsigned seed, const Script& script, const std::vector<Store>& st
 
 void runSeed(unsigned seed) {
     const Script script = randomScript(seed, kScriptLength);
-    runScript(seed, script, {memoryStore(), folderStore(), emulatedStore()});
+    std::vector<Store> stores = optionalStores();
+    stores.insert(stores.begin(), {memoryStore(), folderStore(), emulatedStore()});
+    runScript(seed, script, stores);
     runScript(seed, withoutRoot(script), {localStore()});
 }
 

@@ -4,6 +4,7 @@
 #include <pkgcore/portable/storage/providers/folder/FolderProvider.hpp>
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
 
+#include "examples/own_store/NoteStore.hpp"
 #include "tests/conformance/EmulatedStores.hpp"
 #include "tests/support/TempTree.hpp"
 
@@ -36,5 +37,9 @@ INSTANTIATE_TEST_SUITE_P(Folder, ProviderConformance, testing::Values(Backend{"f
                          backendName);
 
 INSTANTIATE_TEST_SUITE_P(Emulated, ProviderConformance, testing::ValuesIn(emulatedStores()), backendName);
+
+INSTANTIATE_TEST_SUITE_P(Example, ProviderConformance,
+                         testing::Values(storeFrom("notes", std::make_shared<example::NoteStore>)),
+                         backendName);
 
 }  // namespace foundation::storage::conformance

@@ -78,9 +78,11 @@ TEST_F(VirtualListing, AppendsToWhatIsThere) {
 TEST_F(VirtualListing, OfAFileIsReportedAsNotFound) {
     files = {u"before"};
     place(u"file", kFile);
-    ops.doGetFiles(u"file", files, false, msg, ec);
-    expectNotFound("file");
-    EXPECT_EQ(files, Files{u"before"});
+    for (const bool recursive : {false, true}) {
+        ops.doGetFiles(u"file", files, recursive, msg, ec);
+        expectNotFound("file");
+        EXPECT_EQ(files, Files{u"before"});
+    }
     EXPECT_EQ(platform.callsTo({"listAll", "listAllRecursive"}), Calls{});
 }
 

@@ -163,6 +163,17 @@ TEST_F(VirtualTempName, AFailingLookUpEndsTheSearchWithTheCandidateAndTheFailure
     EXPECT_EQ(platform.callsTo({"tmpnam"}).size(), 2u);
 }
 
+TEST_F(VirtualTempName, ALookUpFailureWithoutACodeOfItsOwnEndsTheSearchAsIfItWereNone) {
+    scriptFolder(u"mem", u"s");
+    scriptThreeCandidates();
+    storage.exists.returns(kFile).throws(
+        storageFailure(static_cast<foundation::storage::vfs::ErrorCode>(12)));
+    const boost::system::error_code before = ec;
+    EXPECT_EQ(tempName(u"d"), u"second");
+    EXPECT_EQ(ec, before);
+    EXPECT_EQ(msg, "words: user(p)");
+}
+
 TEST_F(VirtualTempName, AFailureOfTheTemporaryFolderIsReportedWithItsText) {
     platform.temp_directory_name.throws(fl::filesystem::AccessDenied("no folder", u"p", {}));
     EXPECT_EQ(tempName(u""), u"");

@@ -3,6 +3,11 @@
 #include "tests/e2e/LocalTest.hpp"
 #include "tests/e2e/VirtualTest.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <utility>
+
 namespace test {
 
 namespace {
@@ -61,6 +66,70 @@ TEST_F(VirtualFileScheme, CopiesBetweenTheDiskAndAnotherStore) {
     EXPECT_EQ(contentOf(tree / "back/sub/deep/c"), "C");
     EXPECT_FALSE(ops.exists(u"mem://store/tree"));
     EXPECT_EQ(contentOf(tree / "tree/a"), "A");
+}
+
+/// Ends the program where something waits for the other end of a pipe.
+class Alarm {
+public:
+    Alarm() { ::alarm(60); }
+    Alarm(const Alarm&) = delete;
+    Alarm& operator=(const Alarm&) = delete;
+    ~Alarm() { ::alarm(0); }
+};
+
+TEST_F(VirtualFileScheme, NeitherListsNorCopiesAPipe) {
+    const Alarm alarm;
+    makeTree(iri("tree"));
+    makePipe(tree / "tree/pipe");
+    makeLink("../pipe", tree / "tree/sub/toPipe");
+    EXPECT_EQ(files(iri("tree"), false), Files{iri("tree/a")});
+    const std::vector<std::pair<opc::ustring, opc::ustring>> copies{
+        {iri("tree/pipe"), u"mem://store/new"}, {iri("tree/sub/toPipe"), u"mem://store/new"},
+        {iri("tree/pipe"), iri("new")},         {iri("tree/sub/toPipe"), iri("new")},
+        {iri("tree"), u"mem://store/new"},      {iri("tree"), iri("new")}};
+    for (const auto& [from, to] : copies) {
+        boost::system::error_code ec;
+        ops.copy(from, to, opc::Fail, ec);
+        EXPECT_EQ(ec, make_error_code(errc::operation_not_supported)) << testing::PrintToString(from);
+        EXPECT_FALSE(ops.exists(to));
+    }
+    local.copy(tree.text("tree/pipe"), tree.text("new"), opc::Fail);
+    EXPECT_FALSE(local.exists(tree.text("new"))) << "nothing happens, and that is no failure";
+    EXPECT_EQ(local.getPermissions(tree.text("tree/pipe")), 0644U);
+}
+
+TEST_F(VirtualFileScheme, MovesAPipeOnlyWhereItCanBeRenamed) {
+    const Alarm alarm;
+    makeTree(iri("tree"));
+    makePipe(tree / "tree/pipe");
+    for (const char* name : {"tree", "tree/pipe"}) {
+        boost::system::error_code ec;
+        ops.rename(iri(name), u"mem://store/new", ec);
+        EXPECT_EQ(ec, make_error_code(errc::operation_not_supported));
+        EXPECT_FALSE(ops.exists(u"mem://store/new"));
+        EXPECT_TRUE(ops.exists(iri("tree/pipe")));
+    }
+    EXPECT_EQ(files(iri("tree"), true).size(), 3U) << "the source is whole";
+    ops.rename(iri("tree"), iri("moved"));
+    EXPECT_TRUE(ops.exists(iri("moved/pipe")));
+    ops.removeAll(iri("moved"));
+    EXPECT_FALSE(ops.exists(iri("moved")));
+}
+
+TEST_F(VirtualFileScheme, OpensAPipeInOrderAlone) {
+    const Alarm alarm;
+    makePipe(tree / "pipe");
+    const int bothEnds = ::open((tree / "pipe").c_str(), O_RDWR);
+    boost::system::error_code ec;
+    EXPECT_FALSE(ops.createOutputStream(iri("pipe"), std::ios::in, ec));
+    EXPECT_FALSE(ops.createOutputStream(iri("pipe"), std::ios::in | std::ios::trunc, ec));
+    for (const int mode : {0, int{std::ios::app}}) {
+        *ops.createOutputStream(iri("pipe"), mode) << "text" << std::flush;
+        char bytes[5] = {};
+        EXPECT_EQ(::read(bothEnds, bytes, 4), 4);
+        EXPECT_STREQ(bytes, "text");
+    }
+    ::close(bothEnds);
 }
 
 TEST_F(VirtualFileScheme, TakesALinkForWhatItLeadsToAndKnowsNone) {

@@ -1,6 +1,7 @@
 // IRIs as text: pieces, joining, spelling, native paths, temporary names.
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/util/TempNames.hpp>
 
 #include "tests/e2e/VirtualTest.hpp"
 
@@ -152,7 +153,22 @@ TEST_F(VirtualPaths, TempNameWithoutAFolderIsAFileIRIInTheTemporaryFolder) {
     EXPECT_FALSE(ops.exists(name));
     ustring local;
     ASSERT_TRUE(ops.getLocalPath(name, local));
-    EXPECT_TRUE(selector.getLocal().isFolder(selector.getLocal().getParentPath(local)));
+    EXPECT_EQ(selector.getLocal().getParentPath(local), opc::util::getTempDir());
+}
+
+TEST_F(VirtualPaths, TempNameInARootIsInThatRootHoweverItIsWritten) {
+    for (const char16_t* const root : {u"mem://", u"mem:///", u"file://", u"file:///", u"file://localhost",
+                                       u"file://localhost/", u"FILE://", u"mem://store", u"mem://store/"}) {
+        EXPECT_EQ(ops.getParentPath(ops.getTempName(root)), ops.getParentPath(ops.appendPath(root, u"x")))
+            << testing::PrintToString(ustring(root));
+    }
+    EXPECT_EQ(ops.getParentPath(ops.getTempName(u"file://localhost/tmp/x")), u"file:///tmp/x");
+}
+
+TEST_F(VirtualPaths, TempNameOnAnotherHostIsRefused) {
+    EXPECT_TRUE(throws([&] { ops.getTempName(u"file://server/share"); }, make_error_code(errc::bad_address),
+                       "getTempName failed: This host has no native paths with an authority: "
+                       "file://server/share"));
 }
 
 TEST_F(VirtualPaths, TempNameWhoseLookUpFailsIsReported) {

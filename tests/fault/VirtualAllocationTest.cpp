@@ -104,6 +104,14 @@ void reportThrown(Code& ec, Operation operation) {
     }
 }
 
+/// For operations that are refused whether there is memory or not.
+template <typename Operation>
+void refused(Code& ec, Operation operation) {
+    operation();
+    EXPECT_EQ(ec, boost::system::errc::operation_not_supported);
+    ec = Code();
+}
+
 void readAll(FileSystemOps& ops, Code& ec) {
     const auto stream = ops.createInputStream(kFile, std::ios::binary, ec);
     char text[16] = {};
@@ -148,6 +156,9 @@ std::vector<VirtualOperation> virtualOperations() {
         {"appendPath",
          [](auto& ops, auto& ec) { reportThrown(ec, [&] { ops.appendPath(kFrom, kOddName); }); }},
         {"normalizePath", [](auto& ops, auto& ec) { reportThrown(ec, [&] { ops.normalizePath(kNative); }); }},
+        {"getLinkTarget", [](auto& ops, auto& ec) { refused(ec, [&] { ops.getLinkTarget(kFile, ec); }); }},
+        {"createSymlink",
+         [](auto& ops, auto& ec) { refused(ec, [&] { ops.createSymlink(kFile, kNew, ec); }); }},
         {"getTempName", [](auto& ops, auto& ec) { reportThrown(ec, [&] { ops.getTempName(kTo); }); }},
     };
 }

@@ -65,17 +65,35 @@ protected:
     }
 
     /// Where the store cannot move what is complete into its place, a new read-only file is writable first.
-    bool isStillToBeMarked(const Contents::value_type& entry) const {
+    /// It is removed again where it cannot be marked, if that works and its publication was not denied.
+    bool isStillToBeMarked(const Contents::value_type& entry, const Fault& fault) const {
         const auto marked = done.find(entry.first);
-        return !kind.movesFolders && marked != done.end() && '+' + marked->second.substr(1) == entry.second;
+        return !kind.movesFolders && (fault.lasts || fault.effect == Effect::FailAfter) &&
+               marked != done.end() && '+' + marked->second.substr(1) == entry.second;
+    }
+
+    /// A file that is replaced there has the new mark first, and gets the old one back if that works.
+    bool isMarkedAlready(const Contents::value_type& entry, const Fault& fault) const {
+        const auto old = before.find(entry.first);
+        return !kind.movesFolders && fault.lasts && old != before.end() &&
+               '-' + old->second.substr(1) == entry.second;
     }
 
     /// Each file is the old one or the new one; nothing has a name that nobody gave.
-    void expectNothingHalfway(const Contents& now) const {
+    void expectNothingHalfway(const Contents& now, const Fault& fault) const {
         for (const auto& entry : now) {
-            EXPECT_TRUE(has(before, entry) || has(done, entry) || isStillToBeMarked(entry))
+            EXPECT_TRUE(has(before, entry) || has(done, entry) || isStillToBeMarked(entry, fault) ||
+                        isMarkedAlready(entry, fault))
                 << entry.first << " is neither old nor new";
         }
+    }
+
+    /// What goes on failing cannot be cleaned up, nor can a source that is not removed when all of it is at
+    /// the destination.
+    bool mayLeaveTemporaries(const Contents& now, const Fault& fault) const {
+        const bool isMoved = operation.takesSource && kind.movesFolders && !operation.to.empty() &&
+                             isWholeIn(now, done, operation.to) && now.count(operation.from) == 0;
+        return fault.lasts || isMoved;
     }
 
     void expectNothingLost(const Contents& now) const {
@@ -117,14 +135,14 @@ protected:
         const bool struck = ground.store().struck() > 0;
         ground.store().clear();
         const Contents now = ground.contents();
-        const Contents seen = fault.lasts ? withoutTemporaries(now) : now;
+        const Contents seen = mayLeaveTemporaries(now, fault) ? withoutTemporaries(now) : now;
         if (!ec.failed()) {
             EXPECT_EQ(seen, done) << "no failure was reported";
             return struck;
         }
         EXPECT_TRUE(struck);
         EXPECT_EQ(ec, operation.isStream ? errc::io_error : errc::no_space_on_device);
-        expectNothingHalfway(seen);
+        expectNothingHalfway(seen, fault);
         expectNothingLost(seen);
         finish(ground, now);
         return struck;

@@ -11,6 +11,7 @@ namespace foundation::core::except {
 /// std::exception, copying never throws, and what() is an English text for people.
 class PKGCORE_PLATFORM_API Exception : public std::runtime_error {
 public:
+    /// `message` is what what() gives.
     explicit Exception(const std::string& message) : std::runtime_error(message) {}
 };
 

@@ -10,8 +10,8 @@
 namespace fl::filesystem {
 
 namespace upath_constant {
-inline constexpr std::u16string_view CURRENT_DIRECTORY = u".";
-inline constexpr std::u16string_view PARENT_DIRECTORY = u"..";
+inline constexpr std::u16string_view CURRENT_DIRECTORY = u".";  ///< the folder itself
+inline constexpr std::u16string_view PARENT_DIRECTORY = u"..";  ///< the folder that holds it
 }  // namespace upath_constant
 
 namespace detail {

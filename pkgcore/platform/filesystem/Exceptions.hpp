@@ -40,6 +40,7 @@ private:
 class PKGCORE_PLATFORM_API AccessDenied : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit AccessDenied(std::u16string pathName)
         : FsysExceptionBase("Access denied", std::move(pathName), {}) {}
 };
@@ -48,6 +49,7 @@ public:
 class PKGCORE_PLATFORM_API PathNotFound : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit PathNotFound(std::u16string pathName)
         : FsysExceptionBase("Path not found", std::move(pathName), {}) {}
 };
@@ -56,6 +58,7 @@ public:
 class PKGCORE_PLATFORM_API FileExistsError : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit FileExistsError(std::u16string pathName)
         : FsysExceptionBase("File exists", std::move(pathName), {}) {}
 };
@@ -64,6 +67,7 @@ public:
 class PKGCORE_PLATFORM_API FileNameTooLarge : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit FileNameTooLarge(std::u16string pathName)
         : FsysExceptionBase("File name too long", std::move(pathName), {}) {}
 };
@@ -72,6 +76,7 @@ public:
 class PKGCORE_PLATFORM_API NotDirectoryError : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit NotDirectoryError(std::u16string pathName)
         : FsysExceptionBase("Not a directory", std::move(pathName), {}) {}
 };
@@ -80,6 +85,7 @@ public:
 class PKGCORE_PLATFORM_API DirectoryNotEmpty : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit DirectoryNotEmpty(std::u16string pathName)
         : FsysExceptionBase("Directory not empty", std::move(pathName), {}) {}
 };
@@ -88,6 +94,7 @@ public:
 class PKGCORE_PLATFORM_API FileIsDirectory : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit FileIsDirectory(std::u16string pathName)
         : FsysExceptionBase("File is a directory", std::move(pathName), {}) {}
 };
@@ -96,6 +103,7 @@ public:
 class PKGCORE_PLATFORM_API InvalidOperation : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit InvalidOperation(std::u16string pathName)
         : FsysExceptionBase("Invalid operation", std::move(pathName), {}) {}
 };
@@ -104,6 +112,7 @@ public:
 class PKGCORE_PLATFORM_API InvalidArgument : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit InvalidArgument(std::u16string pathName)
         : FsysExceptionBase("Invalid argument", std::move(pathName), {}) {}
 };
@@ -112,6 +121,7 @@ public:
 class PKGCORE_PLATFORM_API FileNameConversionFailure : public FsysExceptionBase {
 public:
     using FsysExceptionBase::FsysExceptionBase;
+    /// With the text that belongs to the type.
     explicit FileNameConversionFailure(std::u16string pathName)
         : FsysExceptionBase("File name cannot be converted", std::move(pathName), {}) {}
 };
@@ -119,6 +129,7 @@ public:
 /// Any other failure of the host, with its own number and text.
 class PKGCORE_PLATFORM_API SystemError : public FsysExceptionBase {
 public:
+    /// `text` is the host's own for `errorCode`.
     SystemError(const std::string& text, int errorCode, std::u16string pathName)
         : FsysExceptionBase(text, std::move(pathName), {}), errorCode_(errorCode) {}
 

@@ -43,6 +43,7 @@ public:
     /// pipe waits as the host does.
     bool open(const std::wstring& accessPath, std::ios_base::openmode mode, share_mode share);
 
+    /// Whether open() succeeded and close() has not been called since.
     bool isOpen() const noexcept { return handle_ != kClosedHandle; }
 
     /// Writes what is buffered and closes; false where either failed or nothing was open. Closed in any case.
@@ -51,19 +52,28 @@ public:
 protected:
     /// For a regular file, what its size promises behind the buffer; else 0.
     std::streamsize showmanyc() override;
+    /// Reading throws std::ios_base::failure where the host fails, also behind bytes that it gave before.
+    /// @{
     std::streamsize xsgetn(char* out, std::streamsize count) override;
     int_type underflow() override;
+    /// @}
     /// Goes back to any byte of a file that can seek. A byte other than the file's own is put into the buffer
     /// alone and stays there until the buffer moves on.
     int_type pbackfail(int_type unit) override;
+    /// Writing gives what was taken, which is less than asked for where the host fails.
+    /// @{
     std::streamsize xsputn(const char* in, std::streamsize count) override;
     int_type overflow(int_type unit) override;
+    /// @}
     /// Hands what is buffered to the host, which is not asked to force it to the disk.
     int sync() override;
-    /// After writes in append mode the position is the end of the file.
+    /// After writes in append mode the position is the end of the file. -1 where what is buffered cannot be
+    /// written, or the file cannot seek.
+    /// @{
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                      std::ios_base::openmode which) override;
     pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
+    /// @}
 
 private:
     static constexpr std::intptr_t kClosedHandle = -1;
@@ -103,8 +113,7 @@ class basic_ifstream;
 template <typename Char>
 class basic_ofstream;
 
-/// An input file stream whose bytes come from a file_buffer. rdbuf(), is_open() and close() speak of that
-/// buffer.
+/// An input file stream whose bytes come from a file_buffer.
 template <>
 class PKGCORE_PLATFORM_API basic_ifstream<char> : public std::basic_ifstream<char> {
 public:
@@ -113,7 +122,9 @@ public:
 
     /// Opens with `mode | std::ios_base::in`; failbit where that fails.
     void open(const std::wstring& accessPath, std::ios_base::openmode mode, share_mode share);
+    /// Whether a file is open.
     bool is_open() const noexcept { return file_.isOpen(); }
+    /// The stream's own buffer, which lives as long as the stream.
     file_buffer* rdbuf() noexcept { return &file_; }
     /// Closes; failbit where nothing was open or the host reports a failure.
     void close();
@@ -122,16 +133,20 @@ private:
     file_buffer file_;
 };
 
-/// An output file stream over a file_buffer; see basic_ifstream. Opens with `mode | std::ios_base::out`.
+/// An output file stream whose bytes go to a file_buffer.
 template <>
 class PKGCORE_PLATFORM_API basic_ofstream<char> : public std::basic_ofstream<char> {
 public:
     basic_ofstream();
     ~basic_ofstream() override;
 
+    /// Opens with `mode | std::ios_base::out`; failbit where that fails.
     void open(const std::wstring& accessPath, std::ios_base::openmode mode, share_mode share);
+    /// Whether a file is open.
     bool is_open() const noexcept { return file_.isOpen(); }
+    /// The stream's own buffer, which lives as long as the stream.
     file_buffer* rdbuf() noexcept { return &file_; }
+    /// Writes what is buffered and closes; failbit where either failed or nothing was open.
     void close();
 
 private:

@@ -7,6 +7,7 @@
 
 #include <string>
 
+/// @file
 /// Operations on native paths. Required of all of them: a failure leaves as an exception derived from
 /// FsysExceptionBase (Exceptions.hpp) that names the path; any thread may call them at any time; no
 /// descriptor and no temporary item is left behind on any way out. Paths may be longer than the host's limit

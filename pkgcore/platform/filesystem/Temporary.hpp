@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+/// @file
 /// Temporary places and names, and the working directory. Failures are exceptions derived from
 /// FsysExceptionBase.
 namespace fl::filesystem {

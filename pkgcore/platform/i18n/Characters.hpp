@@ -4,6 +4,7 @@
 
 #include <cstddef>
 
+/// @file
 /// Properties of characters and mappings between them, as the Unicode Character Database gives them.
 namespace fl::i18n {
 
@@ -12,12 +13,14 @@ enum class transformation : unsigned {
     lower,  ///< full lower-casing in the root locale (Unicode, section 3.13, toLowercase), final sigma
             ///< included
 };
+/// transformation::lower, by the name that callers use.
 inline constexpr transformation to_lower = transformation::lower;
 
 /// By whose rules scan() classifies.
 enum class classification_rules : unsigned {
     posix,  ///< the same for every user, whatever the locale
 };
+/// classification_rules::posix, by the name that callers use.
 inline constexpr classification_rules is_posix = classification_rules::posix;
 
 namespace detail {

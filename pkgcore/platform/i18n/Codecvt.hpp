@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+/// @file
 /// Converters between UTF-16 text and narrow text. One is made for one conversion or for several in a row; it
 /// belongs to one thread at a time. The functions of Conversion.hpp do the work.
 ///
@@ -28,11 +29,13 @@ class converter_state;
 /// From bytes in an encoding to UTF-16.
 class PKGCORE_PLATFORM_API codecvt_string_to_ustring {
 public:
+    /// Throws CvtUnknownEncoding.
     codecvt_string_to_ustring(const std::string& encodingName, bool lenient);
     ~codecvt_string_to_ustring();
     codecvt_string_to_ustring(const codecvt_string_to_ustring&) = delete;
     codecvt_string_to_ustring& operator=(const codecvt_string_to_ustring&) = delete;
 
+    /// The flag that it was made with.
     bool lenient() const noexcept { return lenient_; }
     /// Null for UTF-8.
     detail::converter_state* state() const noexcept { return state_.get(); }
@@ -45,11 +48,13 @@ private:
 /// From UTF-16 to bytes in an encoding.
 class PKGCORE_PLATFORM_API codecvt_ustring_to_string {
 public:
+    /// Throws CvtUnknownEncoding.
     codecvt_ustring_to_string(const std::string& encodingName, bool lenient);
     ~codecvt_ustring_to_string();
     codecvt_ustring_to_string(const codecvt_ustring_to_string&) = delete;
     codecvt_ustring_to_string& operator=(const codecvt_ustring_to_string&) = delete;
 
+    /// The flag that it was made with.
     bool lenient() const noexcept { return lenient_; }
     /// Null for UTF-8.
     detail::converter_state* state() const noexcept { return state_.get(); }
@@ -63,8 +68,10 @@ private:
 /// ECMA-48).
 class PKGCORE_PLATFORM_API codecvt_ustring_to_ascii {
 public:
+    /// Never fails.
     explicit codecvt_ustring_to_ascii(bool lenient);
 
+    /// The flag that it was made with.
     bool lenient() const noexcept { return lenient_; }
 
 private:
@@ -74,8 +81,10 @@ private:
 /// From ASCII to UTF-16. A byte above 0x7F is malformed.
 class PKGCORE_PLATFORM_API codecvt_ascii_to_ustring {
 public:
+    /// Never fails.
     explicit codecvt_ascii_to_ustring(bool lenient);
 
+    /// The flag that it was made with.
     bool lenient() const noexcept { return lenient_; }
 
 private:

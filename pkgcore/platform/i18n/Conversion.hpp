@@ -5,11 +5,13 @@
 
 #include <string>
 
+/// @file
 /// Text from one form into another. Required of all: the whole text is converted, a NUL included, or an
 /// exception leaves and nothing else does; a failure of the text is a CvtExceptionBase; any thread may call
 /// at any time. None needs initialize() to have been called.
 namespace fl::i18n {
 
+/// From the converter's encoding.
 PKGCORE_PLATFORM_API std::u16string to_ustring(const std::string& text,
                                                const codecvt_string_to_ustring& converter);
 
@@ -20,11 +22,13 @@ PKGCORE_PLATFORM_API std::u16string to_ustring(const char* text, const codecvt_a
 /// name is lost on the way. A value that is no code point, above U+10FFFF or negative, is CvtInvalidSequence.
 PKGCORE_PLATFORM_API std::u16string to_ustring(const std::wstring& text);
 
+/// Into the converter's encoding.
+/// @{
 PKGCORE_PLATFORM_API std::string to_string(const std::u16string& text,
                                            const codecvt_ustring_to_string& converter);
-
 PKGCORE_PLATFORM_API std::string to_string(const std::u16string& text,
                                            const codecvt_ustring_to_ascii& converter);
+/// @}
 
 /// Into the user's default encoding, strictly.
 PKGCORE_PLATFORM_API std::string to_string(const std::u16string& text);

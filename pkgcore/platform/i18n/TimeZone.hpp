@@ -6,6 +6,7 @@
 
 #include <string>
 
+/// @file
 /// Wall-clock time of the place where the machine stands.
 namespace fl::i18n::time_zone {
 

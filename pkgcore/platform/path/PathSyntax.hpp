@@ -4,6 +4,7 @@
 
 #include <string>
 
+/// @file
 /// The syntax of native paths. Nothing here looks at the disk. None of these functions is called with an
 /// empty path by the library, but each gives an empty result for one.
 ///

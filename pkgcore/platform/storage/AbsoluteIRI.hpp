@@ -10,7 +10,7 @@ namespace foundation::storage::vfs {
 /// The text of an IRI that was checked and is spelled as the class that takes it spells it. Nothing looks at
 /// it again.
 struct CheckedIRI {
-    std::u16string text;
+    std::u16string text;  ///< encoded
 };
 
 /// The name of a place in a storage system, "scheme://authority/path", with the characters of RFC 3987;
@@ -38,6 +38,7 @@ public:
     /// An empty `relative` gives `base`.
     AbsoluteIRI(const AbsoluteIRI& base, const std::u16string& relative);
 
+    /// From text that a parser has found good: nothing is checked.
     explicit AbsoluteIRI(CheckedIRI checked) noexcept : text_(std::move(checked.text)) {}
 
     /// The whole IRI, encoded.
@@ -46,7 +47,9 @@ public:
     /// What stands in front of "://", in the letter case of the text.
     std::u16string getScheme() const;
 
-    /// What stands behind "://", plain: "store/a" of "mem://store/a", "/a" of "file:///a".
+    /// What stands behind "://", plain: "store/a" of "mem://store/a", "/a" of "file:///a" and of
+    /// "file://localhost/a", "/" of a root without an authority. InvalidIRIException for a place of the
+    /// scheme "file" that is on another host.
     std::u16string getPath() const;
 
 private:

@@ -15,8 +15,10 @@ class PKGCORE_PLATFORM_API CanonicalAbsoluteIRI : public AbsoluteIRI {
 public:
     /// From encoded text; throws as AbsoluteIRI does.
     explicit CanonicalAbsoluteIRI(const std::u16string& text);
+    /// The place of `iri`.
     explicit CanonicalAbsoluteIRI(const AbsoluteIRI& iri);
 
+    /// From text that a parser has found good and written in this spelling: nothing is checked.
     explicit CanonicalAbsoluteIRI(CheckedIRI checked) noexcept : AbsoluteIRI(std::move(checked)) {}
 
     /// The last name, plain; empty for a root.
@@ -29,6 +31,8 @@ public:
     CanonicalAbsoluteIRI getParent() const;
 };
 
+/// Whether both name the same place.
+/// @{
 inline bool operator==(const CanonicalAbsoluteIRI& a, const CanonicalAbsoluteIRI& b) noexcept {
     return a.toString() == b.toString();
 }
@@ -36,5 +40,6 @@ inline bool operator==(const CanonicalAbsoluteIRI& a, const CanonicalAbsoluteIRI
 inline bool operator!=(const CanonicalAbsoluteIRI& a, const CanonicalAbsoluteIRI& b) noexcept {
     return !(a == b);
 }
+/// @}
 
 }  // namespace foundation::storage::vfs

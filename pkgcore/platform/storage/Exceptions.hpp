@@ -14,6 +14,7 @@ namespace foundation::storage::vfs {
 /// A text is no IRI. what() says which character at which offset, but does not repeat the text.
 class PKGCORE_PLATFORM_API InvalidIRIException : public core::except::Exception {
 public:
+    /// `message` is what what() gives.
     InvalidIRIException(const std::string& message, std::u16string invalidIRI)
         : core::except::Exception(message),
           invalidIRI_(std::make_shared<const std::u16string>(std::move(invalidIRI))) {}
@@ -28,10 +29,12 @@ private:
 /// The scheme of an IRI belongs to no storage system, or to none that is mounted. what() does not repeat it.
 class PKGCORE_PLATFORM_API UnsupportedIRISchemeException : public core::except::Exception {
 public:
+    /// `message` is what what() gives.
     UnsupportedIRISchemeException(const std::string& message, std::u16string scheme)
         : core::except::Exception(message),
           scheme_(std::make_shared<const std::u16string>(std::move(scheme))) {}
 
+    /// In the letter case in which the IRI had it.
     const std::u16string& getScheme() const noexcept { return *scheme_; }
 
 private:
@@ -44,11 +47,13 @@ public:
     /// With the platform's own message for the code, an English text without a full stop.
     Exception(ErrorCode code, const AbsoluteIRI& location);
 
+    /// With a message of the caller's own.
     Exception(ErrorCode code, const std::string& message, const AbsoluteIRI& location = AbsoluteIRI())
         : core::except::Exception(message),
           location_(std::make_shared<const AbsoluteIRI>(location)),
           code_(code) {}
 
+    /// As given; another platform may have further ones.
     ErrorCode getErrorCode() const noexcept { return code_; }
 
     /// The place concerned; an AbsoluteIRI of no place where there is none.

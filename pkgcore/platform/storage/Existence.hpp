@@ -16,7 +16,6 @@ enum class ExistenceType : unsigned {
 /// What is at a place now. A missing folder above it, or a file in the middle of the path, is an answer:
 /// Nothing. A look-up that fails is an Exception and never Nothing. UnsupportedIRISchemeException where the
 /// scheme is not mounted in the system, NoSuchStorage where only the authority is not.
-PKGCORE_PLATFORM_API ExistenceType exists(const CanonicalAbsoluteIRI& location,
-                                          StorageSystemReference storage);
+PKGCORE_PLATFORM_API ExistenceType exists(CanonicalAbsoluteIRI location, StorageSystemReference storage);
 
 }  // namespace foundation::storage::vfs

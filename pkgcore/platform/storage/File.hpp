@@ -20,11 +20,15 @@ namespace foundation::storage::vfs {
 /// then.
 class PKGCORE_PLATFORM_API File {
 public:
+    /// The place `location` in `storage`; nothing is checked.
     File(CanonicalAbsoluteIRI location, StorageSystemReference storage)
         : location_(std::move(location)), storage_(std::move(storage)) {}
 
+    /// What it was made of.
+    /// @{
     const CanonicalAbsoluteIRI& getLocation() const noexcept { return location_; }
     const StorageSystemReference& getStorageSystem() const noexcept { return storage_; }
+    /// @}
 
     /// A file that is not writable refuses to be written; it may be removed, moved and replaced.
     void setWritable(bool writable) const;
@@ -38,7 +42,7 @@ public:
 
     /// Copies the content to `destination`, also into another store. Readers of the destination see the old
     /// content or the new one whole, never a mixture; a failure leaves the old one, or nothing, there. A
-    /// missing folder around it is NotFound, a file onto itself NotSupported.
+    /// missing folder around it is NotFound; a file onto itself, and a pipe, socket or device, NotSupported.
     void copyFile(const File& destination, provider::ReplacementPolicy policy) const;
 
     /// Moves the file to `destination`, also into another store, with its time and whether it is writable.

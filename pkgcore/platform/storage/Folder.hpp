@@ -23,14 +23,19 @@ class Listing;
 /// then.
 class PKGCORE_PLATFORM_API Folder {
 public:
+    /// The place `location` in `storage`; nothing is checked.
     Folder(CanonicalAbsoluteIRI location, StorageSystemReference storage)
         : location_(std::move(location)), storage_(std::move(storage)) {}
 
+    /// What it was made of.
+    /// @{
     const CanonicalAbsoluteIRI& getLocation() const noexcept { return location_; }
     const StorageSystemReference& getStorageSystem() const noexcept { return storage_; }
+    /// @}
 
     /// The entries of the folder whose names match `pattern` ("*" any characters, "?" one); all with an empty
-    /// one. Each once, in the order of the code units of their names.
+    /// one. Each once, in the order of the code units of their names. Pipes, sockets and devices of the
+    /// scheme "file" are left out.
     Listing listAll(const std::u16string& pattern) const;
 
     /// The same for everything below the folder, a folder before what it holds, which stands in its place;
@@ -56,15 +61,18 @@ public:
     void removeFolder(FolderRemovalPolicy policy) const;
 
     /// Copies the folder with all that it holds, also into another store. A missing folder around the
-    /// destination is NotFound; a folder onto or into itself is NotSupported before anything is changed. A
+    /// destination is NotFound; a folder onto or into itself is NotSupported before anything is changed; a
+    /// pipe, socket or device in it is NotSupported, too, and the copy fails. A
     /// failure leaves the old destination or what was copied by then, and the source as it was.
     void copyFolder(const Folder& destination, provider::ReplacementPolicy policy) const;
 
     /// Moves the folder with all that it holds, also into another store. A missing folder around the
     /// destination is NotFound, a folder into itself NotSupported before anything is changed; onto its own
     /// place it changes nothing. Nothing is lost: a failure leaves the source whole, or, where it could not
-    /// be cleared after a copy into another store, a whole destination and a rest of the source. Remove that
-    /// rest then: moved again with replacement, it would take the place of the whole.
+    /// be cleared after a copy into another store, a whole destination and a rest of the source. That rest
+    /// has the name of the form ".<20 characters>.tmp" that the failure tells; only in a store that does not
+    /// move folders it keeps the name of the source. Remove it then: moved again with replacement, it would
+    /// take the place of the whole.
     void moveFolder(const Folder& destination, provider::ReplacementPolicy policy) const;
 
 private:

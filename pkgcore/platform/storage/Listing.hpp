@@ -15,11 +15,13 @@ namespace foundation::storage::vfs {
 /// What a listing shows of one file or folder.
 class PKGCORE_PLATFORM_API ListEntry {
 public:
+    /// Made by the source of a listing.
     explicit ListEntry(FileOrFolder item) : item_(std::move(item)) {}
 
     /// As the listing itself tells it: nothing is asked for each entry.
     const FileOrFolder& getFileOrFolder() const noexcept { return item_; }
 
+    /// Of the file or folder.
     const CanonicalAbsoluteIRI& getLocation() const {
         return boost::apply_visitor(
             [](const auto& item) -> const CanonicalAbsoluteIRI& { return item.getLocation(); }, item_);
@@ -50,6 +52,8 @@ public:
     /// Stands on an entry until it is moved on, which may throw. Valid as long as the listing.
     class Iterator {
     public:
+        /// What std::iterator_traits and an input iterator are made of.
+        /// @{
         using iterator_category = std::input_iterator_tag;
         using value_type = ListEntry;
         using difference_type = std::ptrdiff_t;
@@ -67,6 +71,7 @@ public:
 
         friend bool operator==(const Iterator& a, const Iterator& b) noexcept { return a.entry_ == b.entry_; }
         friend bool operator!=(const Iterator& a, const Iterator& b) noexcept { return !(a == b); }
+        /// @}
 
     private:
         friend class Listing;
@@ -76,10 +81,12 @@ public:
         const ListEntry* entry_;
     };
 
+    /// Takes the source over.
     explicit Listing(std::unique_ptr<Source> source) noexcept : source_(std::move(source)) {}
 
     /// Fetches the first entry; call it once.
     Iterator begin() { return Iterator(source_.get(), source_->next()); }
+    /// Behind the last entry; asks for nothing.
     Iterator end() noexcept { return Iterator(source_.get(), nullptr); }
 
 private:

@@ -5,6 +5,7 @@
 
 #include <string>
 
+/// @file
 /// Between IRIs and native paths, which are plain text in the native form of the host.
 namespace foundation::storage::vfs {
 

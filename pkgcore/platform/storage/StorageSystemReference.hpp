@@ -14,6 +14,7 @@ class StorageSystem;
 /// The system lives as long as any handle to it.
 class PKGCORE_PLATFORM_API StorageSystemReference {
 public:
+    /// Shares in a system that the platform has made.
     explicit StorageSystemReference(std::shared_ptr<const StorageSystem> system)
         : system_(std::move(system)) {}
 

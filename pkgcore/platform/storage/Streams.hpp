@@ -9,6 +9,7 @@
 #include <ostream>
 #include <streambuf>
 
+/// @file
 /// Standard streams over files of a storage system. Bytes are passed as they are: std::ios_base::binary makes
 /// no difference. A stream keeps its storage system alive and belongs to one thread at a time.
 ///
@@ -35,12 +36,18 @@ private:
 /// and an existing one emptied, but not with std::ios_base::app (created, and appended to) or with
 /// std::ios_base::in (must exist, and keeps its content). The folder around it must exist.
 ///
+/// Written in order: seekp to anywhere but the end fails, tellp tells. Only with std::ios_base::in, and
+/// without app, writing goes to any place, beyond the end with zeros between, and rdbuf() reads, too, with
+/// one position for both; the file is then worked on as a whole, in a temporary file of the machine, at
+/// opening and at every flush.
+///
 /// What was written is published by flush(), at the latest when the stream is destroyed while it is good and
 /// no exception is being thrown; until then readers see the old content or no file. A publication that fails
 /// shows as badbit on flush() and leaves the old content, or nothing. More may be written and published after
 /// the first time.
 class PKGCORE_PLATFORM_API ofstream : public std::ostream {
 public:
+    /// Opens the file as the class says.
     ofstream(const File& file, std::ios_base::openmode mode);
     ~ofstream() override;
     ofstream(const ofstream&) = delete;

@@ -41,12 +41,13 @@ Outcome copyOver(const Place& source, const Place& target, const struct stat& so
     if (const int error = refusalToReplace(target, sourceStatus); error != 0) {
         return atDestination(error);
     }
-    posix::TemporarySibling sibling(target);
+    const posix::ParentFolder parent(target);
+    posix::TemporarySibling sibling(parent.folder());
     if (const Outcome outcome = copyNew(source, sibling.item()); outcome.failed()) {
         return outcome;
     }
-    sibling.setMade();
-    return atDestination(sibling.moveIntoPlace());
+    sibling.setMade(true);
+    return atDestination(sibling.moveTo(parent.item()));
 }
 
 Outcome copy(const Place& source, const Place& target, copy_option option) {

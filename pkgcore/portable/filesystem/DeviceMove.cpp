@@ -2,11 +2,12 @@
 
 #include <pkgcore/portable/filesystem/FolderReader.hpp>
 #include <pkgcore/portable/filesystem/LinkCopy.hpp>
+#include <pkgcore/portable/filesystem/MoveSafety.hpp>
+#include <pkgcore/portable/filesystem/ParentFolder.hpp>
 #include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
 
-#include <cerrno>
 #include <utility>
 
 namespace fl::filesystem::posix {
@@ -29,46 +30,10 @@ int refusalToReplace(Item target, const struct stat& targetStatus, const struct 
     return ontoFolder && holdsSomething(target) ? ENOTEMPTY : 0;
 }
 
-/// The file system that holds a folder, from this moment on: no failure to write to it is missed.
-class Disk {
-public:
-    explicit Disk(int folder) : folder_(openAt(folder, ".", O_RDONLY | O_DIRECTORY)), error_(errno) {}
-
-    /// Returns when what was written is on the disk and not in memory alone: 0, or the error number.
-    int sync() const noexcept {
-        if (folder_.isOpen()) {
-            return errorOf([&] { return systemCalls().syncfs(folder_.get()); });
-        }
-        if (error_ != EACCES) {
-            return error_;
-        }
-        systemCalls().sync();  // a folder that may be written but not read
-        return 0;
-    }
-
-private:
-    FileDescriptor folder_;
-    int error_;
-};
-
-/// What has become of an item since it was looked at: ESTALE where another one has taken its place, EBUSY
-/// where a file was written to, else 0, or the error number of looking.
-int changeSince(const struct stat& before, Item item) {
-    struct stat now;
-    if (const int error = readStatus(item, now); error != 0) {
-        return error;
-    }
-    if (!isSameItem(now, before)) {
-        return ESTALE;
-    }
-    const bool isUnwritten = now.st_size == before.st_size && now.st_mtim.tv_sec == before.st_mtim.tv_sec &&
-                             now.st_mtim.tv_nsec == before.st_mtim.tv_nsec;
-    return isUnwritten || !S_ISREG(now.st_mode) ? 0 : EBUSY;
-}
-
 class DeviceMove {
 public:
-    DeviceMove(const Place& source, const Place& target) : source_(source), target_(target), from_(source) {}
+    DeviceMove(const Place& source, const Place& target)
+        : source_(source), target_(target), from_(source), to_(target) {}
 
     void run() {
         checkSource(readStatus(from_.item(), status_));
@@ -90,7 +55,7 @@ private:
     /// twice, is left alone, as POSIX has rename do: to remove the source would be to remove the item.
     bool isThereAlready() const {
         struct stat status;
-        const int error = readStatus(itemAt(target_), status);
+        const int error = readStatus(to_.item(), status);
         if (error != 0) {
             checkTarget(error == ENOENT ? 0 : error);
             return false;
@@ -98,13 +63,13 @@ private:
         if (isSameItem(status, status_)) {
             return true;
         }
-        checkTarget(refusalToReplace(itemAt(target_), status, status_));
+        checkTarget(refusalToReplace(to_.item(), status, status_));
         return false;
     }
 
     void makeCopy() const {
-        TemporarySibling sibling(target_);
-        const Disk disk(sibling.item().folder);
+        TemporarySibling sibling(to_.folder());
+        const Disk disk(to_.folder());
         switch (status_.st_mode & S_IFMT) {
             case S_IFREG:
                 copyFile(sibling);
@@ -118,7 +83,7 @@ private:
             default:
                 checkSource(ENOTSUP);
         }
-        checkTarget(sibling.moveIntoPlace());
+        checkTarget(sibling.moveTo(to_.item()));
         // The source goes next, and after that a failing power supply must find the copy on the disk.
         checkTarget(disk.sync());
     }
@@ -126,21 +91,21 @@ private:
     void copyFile(TemporarySibling& sibling) const {
         CreationBits known;
         check(FileCopy(Times::Carried).copyNew(from_.item(), sibling.item(), known));
-        sibling.setMade();
+        sibling.setMade(true);
     }
 
     void copyLink(TemporarySibling& sibling) const {
         check(posix::copyLink(from_.item(), sibling.item(), Times::Carried));
-        sibling.setMade();
+        sibling.setMade(true);
     }
 
     void copyFolder(TemporarySibling& sibling) const {
         FileDescriptor folder = openFolder(from_.item());
         checkSource(folder.isOpen() ? 0 : errno);
-        checkTarget(refusalIfWithin(sibling.item().folder, status_));
+        checkTarget(refusalIfWithin(to_.folder(), status_));
         DestinationFolder destination = openOrCreateFolder(sibling.item());
         if (destination.created) {
-            sibling.setMade();
+            sibling.setMade(true);
         }
         checkTarget(destination.error);
         checkTarget(destination.created ? 0 : EEXIST);
@@ -151,6 +116,7 @@ private:
     const Place& source_;
     const Place& target_;
     ParentFolder from_;
+    ParentFolder to_;
     struct stat status_;
 };
 

@@ -53,6 +53,12 @@ inline bool isOutOfDescriptors(int error) noexcept { return error == EMFILE || e
 /// An error number for a folder that must be empty and is not, of which POSIX lets a host choose between two.
 inline int withOneNumberForNotEmpty(int error) noexcept { return error == EEXIST ? ENOTEMPTY : error; }
 
+/// Renames an item, over what the system's rename replaces: 0 or the error number.
+inline int renameItem(Item from, Item to) noexcept {
+    return withOneNumberForNotEmpty(
+        errorOf([&] { return systemCalls().renameat(from.folder, from.name, to.folder, to.name); }));
+}
+
 /// Unlinks an item: 0 or the error number. `flags` is 0, or AT_REMOVEDIR for an empty folder.
 inline int unlinkItem(Item item, int flags) noexcept {
     return withOneNumberForNotEmpty(

@@ -41,4 +41,11 @@ void appendRandomName(std::u16string& out) {
     }
 }
 
+std::u16string temporaryName() {
+    std::u16string name = u".";
+    appendRandomName(name);
+    name += u".tmp";
+    return name;
+}
+
 }  // namespace fl::filesystem::posix

@@ -9,4 +9,8 @@ namespace fl::filesystem::posix {
 /// fails.
 void appendRandomName(std::u16string& out);
 
+/// A fresh name for what is made beside an item to take its place: hidden, and with nothing of the item's own
+/// name, which may be as long as a name can be.
+std::u16string temporaryName();
+
 }  // namespace fl::filesystem::posix

@@ -47,10 +47,7 @@ void rename(const std::u16string& from, const std::u16string& to) {
     const Place target(to);
     refuseDots(source);
     refuseDots(target);
-    const int error = posix::withOneNumberForNotEmpty(posix::errorOf([&] {
-        return posix::systemCalls().renameat(source.directory(), source.path(), target.directory(),
-                                             target.path());
-    }));
+    const int error = posix::renameItem(posix::itemAt(source), posix::itemAt(target));
     if (error == EXDEV) {
         posix::moveToOtherDevice(source, target);
     } else if (error != 0) {

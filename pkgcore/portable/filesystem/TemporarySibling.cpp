@@ -9,17 +9,14 @@ namespace fl::filesystem::posix {
 
 namespace {
 
-// Nothing of the item's own name: that may be as long as a name can be.
 std::string drawName() {
-    std::u16string name = u".";
-    appendRandomName(name);
-    name += u".tmp";
+    const std::u16string name = temporaryName();
     return std::string(name.begin(), name.end());
 }
 
 }  // namespace
 
-TemporarySibling::TemporarySibling(const Place& item) : parent_(item), name_(drawName()) {}
+TemporarySibling::TemporarySibling(int folder) : folder_(folder), name_(drawName()) {}
 
 TemporarySibling::~TemporarySibling() {
     if (!made_) {
@@ -33,12 +30,9 @@ TemporarySibling::~TemporarySibling() {
     }
 }
 
-int TemporarySibling::moveIntoPlace() noexcept {
-    const Item from = item();
-    const Item to = parent_.item();
-    const int error = withOneNumberForNotEmpty(
-        errorOf([&] { return systemCalls().renameat(from.folder, from.name, to.folder, to.name); }));
-    made_ = error != 0;
+int TemporarySibling::moveTo(Item place) noexcept {
+    const int error = renameItem(item(), place);
+    made_ = made_ && error != 0;
     return error;
 }
 

@@ -1,32 +1,31 @@
 #pragma once
 
-#include <pkgcore/portable/filesystem/ParentFolder.hpp>
+#include <pkgcore/portable/filesystem/Item.hpp>
 
 #include <string>
 
 namespace fl::filesystem::posix {
 
-/// A random name beside an item, under which its new content is made; goes away with what it names unless it
-/// is moved into the item's place.
+/// Something of the caller's own under a random name in an open folder, beside the item whose place it will
+/// take. Goes away, with all that is in it, unless it is moved.
 class TemporarySibling {
 public:
-    /// Throws, with the item's path, where there is no folder to hold it. Nothing is made yet. Refers to
-    /// `item`.
-    explicit TemporarySibling(const Place& item);
+    /// The folder stays open as long. Nothing is made yet.
+    explicit TemporarySibling(int folder);
     TemporarySibling(const TemporarySibling&) = delete;
     TemporarySibling& operator=(const TemporarySibling&) = delete;
     ~TemporarySibling();
 
-    Item item() const noexcept { return {parent_.folder(), name_.c_str()}; }
+    Item item() const noexcept { return {folder_, name_.c_str()}; }
 
-    /// To be called when something of the caller's own is at item(), so that it is removed in the end.
-    void setMade() noexcept { made_ = true; }
+    /// To be called when there is something, and when it is somewhere else.
+    void setMade(bool made) noexcept { made_ = made; }
 
-    /// Renames it over the item: 0, or the error number.
-    int moveIntoPlace() noexcept;
+    /// Renames it, over what the system's rename replaces: 0, or the error number.
+    int moveTo(Item place) noexcept;
 
 private:
-    ParentFolder parent_;
+    int folder_;
     std::string name_;
     bool made_ = false;
 };

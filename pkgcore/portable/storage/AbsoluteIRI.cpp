@@ -15,7 +15,7 @@ std::u16string joined(const std::u16string& base, const std::u16string& relative
     if (iri.empty() || iri.back() != u'/' || portable::partsOf(iri).path.empty()) {
         iri += u'/';
     }
-    portable::appendPath(relative, portable::partsOf(base).scheme, iri);
+    portable::appendPath(relative, iri);
     // Once more, since bytes that are given one by one may be a character together.
     return portable::checkedIRI(iri);
 }
@@ -31,7 +31,12 @@ std::u16string AbsoluteIRI::getScheme() const { return std::u16string(portable::
 
 std::u16string AbsoluteIRI::getPath() const {
     const portable::IRIParts parts = portable::partsOf(text_);
-    return portable::decoded(parts.authority) + portable::decoded(parts.path);
+    if (portable::isFileScheme(parts.scheme)) {
+        return portable::pathOnThisHost(text_);
+    }
+    std::u16string path = portable::decoded(parts.authority) + portable::decoded(parts.path);
+    // A root is written with its slash or without.
+    return path.empty() && !text_.empty() ? u"/" : path;
 }
 
 }  // namespace foundation::storage::vfs

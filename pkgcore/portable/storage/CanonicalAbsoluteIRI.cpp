@@ -8,7 +8,8 @@
 namespace foundation::storage::vfs {
 
 CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(const std::u16string& text)
-    : AbsoluteIRI(CheckedIRI{portable::canonicalIRI(portable::checkedIRI(text))}) {}
+    : AbsoluteIRI(CheckedIRI{
+          portable::isPlainIRI(text) ? text : portable::canonicalIRI(portable::checkedIRI(text))}) {}
 
 CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(const AbsoluteIRI& iri)
     : AbsoluteIRI(CheckedIRI{portable::canonicalIRI(iri.toString())}) {}

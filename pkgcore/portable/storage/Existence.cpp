@@ -2,11 +2,13 @@
 
 #include <pkgcore/portable/storage/layer/StorageSystem.hpp>
 
+#include <utility>
+
 namespace foundation::storage::vfs {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): a handle goes by value throughout this interface
-ExistenceType exists(const CanonicalAbsoluteIRI& location, StorageSystemReference storage) {
-    const std::optional<provider::Item> found = portable::findSpot(location, storage).find();
+ExistenceType exists(CanonicalAbsoluteIRI location, StorageSystemReference storage) {
+    const std::optional<provider::Item> found = portable::findSpot(std::move(location), storage).find();
     if (!found) {
         return ExistenceType::Nothing;
     }

@@ -32,21 +32,16 @@ AbsoluteIRI toAbsoluteIRI(const std::u16string& scheme, const std::u16string& pa
     if (rest.empty() || rest.front() != u'/') {
         iri += u'/';
     }
-    portable::appendPath(rest, scheme, iri);
+    portable::appendPath(rest, iri);
     return AbsoluteIRI(iri);
 }
 
 std::u16string fromAbsoluteIRI(const AbsoluteIRI& iri) {
-    const portable::IRIParts parts = portable::partsOf(iri.toString());
-    const std::u16string canonical = portable::canonicalIRI(iri.toString());
-    const portable::IRIParts place = portable::partsOf(canonical);
-    if (place.scheme != u"file") {
-        throw UnsupportedIRISchemeException("The scheme has no native paths", std::u16string(parts.scheme));
+    const std::u16string scheme = iri.getScheme();
+    if (!portable::isFileScheme(scheme)) {
+        throw UnsupportedIRISchemeException("The scheme has no native paths", scheme);
     }
-    if (!place.authority.empty()) {
-        throw InvalidIRIException("This host has no native paths with an authority", iri.toString());
-    }
-    return parts.path.empty() ? u"/" : portable::decoded(parts.path);
+    return portable::pathOnThisHost(iri.toString());
 }
 
 }  // namespace foundation::storage::vfs

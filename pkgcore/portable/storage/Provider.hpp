@@ -12,17 +12,16 @@
 #include <optional>
 #include <vector>
 
+/// @file
 /// What a store has to offer so that it can be mounted in a storage system (StorageSystemBuilder.hpp).
 ///
 /// Required of all of it:
 /// - A failure leaves as foundation::storage::vfs::Exception with a code from 0 to 11, without a location:
-/// the
-///   storage system adds that. "Could not tell" is a failure and never looks like "nothing there".
+///   the storage system adds that. "Could not tell" is a failure and never looks like "nothing there".
 /// - A missing folder on the way is "not found". A file on the way is "not found" for what reads and "exists"
 ///   for what creates.
 /// - Any thread may call any member of a Provider at any time. A Reader, Writer or Lister serves one thread
-/// at
-///   a time, keeps what it needs of the store alive, and any number of them may exist at once.
+///   at a time, keeps what it needs of the store alive, and any number of them may exist at once.
 ///
 /// docs/providers.md tells how to write one and how to check it.
 namespace foundation::storage::provider {

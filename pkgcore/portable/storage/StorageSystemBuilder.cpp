@@ -48,8 +48,10 @@ public:
         if (!isScheme(scheme)) {
             throw std::invalid_argument("The text is no scheme of an IRI");
         }
+        const std::u16string authorityText = authority == nullptr ? std::u16string() : *authority;
+        rootOf(u"file", authorityText);  // a refused authority must not make the scheme known
         portable::registerScheme(scheme, store->traits().hasByteNames);
-        const CanonicalAbsoluteIRI root = rootOf(scheme, authority == nullptr ? u"" : *authority);
+        const CanonicalAbsoluteIRI root = rootOf(scheme, authorityText);
         const portable::IRIParts parts = portable::partsOf(root.toString());
         const auto served =
             authority == nullptr ? StorageSystem::Authority() : StorageSystem::Authority(parts.authority);

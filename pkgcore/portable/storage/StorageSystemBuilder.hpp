@@ -16,10 +16,13 @@ namespace foundation::storage::vfs {
 ///         StorageSystemBuilder().mount(u"mem", provider::makeMemoryProvider()).build();
 class PKGCORE_PLATFORM_API StorageSystemBuilder {
 public:
+    /// With the scheme "file" alone. A builder that was moved from can be destroyed and assigned to.
+    /// @{
     StorageSystemBuilder();
     ~StorageSystemBuilder();
     StorageSystemBuilder(StorageSystemBuilder&&) noexcept;
     StorageSystemBuilder& operator=(StorageSystemBuilder&&) noexcept;
+    /// @}
 
     /// Mounts a store under a scheme, in any letter case. It serves all authorities without a mount of their
     /// own if it has authorities, and the empty one otherwise ("scheme:///path"). From now on hasIRIPrefix()

@@ -1,6 +1,7 @@
 #include <pkgcore/platform/storage/Streams.hpp>
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/storage/layer/Publisher.hpp>
 #include <pkgcore/portable/storage/layer/StorageSystem.hpp>
 #include <pkgcore/portable/storage/layer/StreamOpening.hpp>
 
@@ -44,9 +45,9 @@ ofstream::ofstream(const File& file, std::ios_base::openmode mode) : std::ostrea
 }
 
 ofstream::~ofstream() {
-    auto* const buffer = static_cast<portable::WriteBuffer*>(buffer_.get());
-    if (buffer != nullptr && good() && !buffer->isUnwinding()) {
-        buffer->publish();
+    auto* const publisher = dynamic_cast<portable::Publisher*>(buffer_.get());
+    if (publisher != nullptr && good() && !publisher->isUnwinding()) {
+        publisher->publish();
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+#include <pkgcore/testing/conformance/Needs.hpp>
 
 #include <atomic>
 #include <thread>
@@ -22,7 +22,7 @@ void onThreads(int count, Call call) {
 }
 
 TEST_P(ProviderConformance, ReadersSeeOneContentOrTheOther) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     const std::string contents[] = {someBytes(100'000, 1), someBytes(150'000, 2)};
     ASSERT_TRUE(write(u"f", contents[0]));
     std::atomic<int> mixtures{0};
@@ -40,7 +40,7 @@ TEST_P(ProviderConformance, ReadersSeeOneContentOrTheOther) {
 }
 
 TEST_P(ProviderConformance, OneOfManyMakesTheFolder) {
-    PKGCORE_SKIP_UNLESS(traits().createsFolders);
+    PKGCORE_NEEDS(Need::Folders);
     std::atomic<int> made{0};
     onThreads(4, [&](int /*thread*/) {
         for (int i = 0; i < 50; ++i) {
@@ -53,7 +53,7 @@ TEST_P(ProviderConformance, OneOfManyMakesTheFolder) {
 }
 
 TEST_P(ProviderConformance, AllMayMakeTheWayAtOnce) {
-    PKGCORE_SKIP_UNLESS(traits().createsFolders);
+    PKGCORE_NEEDS(Need::Folders);
     std::atomic<int> failed{0};
     onThreads(4, [&](int thread) {
         const std::u16string own(1, static_cast<char16_t>(u'a' + thread));
@@ -66,7 +66,7 @@ TEST_P(ProviderConformance, AllMayMakeTheWayAtOnce) {
 }
 
 TEST_P(ProviderConformance, AFileIsMovedByOneOfMany) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().movesFiles);
+    PKGCORE_NEEDS(Need::Writing, Need::MovingAtOnce);
     std::atomic<int> moved{0};
     for (int round = 0; round < 20; ++round) {
         ASSERT_TRUE(write(u"f", "text"));

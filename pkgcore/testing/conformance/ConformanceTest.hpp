@@ -44,9 +44,6 @@ std::optional<ErrorCode> failureOf(Call call) {
         ::foundation::storage::conformance::failureOf([&] { __VA_ARGS__; }), \
         std::optional<::foundation::storage::vfs::ErrorCode>(::foundation::storage::vfs::ErrorCode::code))
 
-#define PKGCORE_SKIP_UNLESS(condition) \
-    if (!(condition)) GTEST_SKIP() << "the store does not do this"
-
 /// `count` bytes that do not repeat within any block size.
 inline std::string someBytes(std::size_t count, unsigned seed = 1) {
     std::string bytes(count, '\0');
@@ -98,6 +95,15 @@ public:
         return stream.bad() ? "(broken)" : content;
     }
 
+    /// All files below the ground with what they hold, and the folders.
+    Contents everything() const {
+        Contents found;
+        for (const std::u16string& path : listTree(u"")) {
+            found[path] = path.back() == u'/' ? "(folder)" : read(path);
+        }
+        return found;
+    }
+
     /// Paths below the folder in the order of the listing, folders with a slash behind them.
     std::vector<std::u16string> list(const std::u16string& path, const std::u16string& pattern = u"") const {
         return shown(folder(path).listAll(pattern), path);
@@ -128,16 +134,6 @@ private:
     }
 
     Ground ground_;
-};
-
-class ProviderConformance : public testing::TestWithParam<Backend>, public Workplace {
-protected:
-    ProviderConformance() : Workplace(GetParam().makeGround()) {}
-
-    bool writes() const { return traits().writes; }
-    bool makesTrees() const { return traits().writes && traits().createsFolders; }
-    bool moves() const { return writes() && (traits().movesFiles || traits().removes); }
-    bool movesTrees() const { return makesTrees() && (traits().movesFolders || traits().removes); }
 };
 
 using Names = std::vector<std::u16string>;

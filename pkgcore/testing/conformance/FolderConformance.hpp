@@ -1,20 +1,26 @@
 #pragma once
 
-#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+#include <pkgcore/testing/conformance/Needs.hpp>
 
 #include <algorithm>
 
 namespace foundation::storage::conformance {
 
-TEST_P(ProviderConformance, TheGroundIsAnEmptyFolder) {
+TEST_P(ProviderConformance, TheGroundHoldsWhatItIsSaidToHold) {
     EXPECT_TRUE(isFolder(u""));
-    EXPECT_EQ(listTree(u""), Names{});
+    Contents files;
+    for (const auto& [path, content] : everything()) {
+        if (path.back() != u'/') files[path] = content;
+    }
+    EXPECT_EQ(files, ground().content);
+    EXPECT_EQ(everything().empty(), traits().writes)
+        << "only what cannot be written has something to begin with";
     EXPECT_TRUE(isMissing(u"anything"));
     EXPECT_TRUE(isMissing(u"anything/at/all"));
 }
 
 TEST_P(ProviderConformance, AFolderIsMadeOnce) {
-    PKGCORE_SKIP_UNLESS(traits().createsFolders);
+    PKGCORE_NEEDS(Need::Folders);
     folder(u"d").createFolder();
     EXPECT_TRUE(isFolder(u"d"));
     EXPECT_EQ(list(u"d"), Names{});
@@ -23,7 +29,7 @@ TEST_P(ProviderConformance, AFolderIsMadeOnce) {
 }
 
 TEST_P(ProviderConformance, AFolderNeedsTheOneAroundIt) {
-    PKGCORE_SKIP_UNLESS(makesTrees());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders);
     PKGCORE_EXPECT_FAILURE(NotFound, folder(u"a/b").createFolder());
     ASSERT_TRUE(write(u"f", "text"));
     PKGCORE_EXPECT_FAILURE(AlreadyExists, folder(u"f").createFolder());
@@ -34,7 +40,7 @@ TEST_P(ProviderConformance, AFolderNeedsTheOneAroundIt) {
 }
 
 TEST_P(ProviderConformance, AllMissingFoldersAreMadeAtOnce) {
-    PKGCORE_SKIP_UNLESS(traits().createsFolders);
+    PKGCORE_NEEDS(Need::Folders);
     folder(u"a/b/c").createFolderRecursive();
     folder(u"a/b/c").createFolderRecursive();
     folder(u"a/b/d/e").createFolderRecursive();
@@ -43,7 +49,7 @@ TEST_P(ProviderConformance, AllMissingFoldersAreMadeAtOnce) {
 }
 
 TEST_P(ProviderConformance, WhatIsRemovedIsGone) {
-    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::Removing);
     ASSERT_TRUE(write(u"f", "text"));
     folder(u"d").createFolder();
     file(u"f").removeFile();
@@ -55,7 +61,7 @@ TEST_P(ProviderConformance, WhatIsRemovedIsGone) {
 }
 
 TEST_P(ProviderConformance, AFullFolderIsRemovedOnlyWithItsContents) {
-    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::Removing);
     folder(u"d/e/f").createFolderRecursive();
     ASSERT_TRUE(write(u"d/e/g", "text"));
     ASSERT_TRUE(write(u"h", "text"));
@@ -66,7 +72,7 @@ TEST_P(ProviderConformance, AFullFolderIsRemovedOnlyWithItsContents) {
 }
 
 TEST_P(ProviderConformance, RemovingMindsTheKind) {
-    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::Removing);
     ASSERT_TRUE(write(u"f", "text"));
     folder(u"d").createFolder();
     PKGCORE_EXPECT_FAILURE(NotFound, folder(u"f").removeFolder(FolderRemovalPolicy::WithContents));
@@ -76,27 +82,44 @@ TEST_P(ProviderConformance, RemovingMindsTheKind) {
 }
 
 TEST_P(ProviderConformance, AReadOnlyFileIsRemoved) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().removes && traits().setsWritable);
+    PKGCORE_NEEDS(Need::Writing, Need::Removing, Need::Marking);
     ASSERT_TRUE(write(u"f", "text"));
     file(u"f").setWritable(false);
     file(u"f").removeFile();
     EXPECT_TRUE(isMissing(u"f"));
 }
 
-TEST_P(ProviderConformance, TheRootStays) {
-    const Ground& here = ground();
-    vfs::CanonicalAbsoluteIRI root(here.root);
+inline Folder rootOf(const Ground& ground) {
+    vfs::CanonicalAbsoluteIRI root(ground.root);
     while (root.hasParent()) {
         root = root.getParent();
     }
-    const Folder whole(root, here.storage);
+    return Folder(root, ground.storage);
+}
+
+TEST_P(ProviderConformance, TheRootStays) {
+    const Folder whole = rootOf(ground());
+    filesToRead();
+    const Contents before = everything();
     PKGCORE_EXPECT_FAILURE(NotSupported, whole.removeFolder(FolderRemovalPolicy::OnlyIfEmpty));
     PKGCORE_EXPECT_FAILURE(NotSupported, whole.removeFolder(FolderRemovalPolicy::WithContents));
     EXPECT_TRUE(isFolder(u""));
+    EXPECT_EQ(everything(), before);
+}
+
+TEST_P(ProviderConformance, TheRootIsNotMoved) {
+    const Workplace other(GetParam().makeGround());
+    const Folder whole = rootOf(ground());
+    const Folder elsewhere(other.iri(u"moved"), other.ground().storage);
+    PKGCORE_EXPECT_FAILURE(NotSupported, whole.moveFolder(folder(u"moved"), kFail));
+    PKGCORE_EXPECT_FAILURE(NotSupported, whole.moveFolder(elsewhere, kFail));
+    EXPECT_TRUE(isFolder(u""));
+    EXPECT_TRUE(isMissing(u"moved"));
+    EXPECT_TRUE(other.isMissing(u"moved"));
 }
 
 TEST_P(ProviderConformance, NamesComeBackAsTheyWere) {
-    PKGCORE_SKIP_UNLESS(makesTrees());
+    PKGCORE_NEEDS(Need::Writing);
     const Names names = {u" ",
                          u"#",
                          u"%2F",
@@ -131,7 +154,7 @@ TEST_P(ProviderConformance, NamesComeBackAsTheyWere) {
 }
 
 TEST_P(ProviderConformance, FoldersNestDeeply) {
-    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::Removing);
     std::u16string path = u"d";
     for (int i = 0; i < 150; ++i) {
         path += u"/d";

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+#include <pkgcore/testing/conformance/Needs.hpp>
 
 #include <algorithm>
 
@@ -16,9 +16,11 @@ inline std::u16string entryName(int number) {
 }
 
 TEST_P(ProviderConformance, AListingIsInOrderOfTheUnits) {
-    PKGCORE_SKIP_UNLESS(makesTrees());
+    Names names = list(u"");
+    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
+    PKGCORE_NEEDS(Need::Writing);
     // An upper plane comes before what is written as one unit from U+E000 on.
-    const Names names = {u"Z", u"a", u"a b", u"a.b", u"ab", u"\u00E4", u"\xD83D\xDE00", u"\uFF41"};
+    names = {u"Z", u"a", u"a b", u"a.b", u"ab", u"\u00E4", u"\xD83D\xDE00", u"\uFF41"};
     for (auto name = names.rbegin(); name != names.rend(); ++name) {
         ASSERT_TRUE(write(*name, ""));
     }
@@ -26,7 +28,7 @@ TEST_P(ProviderConformance, AListingIsInOrderOfTheUnits) {
 }
 
 TEST_P(ProviderConformance, ATreeIsListedFolderByFolder) {
-    PKGCORE_SKIP_UNLESS(makesTrees());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders);
     folder(u"b/d").createFolderRecursive();
     folder(u"b.c").createFolder();
     for (const std::u16string path : {u"a", u"b/a", u"b/d/x", u"b/e", u"b.c/y", u"c"}) {
@@ -39,7 +41,7 @@ TEST_P(ProviderConformance, ATreeIsListedFolderByFolder) {
 }
 
 TEST_P(ProviderConformance, APatternSelectsNames) {
-    PKGCORE_SKIP_UNLESS(makesTrees());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders);
     folder(u"b.txt").createFolder();
     for (const std::u16string path : {u"a.txt", u"a.doc", u"b.txt/c.txt", u"b.txt/d.doc"}) {
         ASSERT_TRUE(write(path, ""));
@@ -53,14 +55,26 @@ TEST_P(ProviderConformance, APatternSelectsNames) {
 TEST_P(ProviderConformance, OnlyFoldersAreListed) {
     PKGCORE_EXPECT_FAILURE(NotFound, list(u"missing"));
     PKGCORE_EXPECT_FAILURE(NotFound, listTree(u"missing"));
-    PKGCORE_SKIP_UNLESS(writes());
-    ASSERT_TRUE(write(u"f", "text"));
-    PKGCORE_EXPECT_FAILURE(NotFound, list(u"f"));
-    PKGCORE_EXPECT_FAILURE(NotFound, list(u"f/g"));
+    for (const auto& [path, content] : filesToRead()) {
+        PKGCORE_EXPECT_FAILURE(NotFound, list(path));
+        PKGCORE_EXPECT_FAILURE(NotFound, list(path + u"/g"));
+    }
+}
+
+TEST_P(ProviderConformance, ListingsAgreeWithEachOtherAndWithWhatIsThere) {
+    const Contents files = filesToRead();
+    for (const std::u16string& path : listTree(u"")) {
+        EXPECT_EQ(path.back() == u'/' ? isFolder(path) : files.count(path) == 1, true);
+    }
+    for (const auto& [path, content] : files) {
+        const std::u16string name = path.substr(path.rfind(u'/') + 1);
+        const Names found = list(path.substr(0, path.size() - name.size()), name);
+        EXPECT_EQ(found, Names{name});
+    }
 }
 
 TEST_P(ProviderConformance, AFolderOfThousandsIsListedOnce) {
-    PKGCORE_SKIP_UNLESS(traits().createsFolders);
+    PKGCORE_NEEDS(Need::Folders);
     constexpr int kCount = 3'000;
     Names expected;
     for (int i = 0; i < kCount; ++i) {
@@ -71,7 +85,7 @@ TEST_P(ProviderConformance, AFolderOfThousandsIsListedOnce) {
 }
 
 TEST_P(ProviderConformance, WhatIsListedMayBeRemoved) {
-    PKGCORE_SKIP_UNLESS(traits().createsFolders && traits().removes);
+    PKGCORE_NEEDS(Need::Folders, Need::Removing);
     constexpr int kCount = 3'000;
     for (int i = 0; i < kCount; ++i) {
         folder(entryName(i)).createFolder();
@@ -87,7 +101,7 @@ TEST_P(ProviderConformance, WhatIsListedMayBeRemoved) {
 }
 
 TEST_P(ProviderConformance, AFolderThatGoesWhileItsTreeIsListedIsPassedOver) {
-    PKGCORE_SKIP_UNLESS(traits().createsFolders && traits().removes);
+    PKGCORE_NEEDS(Need::Folders, Need::Removing);
     for (const std::u16string path : {u"a/x", u"b/y", u"c/z"}) {
         folder(path).createFolderRecursive();
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+#include <pkgcore/testing/conformance/Needs.hpp>
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 
@@ -10,11 +10,11 @@ using boost::posix_time::ptime;
 using boost::posix_time::time_from_string;
 
 TEST_P(ProviderConformance, FilesAreMarkedReadOnlyAndBack) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "text"));
     EXPECT_TRUE(vfs::isWritable(file(u"f")));
     file(u"f").setWritable(true);
-    PKGCORE_SKIP_UNLESS(traits().setsWritable);
+    PKGCORE_NEEDS(Need::Marking);
     file(u"f").setWritable(false);
     EXPECT_FALSE(vfs::isWritable(file(u"f")));
     EXPECT_EQ(read(u"f"), "text");
@@ -23,14 +23,14 @@ TEST_P(ProviderConformance, FilesAreMarkedReadOnlyAndBack) {
 }
 
 TEST_P(ProviderConformance, ANewContentKeepsTheFileWritable) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "one"));
     ASSERT_TRUE(write(u"f", "two"));
     EXPECT_TRUE(vfs::isWritable(file(u"f")));
 }
 
 TEST_P(ProviderConformance, TimesAreKeptToTheStep) {
-    PKGCORE_SKIP_UNLESS(makesTrees() && traits().setsLastModified);
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::Times);
     ASSERT_TRUE(write(u"f", "text"));
     folder(u"d").createFolder();
     for (const char* text :
@@ -47,7 +47,7 @@ TEST_P(ProviderConformance, TimesAreKeptToTheStep) {
 }
 
 TEST_P(ProviderConformance, NoTimeChangesNothing) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().setsLastModified);
+    PKGCORE_NEEDS(Need::Writing, Need::Times);
     const ptime time = time_from_string("2001-02-03 04:05:06");
     ASSERT_TRUE(write(u"f", "text"));
     file(u"f").setLastModified(time);
@@ -58,7 +58,7 @@ TEST_P(ProviderConformance, NoTimeChangesNothing) {
 }
 
 TEST_P(ProviderConformance, WritingSetsTheTime) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().setsLastModified);
+    PKGCORE_NEEDS(Need::Writing, Need::Times);
     const ptime old = time_from_string("2001-02-03 04:05:06");
     ASSERT_TRUE(write(u"f", "text"));
     file(u"f").setLastModified(old);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+#include <pkgcore/testing/conformance/Needs.hpp>
 
 #include <algorithm>
 
@@ -10,16 +10,19 @@ TEST_P(ProviderConformance, OnlyFilesAreRead) {
     EXPECT_EQ(read(u"missing"), "(none)");
     EXPECT_EQ(read(u"missing/f"), "(none)");
     EXPECT_EQ(read(u""), "(none)");
-    PKGCORE_SKIP_UNLESS(makesTrees());
-    folder(u"d").createFolder();
-    ASSERT_TRUE(write(u"f", "text"));
+    for (const auto& [path, content] : filesToRead()) {
+        EXPECT_TRUE(isFile(path));
+        EXPECT_EQ(read(path), content);
+        EXPECT_EQ(read(path + u"/g"), "(none)");
+    }
+    if (traits().createsFolders) {
+        folder(u"d").createFolder();
+    }
     EXPECT_EQ(read(u"d"), "(none)");
-    EXPECT_EQ(read(u"f/g"), "(none)");
-    EXPECT_EQ(read(u"f"), "text");
 }
 
 TEST_P(ProviderConformance, AnOpenReaderKeepsWhatItOpened) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     const std::string content = someBytes(300'000);
     ASSERT_TRUE(write(u"f", content));
     vfs::ifstream replaced(file(u"f"), std::ios_base::in);
@@ -33,7 +36,7 @@ TEST_P(ProviderConformance, AnOpenReaderKeepsWhatItOpened) {
 }
 
 TEST_P(ProviderConformance, AnOpenReaderDoesNotSeeWhatIsAppended) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "old"));
     vfs::ifstream reader(file(u"f"), std::ios_base::in);
     ASSERT_TRUE(write(u"f", someBytes(100'000), std::ios_base::app));
@@ -41,7 +44,7 @@ TEST_P(ProviderConformance, AnOpenReaderDoesNotSeeWhatIsAppended) {
 }
 
 TEST_P(ProviderConformance, AnOpenReaderOutlivesItsFile) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().removes);
+    PKGCORE_NEEDS(Need::Writing, Need::Removing);
     const std::string content = someBytes(300'000);
     ASSERT_TRUE(write(u"f", content));
     vfs::ifstream reader(file(u"f"), std::ios_base::in);
@@ -50,50 +53,72 @@ TEST_P(ProviderConformance, AnOpenReaderOutlivesItsFile) {
 }
 
 TEST_P(ProviderConformance, ReadersGoToAnyPlace) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().readsAt);
-    const std::string content = someBytes(400'000);
-    ASSERT_TRUE(write(u"f", content));
-    vfs::ifstream reader(file(u"f"), std::ios_base::in);
-    for (std::size_t at = 7; at < content.size(); at = at * 5 / 3 + 11) {
-        for (const std::size_t place : {at, content.size() - at}) {
-            reader.seekg(static_cast<std::streamoff>(place));
-            ASSERT_EQ(reader.get(), std::char_traits<char>::to_int_type(content[place])) << place;
-            ASSERT_EQ(reader.tellg(), std::streampos(static_cast<std::streamoff>(place + 1)));
+    PKGCORE_NEEDS(Need::ReadingAt);
+    for (const auto& [path, content] : filesToRead()) {
+        vfs::ifstream reader(file(path), std::ios_base::in);
+        for (std::size_t at = 1; at < content.size(); at = at * 5 / 3 + 11) {
+            for (const std::size_t place : {at, content.size() - at}) {
+                reader.seekg(static_cast<std::streamoff>(place));
+                ASSERT_EQ(reader.get(), std::char_traits<char>::to_int_type(content[place])) << place;
+                ASSERT_EQ(reader.tellg(), std::streampos(static_cast<std::streamoff>(place + 1)));
+            }
         }
+        const std::size_t fromEnd = std::min<std::size_t>(content.size(), 3);
+        reader.seekg(-static_cast<std::streamoff>(fromEnd), std::ios_base::end);
+        EXPECT_EQ(readAll(reader), content.substr(content.size() - fromEnd));
+        reader.clear();
+        reader.seekg(0);
+        EXPECT_EQ(readAll(reader), content);
+        reader.clear();
+        reader.seekg(-1);
+        EXPECT_TRUE(reader.fail());
     }
-    reader.seekg(-3, std::ios_base::end);
-    EXPECT_EQ(readAll(reader), content.substr(content.size() - 3));
-    reader.clear();
-    reader.seekg(0);
-    EXPECT_EQ(readAll(reader), content);
-    reader.clear();
-    reader.seekg(-1);
-    EXPECT_TRUE(reader.fail());
 }
 
 TEST_P(ProviderConformance, ReadersStartAtTheEndIfToldSo) {
-    PKGCORE_SKIP_UNLESS(writes() && traits().readsAt);
-    ASSERT_TRUE(write(u"f", "text"));
-    vfs::ifstream reader(file(u"f"), std::ios_base::ate);
-    EXPECT_EQ(reader.tellg(), std::streampos(4));
-    reader.unget();
-    EXPECT_EQ(reader.get(), 't');
-    EXPECT_EQ(reader.get(), std::char_traits<char>::eof());
+    PKGCORE_NEEDS(Need::ReadingAt);
+    for (const auto& [path, content] : filesToRead()) {
+        vfs::ifstream reader(file(path), std::ios_base::ate);
+        EXPECT_EQ(reader.tellg(), std::streampos(static_cast<std::streamoff>(content.size())));
+        EXPECT_EQ(reader.get(), std::char_traits<char>::eof());
+        reader.clear();
+        reader.unget();
+        EXPECT_EQ(reader.fail(), content.empty());
+        if (!content.empty()) {
+            EXPECT_EQ(reader.get(), std::char_traits<char>::to_int_type(content.back()));
+        }
+    }
 }
 
 TEST_P(ProviderConformance, ReadersTakePiecesOfEverySize) {
-    PKGCORE_SKIP_UNLESS(writes());
-    const std::string content = someBytes(500'000);
-    ASSERT_TRUE(write(u"f", content));
-    vfs::ifstream reader(file(u"f"), std::ios_base::in);
-    std::string read;
-    std::string piece(70'002, '\0');
-    for (std::size_t step = 1; reader; step = step * 3 % 70'001 + 1) {
-        reader.read(piece.data(), static_cast<std::streamsize>(step));
-        read.append(piece, 0, static_cast<std::size_t>(reader.gcount()));
+    for (const auto& [path, content] : filesToRead()) {
+        vfs::ifstream reader(file(path), std::ios_base::in);
+        std::string read;
+        std::string piece(70'002, '\0');
+        for (std::size_t step = 1; reader; step = step * 3 % 70'001 + 1) {
+            reader.read(piece.data(), static_cast<std::streamsize>(step));
+            read.append(piece, 0, static_cast<std::size_t>(reader.gcount()));
+        }
+        EXPECT_TRUE(reader.eof());
+        EXPECT_EQ(read, content);
     }
-    EXPECT_TRUE(reader.eof());
-    EXPECT_EQ(read, content);
+}
+
+TEST_P(ProviderConformance, ReadersOfOneFileDoNotDisturbEachOther) {
+    for (const auto& [path, content] : filesToRead()) {
+        const auto one = store().openReader(at(path));
+        const auto other = store().openReader(at(path));
+        std::string bytes[2];
+        for (std::size_t i = 0, taken = 1; taken > 0; ++i) {
+            char piece[3000];
+            provider::Reader& reader = i % 2 == 0 ? *one : *other;
+            taken = reader.read(piece, i % 2 == 0 ? 3000 : 2999);
+            bytes[i % 2].append(piece, taken);
+        }
+        EXPECT_EQ(std::max(bytes[0].size(), bytes[1].size()), content.size());
+        EXPECT_EQ(bytes[0], content.substr(0, bytes[0].size()));
+        EXPECT_EQ(bytes[1], content.substr(0, bytes[1].size()));
+    }
 }
 
 }  // namespace foundation::storage::conformance

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+#include <pkgcore/testing/conformance/Needs.hpp>
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 
 namespace foundation::storage::conformance {
 
 TEST_P(ProviderConformance, ACopyHasTheContentOfItsSource) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     const std::string content = someBytes(300'000);
     ASSERT_TRUE(write(u"f", content));
     file(u"f").copyFile(file(u"g"), kFail);
@@ -18,7 +18,7 @@ TEST_P(ProviderConformance, ACopyHasTheContentOfItsSource) {
 }
 
 TEST_P(ProviderConformance, ACopyReplacesOnlyWhenTold) {
-    PKGCORE_SKIP_UNLESS(writes());
+    PKGCORE_NEEDS(Need::Writing);
     ASSERT_TRUE(write(u"f", "new"));
     ASSERT_TRUE(write(u"g", "old"));
     PKGCORE_EXPECT_FAILURE(AlreadyExists, file(u"f").copyFile(file(u"g"), kFail));
@@ -31,7 +31,7 @@ TEST_P(ProviderConformance, ACopyReplacesOnlyWhenTold) {
 }
 
 TEST_P(ProviderConformance, AReadOnlyFileIsReplaced) {
-    PKGCORE_SKIP_UNLESS(moves() && traits().setsWritable);
+    PKGCORE_NEEDS(Need::Writing, Need::MovingFiles, Need::Marking);
     ASSERT_TRUE(write(u"f", "new"));
     ASSERT_TRUE(write(u"g", "old"));
     file(u"g").setWritable(false);
@@ -44,7 +44,7 @@ TEST_P(ProviderConformance, AReadOnlyFileIsReplaced) {
 }
 
 TEST_P(ProviderConformance, ACopyIsReadOnlyAsItsSourceIs) {
-    PKGCORE_SKIP_UNLESS(moves() && traits().setsWritable);
+    PKGCORE_NEEDS(Need::Writing, Need::MovingFiles, Need::Marking);
     ASSERT_TRUE(write(u"f", "text"));
     file(u"f").setWritable(false);
     file(u"f").copyFile(file(u"g"), kFail);
@@ -54,7 +54,7 @@ TEST_P(ProviderConformance, ACopyIsReadOnlyAsItsSourceIs) {
 }
 
 TEST_P(ProviderConformance, OneKindNeverTakesThePlaceOfTheOther) {
-    PKGCORE_SKIP_UNLESS(movesTrees() && moves());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::MovingFiles, Need::MovingFolders);
     ASSERT_TRUE(write(u"f", "text"));
     folder(u"d").createFolder();
     for (const ReplacementPolicy policy : {kFail, kReplace}) {
@@ -68,7 +68,7 @@ TEST_P(ProviderConformance, OneKindNeverTakesThePlaceOfTheOther) {
 }
 
 TEST_P(ProviderConformance, TheSourceIsThereAndOfItsKind) {
-    PKGCORE_SKIP_UNLESS(movesTrees() && moves());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::MovingFiles, Need::MovingFolders);
     ASSERT_TRUE(write(u"f", "text"));
     folder(u"d").createFolder();
     PKGCORE_EXPECT_FAILURE(NotFound, file(u"missing").copyFile(file(u"g"), kReplace));
@@ -80,7 +80,7 @@ TEST_P(ProviderConformance, TheSourceIsThereAndOfItsKind) {
 }
 
 TEST_P(ProviderConformance, TheDestinationNeedsAFolder) {
-    PKGCORE_SKIP_UNLESS(movesTrees() && moves());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::MovingFiles, Need::MovingFolders);
     ASSERT_TRUE(write(u"f", "text"));
     folder(u"d").createFolder();
     PKGCORE_EXPECT_FAILURE(NotFound, file(u"f").copyFile(file(u"missing/g"), kFail));
@@ -93,7 +93,7 @@ TEST_P(ProviderConformance, TheDestinationNeedsAFolder) {
 }
 
 TEST_P(ProviderConformance, NothingGoesIntoItself) {
-    PKGCORE_SKIP_UNLESS(movesTrees() && moves());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::MovingFiles, Need::MovingFolders);
     folder(u"d/e").createFolderRecursive();
     ASSERT_TRUE(write(u"d/e/f", "text"));
     for (const ReplacementPolicy policy : {kFail, kReplace}) {
@@ -111,7 +111,7 @@ TEST_P(ProviderConformance, NothingGoesIntoItself) {
 }
 
 TEST_P(ProviderConformance, MovingOntoTheOwnNameChangesNothing) {
-    PKGCORE_SKIP_UNLESS(movesTrees() && moves());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::MovingFiles, Need::MovingFolders);
     folder(u"d").createFolder();
     ASSERT_TRUE(write(u"d/f", "text"));
     for (const ReplacementPolicy policy : {kFail, kReplace}) {
@@ -122,7 +122,7 @@ TEST_P(ProviderConformance, MovingOntoTheOwnNameChangesNothing) {
 }
 
 TEST_P(ProviderConformance, ATreeIsCopiedWhole) {
-    PKGCORE_SKIP_UNLESS(makesTrees());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders);
     folder(u"d/e/empty").createFolderRecursive();
     ASSERT_TRUE(write(u"d/f", "one"));
     ASSERT_TRUE(write(u"d/e/g", someBytes(100'000)));
@@ -137,7 +137,7 @@ TEST_P(ProviderConformance, ATreeIsCopiedWhole) {
 }
 
 TEST_P(ProviderConformance, AFolderIsReplacedWhole) {
-    PKGCORE_SKIP_UNLESS(movesTrees());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::MovingFolders);
     for (const bool isMove : {false, true}) {
         folder(u"d").createFolderRecursive();
         folder(u"old/sub").createFolderRecursive();
@@ -157,7 +157,7 @@ TEST_P(ProviderConformance, AFolderIsReplacedWhole) {
 }
 
 TEST_P(ProviderConformance, AFileIsMoved) {
-    PKGCORE_SKIP_UNLESS(moves());
+    PKGCORE_NEEDS(Need::Writing, Need::MovingFiles);
     const std::string content = someBytes(100'000);
     ASSERT_TRUE(write(u"f", content));
     file(u"f").moveFile(file(u"g"), kFail);
@@ -173,7 +173,7 @@ TEST_P(ProviderConformance, AFileIsMoved) {
 }
 
 TEST_P(ProviderConformance, AFolderIsMovedWithAllThatItHolds) {
-    PKGCORE_SKIP_UNLESS(movesTrees());
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::MovingFolders);
     folder(u"d/e").createFolderRecursive();
     folder(u"x").createFolder();
     ASSERT_TRUE(write(u"d/e/f", "text"));
@@ -183,7 +183,7 @@ TEST_P(ProviderConformance, AFolderIsMovedWithAllThatItHolds) {
 }
 
 TEST_P(ProviderConformance, WhatIsMovedKeepsItsTime) {
-    PKGCORE_SKIP_UNLESS(moves() && traits().setsLastModified);
+    PKGCORE_NEEDS(Need::Writing, Need::MovingFiles, Need::Times);
     using boost::posix_time::time_from_string;
     const boost::posix_time::ptime time = time_from_string("2001-02-03 04:05:06");
     ASSERT_TRUE(write(u"f", "text"));
@@ -193,7 +193,7 @@ TEST_P(ProviderConformance, WhatIsMovedKeepsItsTime) {
 }
 
 TEST_P(ProviderConformance, FilesGoFromStoreToStore) {
-    PKGCORE_SKIP_UNLESS(makesTrees() && traits().removes);
+    PKGCORE_NEEDS(Need::Writing, Need::Folders, Need::Removing);
     const Workplace other(GetParam().makeGround());
     folder(u"d/e").createFolderRecursive();
     ASSERT_TRUE(write(u"d/e/f", someBytes(300'000)));

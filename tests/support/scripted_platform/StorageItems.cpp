@@ -46,10 +46,10 @@ struct ShownEntry : boost::static_visitor<> {
 Exception::Exception(ErrorCode code, const AbsoluteIRI& location)
     : Exception(code, "words for code " + std::to_string(static_cast<unsigned>(code)), location) {}
 
-ExistenceType exists(const CanonicalAbsoluteIRI& location, StorageSystemReference storage) {
-    const File place(location, std::move(storage));
+ExistenceType exists(CanonicalAbsoluteIRI location, StorageSystemReference storage) {
+    const File place(std::move(location), std::move(storage));
     Platform::current().record("vfs::exists", showPlace(place));
-    return script().exists.next(location.toString(), [] { return ExistenceType::Nothing; });
+    return script().exists.next(place.getLocation().toString(), [] { return ExistenceType::Nothing; });
 }
 
 bool isWritable(const FileOrFolder& entry) {

@@ -1,9 +1,7 @@
 #include <pkgcore/portable/storage/iri/IRICharacters.hpp>
 
 #include <algorithm>
-#include <array>
 #include <iterator>
-#include <string_view>
 
 namespace foundation::storage::portable {
 
@@ -20,22 +18,15 @@ constexpr Range kLetters[] = {{0xA0, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFEF}
 /// LRM, RLM, LRE to RLO.
 constexpr Range kDirectionMarks[] = {{0x200E, 0x200F}, {0x202A, 0x202E}};
 
-constexpr std::string_view kHostAscii =
+/// Each set is a part of the one before it.
+constexpr std::string_view kPathAscii =
+    "/"
+    ":@"
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
     "-._~"          // unreserved
     "!$&'()*+,;=";  // sub-delims
-
-using AsciiSet = std::array<bool, 0x80>;
-
-constexpr AsciiSet setOf(std::string_view characters) {
-    AsciiSet set{};
-    for (const char character : characters) {
-        set[static_cast<std::size_t>(character)] = true;
-    }
-    return set;
-}
-
-constexpr AsciiSet kHostSet = setOf(kHostAscii);
+constexpr std::string_view kSegmentAscii = kPathAscii.substr(1);
+constexpr std::string_view kHostAscii = kSegmentAscii.substr(2);
 
 template <std::size_t Count>
 bool isIn(const Range (&ranges)[Count], char32_t point) noexcept {
@@ -49,11 +40,21 @@ bool isUpperLetter(char32_t point) noexcept {
            (point < 0xE0000 || point >= 0xE1000);
 }
 
-bool isBeyondAscii(char32_t point) noexcept {
+}  // namespace
+
+constexpr LiteralSet kHostCharacters(kHostAscii);
+constexpr LiteralSet kSegmentCharacters(kSegmentAscii);
+constexpr LiteralSet kPathCharacters(kPathAscii);
+
+bool LiteralSet::isLiteralBeyondAscii(char32_t point) noexcept {
     return (isIn(kLetters, point) && !isIn(kDirectionMarks, point)) || isUpperLetter(point);
 }
 
-}  // namespace
+std::size_t LiteralSet::asciiRun(std::u16string_view text) const noexcept {
+    const auto* const end =
+        std::find_if_not(text.begin(), text.end(), [this](char16_t unit) { return containsAscii(unit); });
+    return static_cast<std::size_t>(end - text.begin());
+}
 
 bool isAsciiLetter(char32_t point) noexcept {
     return (point >= U'a' && point <= U'z') || (point >= U'A' && point <= U'Z');
@@ -63,14 +64,6 @@ bool isAsciiDigit(char32_t point) noexcept { return point >= U'0' && point <= U'
 
 bool isSchemeCharacter(char32_t point) noexcept {
     return isAsciiLetter(point) || isAsciiDigit(point) || point == U'+' || point == U'-' || point == U'.';
-}
-
-bool isHostCharacter(char32_t point) noexcept {
-    return point < kHostSet.size() ? kHostSet[point] : isBeyondAscii(point);
-}
-
-bool isSegmentCharacter(char32_t point) noexcept {
-    return isHostCharacter(point) || point == U':' || point == U'@';
 }
 
 bool isAddressCharacter(char32_t point) noexcept {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <string_view>
+
 /// The classes of characters of RFC 3986 and 3987, as far as storage uses them. Code points, so that the
 /// upper planes have their own.
 namespace foundation::storage::portable {
@@ -10,12 +14,37 @@ bool isAsciiDigit(char32_t point) noexcept;
 /// What a scheme goes on with; it begins with a letter.
 bool isSchemeCharacter(char32_t point) noexcept;
 
-/// What stands for itself in the name of a host: iunreserved and sub-delims. Formatting characters that turn
-/// the direction of the text, which RFC 3987 (4.1) keeps out, are not among them.
-bool isHostCharacter(char32_t point) noexcept;
+/// Characters that may stand for themselves: some of ASCII, and beyond it iunreserved without the formatting
+/// characters that turn the direction of the text, which RFC 3987 (4.1) keeps out.
+class LiteralSet {
+public:
+    constexpr explicit LiteralSet(std::string_view ascii) noexcept {
+        for (const char character : ascii) {
+            ascii_[static_cast<std::size_t>(character)] = true;
+        }
+    }
 
-/// What stands for itself in a segment of a path: that, and ":" and "@".
-bool isSegmentCharacter(char32_t point) noexcept;
+    bool contains(char32_t point) const noexcept {
+        return point < ascii_.size() ? ascii_[point] : isLiteralBeyondAscii(point);
+    }
+
+    bool containsAscii(char16_t unit) const noexcept { return unit < ascii_.size() && ascii_[unit]; }
+
+    /// How many units at the beginning are ASCII of this set; nearly all texts are nothing else.
+    std::size_t asciiRun(std::u16string_view text) const noexcept;
+
+private:
+    static bool isLiteralBeyondAscii(char32_t point) noexcept;
+
+    std::array<bool, 0x80> ascii_{};
+};
+
+/// In the name of a host: iunreserved and sub-delims.
+extern const LiteralSet kHostCharacters;
+/// In a segment of a path: these, and ":" and "@".
+extern const LiteralSet kSegmentCharacters;
+/// In a path: these, and the slash between segments.
+extern const LiteralSet kPathCharacters;
 
 /// What stands between the brackets of an address of a host.
 bool isAddressCharacter(char32_t point) noexcept;

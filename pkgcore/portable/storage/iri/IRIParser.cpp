@@ -24,7 +24,7 @@ constexpr std::size_t kTripletLength = 3;
 
 /// Which characters stand for themselves, and what else the triplets of a part may hold.
 struct PartRules {
-    CharacterClass isLiteral;
+    const LiteralSet& literals;
     bool mayHoldBytes;
     const char* where;
 };
@@ -45,6 +45,11 @@ private:
     bool isAtEnd() const noexcept { return at_ == text_.size(); }
     bool isAt(char16_t unit) const noexcept { return !isAtEnd() && text_[at_] == unit; }
     void take() { out_ += text_[at_++]; }
+    void takeRun(const LiteralSet& literals) {
+        const std::size_t length = literals.asciiRun(std::u16string_view(text_).substr(at_));
+        out_.append(text_, at_, length);
+        at_ += length;
+    }
 
     void expect(char16_t unit, const char* where) {
         if (!isAt(unit)) {
@@ -74,7 +79,8 @@ private:
         if (isAt(u'[')) {
             parseAddress();
         } else {
-            const PartRules rules{isHostCharacter, false, kInHost};
+            const PartRules rules{kHostCharacters, false, kInHost};
+            takeRun(rules.literals);
             while (!isAtEnd() && !isAt(u'/') && !isAt(u':')) {
                 parseOne(rules);
             }
@@ -90,9 +96,12 @@ private:
 
     void parseAddress() {
         take();
-        while (!isAtEnd() && isAddressCharacter(text_[at_])) {
+        do {
+            if (isAtEnd() || !isAddressCharacter(text_[at_])) {
+                refuseCharacter(text_, at_, kInHost);
+            }
             take();
-        }
+        } while (!isAt(u']'));
         expect(u']', kInHost);
     }
 
@@ -106,13 +115,14 @@ private:
     }
 
     void parsePath() {
-        const PartRules rules{isSegmentCharacter, hasByteNames(scheme_), kInPath};
+        takeRun(kPathCharacters);
+        if (isAtEnd()) {
+            return;
+        }
+        const PartRules rules{kSegmentCharacters, hasByteNames(scheme_), kInPath};
         while (!isAtEnd()) {
-            if (isAt(u'/')) {
-                take();
-            } else {
-                parseOne(rules);
-            }
+            parseOne(rules);
+            takeRun(kPathCharacters);
         }
     }
 
@@ -125,7 +135,7 @@ private:
         }
         const std::size_t start = at_;
         const char32_t point = fl::i18n::portable::nextCodePoint(text_.data(), at_, text_.size());
-        if (!rules.isLiteral(point)) {
+        if (!rules.literals.contains(point)) {
             refuseCharacter(text_, start, rules.where);
         }
         out_.append(text_, start, at_ - start);
@@ -188,7 +198,7 @@ private:
         if (point == 0 || point == U'/') {
             refuseEncoded(text_, offset, point);
         }
-        appendEncoded(point, rules.isLiteral, out_);
+        appendEncoded(point, rules.literals, out_);
     }
 
     const std::u16string& text_;

@@ -1,8 +1,10 @@
 #include <pkgcore/portable/storage/iri/IRIText.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/storage/iri/IRICharacters.hpp>
 #include <pkgcore/portable/storage/iri/IRIErrors.hpp>
 #include <pkgcore/portable/storage/iri/PercentEncoding.hpp>
+#include <pkgcore/portable/storage/iri/PlainPath.hpp>
 #include <pkgcore/portable/storage/iri/SchemeRegistry.hpp>
 
 #include <algorithm>
@@ -19,6 +21,18 @@ std::u16string loweredScheme(std::u16string_view scheme) {
     std::u16string result(scheme.size(), u'\0');
     std::transform(scheme.begin(), scheme.end(), result.begin(), lowered);
     return result;
+}
+
+constexpr bool isLowerOrDigit(char16_t unit) noexcept {
+    return (unit >= u'a' && unit <= u'z') || (unit >= u'0' && unit <= u'9');
+}
+
+/// The small ASCII letters and digits from `from` on end here.
+std::size_t endOfLowerOrDigits(std::u16string_view text, std::size_t from) noexcept {
+    while (from < text.size() && isLowerOrDigit(text[from])) {
+        ++from;
+    }
+    return from;
 }
 
 /// The digits of triplets stay capital.
@@ -40,7 +54,7 @@ std::u16string canonicalAuthority(std::u16string_view authority, std::u16string_
     if (!result.empty() && result.back() == u':') {
         result.pop_back();  // a port that is not given
     }
-    if (scheme == u"file" && result == u"localhost") {
+    if (isFileScheme(scheme) && result == u"localhost") {
         result.clear();  // the same place, by RFC 8089
     }
     return result;
@@ -75,18 +89,29 @@ void requireEncodable(std::u16string_view plain, bool mayHoldBytes) {
 }  // namespace
 
 IRIParts partsOf(std::u16string_view checked) noexcept {
-    const std::size_t mark = checked.find(kMark);
-    if (mark == std::u16string_view::npos) {
+    const std::size_t mark = std::min(checked.find(u':'), checked.size());
+    const std::size_t authority = mark + kMark.size();
+    if (checked.substr(mark, kMark.size()) != kMark) {
         return {};
     }
-    const std::size_t authority = mark + kMark.size();
     const std::size_t path = std::min(checked.find(u'/', authority), checked.size());
     return {checked.substr(0, mark), checked.substr(authority, path - authority), checked.substr(path)};
 }
 
-std::u16string canonicalIRI(std::u16string_view checked) {
-    if (checked.empty()) {
-        return {};
+bool isPlainIRI(std::u16string_view text) noexcept {
+    const std::size_t mark = endOfLowerOrDigits(text, 0);
+    if (text.substr(mark, kMark.size()) != kMark) {
+        return false;
+    }
+    const std::size_t host = mark + kMark.size();
+    const std::size_t path = endOfLowerOrDigits(text, host);
+    return isPlainPath(text.substr(path)) && text.substr(host, path - host) != u"localhost" &&
+           isRegisteredScheme(text.substr(0, mark));
+}
+
+std::u16string canonicalIRI(std::u16string checked) {
+    if (checked.empty() || isPlainIRI(checked)) {
+        return checked;
     }
     const IRIParts parts = partsOf(checked);
     std::u16string result = loweredScheme(parts.scheme);
@@ -105,6 +130,20 @@ std::u16string canonicalIRI(std::u16string_view checked) {
     return result;
 }
 
+bool isFileScheme(std::u16string_view scheme) noexcept {
+    constexpr std::u16string_view kFile = u"file";
+    return std::equal(scheme.begin(), scheme.end(), kFile.begin(), kFile.end(),
+                      [](char16_t given, char16_t wanted) { return lowered(given) == wanted; });
+}
+
+std::u16string pathOnThisHost(const std::u16string& checked) {
+    const IRIParts parts = partsOf(checked);
+    if (!canonicalAuthority(parts.authority, parts.scheme).empty()) {
+        throw vfs::InvalidIRIException("This host has no native paths with an authority", checked);
+    }
+    return parts.path.empty() ? u"/" : decoded(parts.path);
+}
+
 std::u16string joinedIRI(const IRIParts& parts) {
     std::u16string result;
     result.reserve(parts.scheme.size() + kMark.size() + parts.authority.size() + parts.path.size());
@@ -115,9 +154,13 @@ std::u16string joinedIRI(const IRIParts& parts) {
     return result;
 }
 
-void appendPath(std::u16string_view plain, std::u16string_view scheme, std::u16string& iri) {
-    requireEncodable(plain, hasByteNames(scheme));
-    appendEncoded(plain, isSegmentCharacter, iri);
+void appendPath(std::u16string_view plain, std::u16string& iri) {
+    if (kPathCharacters.asciiRun(plain) == plain.size()) {
+        iri += plain;
+        return;
+    }
+    requireEncodable(plain, hasByteNames(partsOf(iri).scheme));
+    appendEncoded(plain, kSegmentCharacters, iri);
 }
 
 void appendAuthority(std::u16string_view plain, std::u16string& iri) {
@@ -129,7 +172,7 @@ void appendAuthority(std::u16string_view plain, std::u16string& iri) {
     }
     const std::size_t colon = plain.rfind(u':');
     const bool hasPort = colon != std::u16string_view::npos && isPort(plain.substr(colon + 1));
-    appendEncoded(plain.substr(0, hasPort ? colon : plain.size()), isHostCharacter, iri);
+    appendEncoded(plain.substr(0, hasPort ? colon : plain.size()), kHostCharacters, iri);
     if (hasPort) {
         iri += plain.substr(colon);
     }

@@ -20,16 +20,26 @@ IRIParts partsOf(std::u16string_view checked) noexcept;
 /// UnsupportedIRISchemeException.
 std::u16string checkedIRI(const std::u16string& text);
 
+/// Whether a text is an IRI in canonical form at first sight, as most are. False where only parsing tells.
+bool isPlainIRI(std::u16string_view text) noexcept;
+
 /// The canonical form of a checked IRI; empty for an empty text.
-std::u16string canonicalIRI(std::u16string_view checked);
+std::u16string canonicalIRI(std::u16string checked);
+
+/// Of items of the machine's own file system, in any letter case.
+bool isFileScheme(std::u16string_view scheme) noexcept;
+
+/// The plain path of a checked IRI with that scheme, from its root on. InvalidIRIException for one on another
+/// host.
+std::u16string pathOnThisHost(const std::u16string& checked);
 
 /// Puts an IRI together from a scheme, an encoded authority and an encoded path, which begins with a slash
 /// unless it is empty.
 std::u16string joinedIRI(const IRIParts& parts);
 
-/// Appends plain text with slashes between names, for an IRI of this scheme. Throws InvalidIRIException, with
-/// the plain text, for one that no IRI can hold.
-void appendPath(std::u16string_view plain, std::u16string_view scheme, std::u16string& iri);
+/// Appends plain text with slashes between names to an IRI, of which at least the scheme and its mark are
+/// there. Throws InvalidIRIException, with the plain text, for one that no IRI can hold.
+void appendPath(std::u16string_view plain, std::u16string& iri);
 
 /// The same for the name of a host, with its port.
 void appendAuthority(std::u16string_view plain, std::u16string& iri);

@@ -6,6 +6,8 @@
 
 #include <unicode/utf16.h>
 
+#include <cstring>
+
 namespace foundation::storage::portable {
 
 namespace {
@@ -51,10 +53,28 @@ std::string bytesAt(std::u16string_view encoded, std::size_t& at) {
     return bytes;
 }
 
+/// The first triplet from `from` on, or the end. Goes over bytes, since that is what the C library has
+/// vectors for.
+std::size_t findTriplet(std::u16string_view encoded, std::size_t from) noexcept {
+    const auto* const bytes = reinterpret_cast<const char*>(encoded.data());
+    const std::size_t size = encoded.size() * sizeof(char16_t);
+    for (std::size_t at = from * sizeof(char16_t); at < size; ++at) {
+        const void* const found = std::memchr(bytes + at, u'%', size - at);
+        if (found == nullptr) {
+            break;
+        }
+        at = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
+        if (encoded[at / sizeof(char16_t)] == u'%') {
+            return at / sizeof(char16_t);
+        }
+    }
+    return encoded.size();
+}
+
 }  // namespace
 
-void appendEncoded(char32_t point, CharacterClass isLiteral, std::u16string& out) {
-    if (isLiteral(point)) {
+void appendEncoded(char32_t point, const LiteralSet& literals, std::u16string& out) {
+    if (literals.contains(point)) {
         appendPoint(point, out);
     } else {
         appendTriplets(point, out);
@@ -72,26 +92,25 @@ std::size_t findUnencodable(std::u16string_view plain, bool mayHoldBytes) noexce
     return std::u16string_view::npos;
 }
 
-void appendEncoded(std::u16string_view plain, CharacterClass isLiteral, std::u16string& out) {
+void appendEncoded(std::u16string_view plain, const LiteralSet& literals, std::u16string& out) {
     for (std::size_t at = 0; at < plain.size();) {
         const char32_t point = nextCodePoint(plain.data(), at, plain.size());
         if (point == U'/') {
             out += u'/';
         } else {
-            appendEncoded(point, isLiteral, out);
+            appendEncoded(point, literals, out);
         }
     }
 }
 
 std::u16string decoded(std::u16string_view encoded) {
-    std::u16string plain;
-    plain.reserve(encoded.size());
-    for (std::size_t at = 0; at < encoded.size();) {
-        if (encoded[at] == u'%') {
-            fl::filesystem::posix::appendDecoded(bytesAt(encoded, at), plain);
-        } else {
-            plain += encoded[at++];
-        }
+    std::size_t at = findTriplet(encoded, 0);
+    std::u16string plain(encoded.substr(0, at));
+    while (at < encoded.size()) {
+        fl::filesystem::posix::appendDecoded(bytesAt(encoded, at), plain);
+        const std::size_t next = findTriplet(encoded, at);
+        plain += encoded.substr(at, next - at);
+        at = next;
     }
     return plain;
 }

@@ -17,7 +17,7 @@ const vfs::ListEntry* ListingSource::next() {
     }
     TreeWalk::Step step = walk_.next();
     for (; step != TreeWalk::Step::End; step = walk_.next()) {
-        if (step == TreeWalk::Step::Left) {
+        if (step == TreeWalk::Step::Left || walk_.item().isDevice) {
             continue;
         }
         const provider::ListItem& item = walk_.item();
@@ -35,7 +35,7 @@ const vfs::ListEntry* ListingSource::next() {
 }
 
 void ListingSource::show() {
-    vfs::CanonicalAbsoluteIRI iri = walk_.spot().iri();
+    vfs::CanonicalAbsoluteIRI iri = walk_.iri();
     if (walk_.item().kind == Kind::File) {
         entry_.emplace(vfs::File(std::move(iri), storage_));
     } else {

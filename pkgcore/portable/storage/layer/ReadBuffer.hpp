@@ -28,6 +28,7 @@ protected:
 private:
     std::size_t readSome(char* out, std::size_t count);
     bool refill();
+    bool readsDirectly(std::streamsize count) const noexcept;
     std::streamsize takeBuffered(char* out, std::streamsize count) noexcept;
     off_type position() const noexcept { return end_ - (egptr() - gptr()); }
     off_type target(off_type offset, std::ios_base::seekdir direction) const;
@@ -36,7 +37,8 @@ private:
     std::unique_ptr<provider::Reader> reader_;
     bool canSeek_;
     std::unique_ptr<char[]> buffer_;
-    off_type end_ = 0;  ///< of what was read, in the file
+    off_type end_ = 0;      ///< of what was read, in the file
+    bool readsOn_ = false;  ///< whether something was read where it stands
 };
 
 }  // namespace foundation::storage::portable

@@ -22,14 +22,14 @@ struct Store {
 /// throw has the IRI as its location, and a code that the storage system knows.
 class Spot {
 public:
-    Spot(Store store, provider::Path path, vfs::CanonicalAbsoluteIRI iri)
+    Spot(std::shared_ptr<const Store> store, provider::Path path, vfs::CanonicalAbsoluteIRI iri)
         : store_(std::move(store)), path_(std::move(path)), iri_(std::move(iri)) {}
 
     const provider::Path& path() const noexcept { return path_; }
-    const provider::Traits& traits() const noexcept { return store_.traits; }
+    const provider::Traits& traits() const noexcept { return store_->traits; }
     const vfs::CanonicalAbsoluteIRI& iri() const noexcept { return iri_; }
 
-    bool isInStoreOf(const Spot& other) const noexcept { return store_.provider == other.store_.provider; }
+    bool isInStoreOf(const Spot& other) const noexcept { return store_->provider == other.store_->provider; }
     bool isSameAs(const Spot& other) const noexcept { return isInStoreOf(other) && path_ == other.path_; }
     bool isAtOrBelow(const Spot& other) const noexcept {
         return isInStoreOf(other) && path_.isAtOrBelow(other.path_);
@@ -38,6 +38,7 @@ public:
     /// Not of a root.
     Spot parent() const;
     Spot child(const std::u16string& name) const;
+    vfs::CanonicalAbsoluteIRI childIRI(const std::u16string& name) const;
 
     std::optional<provider::Item> find() const;
 
@@ -72,7 +73,7 @@ private:
     /// From within a handler.
     [[noreturn]] void rethrowLocated() const;
 
-    Store store_;
+    std::shared_ptr<const Store> store_;
     provider::Path path_;
     vfs::CanonicalAbsoluteIRI iri_;
 };

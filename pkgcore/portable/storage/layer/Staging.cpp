@@ -9,15 +9,11 @@ namespace foundation::storage::portable {
 using provider::Kind;
 using provider::ReplacementPolicy;
 
-namespace {
-
-// Nothing of the item's own name: that may be as long as a name can be.
 Spot temporarySibling(const Spot& spot) {
-    std::u16string name = u".";
-    fl::filesystem::posix::appendRandomName(name);
-    name += u".tmp";
-    return spot.parent().child(name);
+    return spot.parent().child(fl::filesystem::posix::temporaryName());
 }
+
+namespace {
 
 /// Goes away with what is in it unless it was moved.
 class Stage {
@@ -43,12 +39,13 @@ private:
     bool moved_ = false;
 };
 
-/// A failure at the temporary place, or below it, is one at the place that was asked for.
+/// From within a handler. A failure at the temporary place, or below it, is one at the place that was asked
+/// for.
 [[noreturn]] void rethrowAt(const Spot& to, const Spot& stage, const vfs::Exception& failure) {
     const std::u16string& location = failure.getLocation().toString();
     const std::u16string& temporary = stage.iri().toString();
     if (location.compare(0, temporary.size(), temporary) != 0) {
-        throw failure;
+        throw;
     }
     std::u16string meant = to.iri().toString() + location.substr(temporary.size());
     throw vfs::Exception(failure.getErrorCode(), failure.what(),

@@ -11,6 +11,9 @@ inline bool movesNatively(const provider::Traits& traits, provider::Kind kind) n
     return kind == provider::Kind::File ? traits.movesFiles : traits.movesFolders;
 }
 
+/// A place beside another one, at which nobody is likely to have anything.
+Spot temporarySibling(const Spot& spot);
+
 /// Makes something at a place by a call that is told where, and what to do about something there.
 using Making = std::function<void(const Spot& target, provider::ReplacementPolicy policy)>;
 

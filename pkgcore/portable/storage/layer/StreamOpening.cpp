@@ -1,7 +1,8 @@
 #include <pkgcore/portable/storage/layer/StreamOpening.hpp>
 
 #include <pkgcore/portable/storage/layer/Content.hpp>
-#include <pkgcore/portable/storage/layer/OverwritingWriter.hpp>
+#include <pkgcore/portable/storage/layer/UpdateBuffer.hpp>
+#include <pkgcore/portable/storage/layer/WriteBuffer.hpp>
 
 #include <algorithm>
 #include <iterator>
@@ -24,8 +25,8 @@ constexpr OpenMode kOut = std::ios_base::out;
 constexpr OpenMode kTrunc = std::ios_base::trunc;
 constexpr OpenMode kApp = std::ios_base::app;
 
-/// What writing begins with.
-enum class Start : unsigned char { Empty, AtEnd, AtBeginning };
+/// What writing begins with, and whether it goes to any place or in order.
+enum class Start : unsigned char { Empty, AtEnd, EmptyUpdate, Update };
 
 struct ModeStart {
     OpenMode mode;
@@ -34,8 +35,12 @@ struct ModeStart {
 
 // Combinations that are not here, such as trunc with app, are refused.
 constexpr ModeStart kModeTable[] = {
-    {kOut, Start::Empty},        {kOut | kTrunc, Start::Empty},     {kIn | kOut | kTrunc, Start::Empty},
-    {kOut | kApp, Start::AtEnd}, {kIn | kOut | kApp, Start::AtEnd}, {kIn | kOut, Start::AtBeginning},
+    {kOut, Start::Empty},
+    {kOut | kTrunc, Start::Empty},
+    {kOut | kApp, Start::AtEnd},
+    {kIn | kOut | kApp, Start::AtEnd},
+    {kIn | kOut | kTrunc, Start::EmptyUpdate},
+    {kIn | kOut, Start::Update},
 };
 
 Start startOf(const Spot& file, OpenMode mode) {
@@ -49,8 +54,8 @@ Start startOf(const Spot& file, OpenMode mode) {
     return row->start;
 }
 
-/// Whether there is a file, which may be written then.
-bool checkTarget(const Spot& file) {
+/// The file, if there is one, which may be written then.
+std::optional<Item> checkTarget(const Spot& file) {
     const std::optional<Item> found = file.find();
     if (found && found->kind == Kind::Folder) {
         file.fail(ErrorCode::AlreadyExists);
@@ -58,7 +63,7 @@ bool checkTarget(const Spot& file) {
     if (found && !found->isWritable) {
         file.fail(ErrorCode::AccessDenied);
     }
-    return found.has_value();
+    return found;
 }
 
 /// The size of a file, by reading it where its store does not know.
@@ -74,25 +79,32 @@ Position sizeOf(const Spot& file, provider::Reader& reader) {
     return size;
 }
 
-std::unique_ptr<WriteBuffer> openAtEnd(const Spot& file, bool exists) {
-    const std::unique_ptr<provider::Reader> old = exists ? file.openReader() : nullptr;
+/// A device has no old content, and looking for one might wait for ever.
+std::unique_ptr<std::streambuf> openAtEnd(const Spot& file, const std::optional<Item>& found) {
+    const bool hasContent = found && !found->isDevice;
+    const std::unique_ptr<provider::Reader> old = hasContent ? file.openReader() : nullptr;
     const bool appends = file.traits().appends;
     std::unique_ptr<Writer> writer = file.openWriter(appends ? WriteMode::Append : WriteMode::Create);
     const Position size = old ? sizeOf(file, *old) : 0;
     if (old && !appends) {
         pour(file, *file.openReader(), file, *writer);
     }
-    return std::make_unique<WriteBuffer>(std::move(writer), size, !exists);
+    return std::make_unique<WriteBuffer>(std::move(writer), size, !found);
 }
 
-std::unique_ptr<WriteBuffer> openAtBeginning(const Spot& file, bool exists, OpenMode mode) {
-    if (!exists) {
+std::unique_ptr<std::streambuf> openForUpdate(const Spot& file, const std::optional<Item>& found,
+                                              UpdateBuffer::Base base, OpenMode mode) {
+    if (!found && base == UpdateBuffer::Base::OldContent) {
         file.fail(ErrorCode::NotFound);
     }
-    if ((mode & std::ios_base::ate) != 0) {
-        return openAtEnd(file, true);
+    if (found && found->isDevice) {
+        file.fail(ErrorCode::NotSupported);
     }
-    return std::make_unique<WriteBuffer>(std::make_unique<OverwritingWriter>(file), 0, false);
+    auto buffer = std::make_unique<UpdateBuffer>(file, base);
+    if ((mode & std::ios_base::ate) != 0) {
+        buffer->pubseekoff(0, std::ios_base::end);
+    }
+    return buffer;
 }
 
 }  // namespace
@@ -101,14 +113,16 @@ std::unique_ptr<ReadBuffer> openForReading(const Spot& file) {
     return std::make_unique<ReadBuffer>(file.openReader(), file.traits().readsAt);
 }
 
-std::unique_ptr<WriteBuffer> openForWriting(const Spot& file, OpenMode mode) {
+std::unique_ptr<std::streambuf> openForWriting(const Spot& file, OpenMode mode) {
     const Start start = startOf(file, mode);
-    const bool exists = checkTarget(file);
+    const std::optional<Item> found = checkTarget(file);
     switch (start) {
         case Start::AtEnd:
-            return openAtEnd(file, exists);
-        case Start::AtBeginning:
-            return openAtBeginning(file, exists, mode);
+            return openAtEnd(file, found);
+        case Start::Update:
+            return openForUpdate(file, found, UpdateBuffer::Base::OldContent, mode);
+        case Start::EmptyUpdate:
+            return openForUpdate(file, found, UpdateBuffer::Base::Empty, mode);
         case Start::Empty:
             break;
     }

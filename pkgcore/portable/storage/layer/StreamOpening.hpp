@@ -2,7 +2,6 @@
 
 #include <pkgcore/portable/storage/layer/ReadBuffer.hpp>
 #include <pkgcore/portable/storage/layer/Spot.hpp>
-#include <pkgcore/portable/storage/layer/WriteBuffer.hpp>
 
 #include <ios>
 #include <memory>
@@ -11,8 +10,8 @@ namespace foundation::storage::portable {
 
 /// Opens a file for a stream, with the meaning that the C++ standard gives the mode flags (table of
 /// basic_filebuf::open). Throws where the file cannot be opened; NotSupported for flags that make no sense
-/// together.
+/// together. What is opened for writing is a Publisher, too.
 std::unique_ptr<ReadBuffer> openForReading(const Spot& file);
-std::unique_ptr<WriteBuffer> openForWriting(const Spot& file, std::ios_base::openmode mode);
+std::unique_ptr<std::streambuf> openForWriting(const Spot& file, std::ios_base::openmode mode);
 
 }  // namespace foundation::storage::portable

@@ -1,5 +1,7 @@
 #include <pkgcore/portable/storage/layer/Transfer.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/storage/layer/Overlap.hpp>
 #include <pkgcore/portable/storage/layer/Removal.hpp>
 #include <pkgcore/portable/storage/layer/Staging.hpp>
 #include <pkgcore/portable/storage/layer/TreeCopy.hpp>
@@ -12,13 +14,6 @@ using provider::ReplacementPolicy;
 using vfs::ErrorCode;
 
 namespace {
-
-/// Something at or below itself, and something onto what holds it, which would be gone by then.
-void refuseOverlap(const Spot& from, const Spot& to) {
-    if (to.isAtOrBelow(from) || from.isAtOrBelow(to)) {
-        to.fail(ErrorCode::NotSupported);
-    }
-}
 
 void checkDestination(const Spot& to, Kind kind, ReplacementPolicy policy) {
     const std::optional<Item> found = to.find();
@@ -56,6 +51,34 @@ void copyByHand(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy p
     });
 }
 
+/// What is removed must be what was copied.
+void requireUnchanged(const Spot& from, const Item& copied) {
+    const Item now = from.require(copied.kind);
+    const bool isWritten = copied.kind == Kind::File && now.lastModified != copied.lastModified;
+    if (isWritten || now.identity != copied.identity) {
+        throw vfs::Exception(ErrorCode::TemporarilyBusy, "The source was changed while it was moved",
+                             from.iri());
+    }
+}
+
+/// Takes its name from a folder in one step; a failure is one at the folder.
+Spot moveAside(const Spot& folder) {
+    Spot aside = temporarySibling(folder);
+    try {
+        folder.moveTo(aside, ReplacementPolicy::FailIfExists);
+    } catch (const vfs::Exception& failure) {
+        throw vfs::Exception(failure.getErrorCode(), failure.what(), folder.iri());
+    }
+    return aside;
+}
+
+/// Removes what was moved by copying. A folder loses its name first, where the store can do that: a rest
+/// under the name, moved again with replacement, would take the place of the whole.
+void removeSource(const Spot& from, Kind kind) {
+    const bool hasSteps = kind == Kind::Folder && movesNatively(from.traits(), kind);
+    removeEntry(hasSteps ? moveAside(from) : from);
+}
+
 }  // namespace
 
 void copyEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy policy) {
@@ -70,9 +93,12 @@ void copyEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy po
 }
 
 void moveEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy policy) {
-    from.require(kind);
-    if (from.isSameAs(to)) {
+    const Item source = from.require(kind);
+    if (isOneItem(from, to)) {
         return;
+    }
+    if (from.path().isRoot()) {
+        from.fail(ErrorCode::NotSupported);
     }
     refuseOverlap(from, to);
     checkDestination(to, kind, policy);
@@ -84,7 +110,8 @@ void moveEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy po
         from.fail(ErrorCode::NotSupported);
     }
     copyByHand(from, to, kind, policy, Carry::Everything);
-    removeEntry(from);
+    requireUnchanged(from, source);
+    removeSource(from, kind);
 }
 
 }  // namespace foundation::storage::portable

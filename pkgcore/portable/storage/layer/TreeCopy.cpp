@@ -2,7 +2,11 @@
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/storage/layer/Content.hpp>
+#include <pkgcore/portable/storage/layer/Removal.hpp>
 #include <pkgcore/portable/storage/layer/TreeWalk.hpp>
+
+#include <exception>
+#include <optional>
 
 namespace foundation::storage::portable {
 
@@ -25,9 +29,45 @@ void carryMarks(const Item& source, const Spot& to, Carry carry) {
     }
 }
 
+/// As far as it goes: the failure that brought us here is on its way.
+void restoreMark(const Spot& spot, const Item& old) noexcept {
+    try {
+        spot.setWritable(old.isWritable);
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
 void verify(const Spot& from, const Spot& to) {
     if (!haveSameContent(from, to)) {
         throw vfs::Exception(ErrorCode::IOError, "The copy differs from its source", to.iri());
+    }
+}
+
+/// Puts another content in a file. The mark of the source comes first, since a new content keeps it: then
+/// nothing is left to fail when the old content is gone.
+void replaceContent(const Spot& from, const Spot& to, const Item& source, const Item& old) {
+    const bool changesMark = to.traits().setsWritable && old.isWritable != source.isWritable;
+    try {
+        if (changesMark) {
+            to.setWritable(source.isWritable);
+        }
+        copyContent(from, to, WriteMode::Create);
+    } catch (const std::exception&) {
+        if (changesMark) {
+            restoreMark(to, old);
+        }
+        throw;
+    }
+}
+
+/// As carryMarks, but a file that was new before goes again where it cannot be marked.
+void carryMarksOrRemove(const Item& source, const Spot& to, Carry carry) {
+    try {
+        carryMarks(source, to, carry);
+    } catch (const std::exception&) {
+        removeRemains(to);
+        throw;
     }
 }
 
@@ -44,6 +84,7 @@ public:
 
     void run() {
         target_.createFolder();
+        destination_ = target_.require(Kind::Folder).identity;
         TreeWalk walk(from_);
         for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
             if (step == TreeWalk::Step::Left) {
@@ -62,6 +103,7 @@ public:
 
 private:
     void enter(TreeWalk& walk) {
+        refuseDestination(walk.spot());
         target_ = target_.child(walk.item().name);
         target_.createFolder();
         walk.enter();
@@ -72,21 +114,37 @@ private:
         target_ = target_.parent();
     }
 
+    // Two stores may show one place, by ways that do not tell; a copy that finds itself would never end.
+    void refuseDestination(const Spot& folder) const {
+        if (destination_ && folder.require(Kind::Folder).identity == destination_) {
+            folder.fail(ErrorCode::NotSupported);
+        }
+    }
+
     const Spot& from_;
     Spot target_;
     Carry carry_;
+    std::optional<provider::Identity> destination_;
 };
 
 }  // namespace
 
 void copyOneFile(const Spot& from, const Spot& to, ReplacementPolicy policy, Carry carry) {
     const Item source = from.require(Kind::File);
-    const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
-    copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
-    if (carry == Carry::Everything) {
-        verify(from, to);
+    if (source.isDevice) {
+        from.fail(ErrorCode::NotSupported);  // reading it might wait for ever
     }
-    carryMarks(source, to, carry);
+    const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
+    const std::optional<Item> old = replaces ? to.find() : std::nullopt;
+    if (old) {
+        replaceContent(from, to, source, *old);
+    } else {
+        copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
+    }
+    old ? carryMarks(source, to, carry) : carryMarksOrRemove(source, to, carry);
+    if (carry == Carry::Everything) {
+        verify(from, to);  // what differs may be somebody else's by now, and stays
+    }
 }
 
 void copyTree(const Spot& from, const Spot& to, Carry carry) { TreeCopy(from, to, carry).run(); }

@@ -21,6 +21,7 @@ public:
     Step next();
 
     Spot spot() const { return levels_.back().folder.child(item().name); }
+    vfs::CanonicalAbsoluteIRI iri() const { return levels_.back().folder.childIRI(item().name); }
     const provider::ListItem& item() const noexcept { return levels_.back().page[levels_.back().at]; }
 
     /// Goes into the folder that it stands on.

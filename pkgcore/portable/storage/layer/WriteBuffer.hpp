@@ -1,8 +1,8 @@
 #pragma once
 
 #include <pkgcore/portable/storage/Provider.hpp>
+#include <pkgcore/portable/storage/layer/Publisher.hpp>
 
-#include <exception>
 #include <memory>
 #include <streambuf>
 
@@ -11,29 +11,24 @@ namespace foundation::storage::portable {
 /// The bytes of a new content from a standard stream: through a buffer that is made on first need, or past it
 /// where a transfer is large. Publishes when it is flushed. After the first failure nothing more is taken or
 /// published, so that no content has a gap.
-class WriteBuffer : public std::streambuf {
+class WriteBuffer : public std::streambuf, public Publisher {
 public:
-    /// `position` is where writing begins, `isNews` whether there is something to publish before the first
-    /// byte.
+    /// `position` is the end of the content so far, `isNews` whether there is something to publish before the
+    /// first byte.
     WriteBuffer(std::unique_ptr<provider::Writer> writer, off_type position, bool isNews);
 
     /// What was not published is not any more.
     ~WriteBuffer() override;
 
-    /// Publishes what was written since the last time, if anything was: false where that fails, or something
-    /// failed before.
-    bool publish();
+    bool publish() override;
 
     void discard() noexcept;
-
-    /// Whether an exception is on its way that was not when the file was opened.
-    bool isUnwinding() const noexcept { return std::uncaught_exceptions() > exceptions_; }
 
 protected:
     std::streamsize xsputn(const char* in, std::streamsize count) override;
     int_type overflow(int_type unit) override;
     int sync() override;
-    /// Tells the position; does not move it.
+    /// Tells the position, which is always the end, and goes nowhere else.
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                      std::ios_base::openmode which) override;
     pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
@@ -49,7 +44,6 @@ private:
     std::unique_ptr<char[]> buffer_;
     off_type written_;  ///< where the buffer begins
     bool isNews_;
-    int exceptions_ = std::uncaught_exceptions();
 };
 
 }  // namespace foundation::storage::portable

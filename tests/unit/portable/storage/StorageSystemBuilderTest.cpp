@@ -111,6 +111,8 @@ TEST(StorageSystem, RefusesWhatCannotBeMounted) {
     for (const std::u16string authority : {u"a/b", u"/", u"\xD800"}) {
         EXPECT_THROW(builder.mount(u"mem", authority, makeMemoryProvider()), std::invalid_argument);
     }
+    EXPECT_THROW(builder.mount(u"refused-test", u"a/b", makeMemoryProvider()), std::invalid_argument);
+    EXPECT_FALSE(vfs::hasIRIPrefix(u"refused-test://a"));
     EXPECT_THROW(builder.mount(u"mem", nullptr), std::invalid_argument);
     EXPECT_EQ(existence(u"mem://taken/", builder.build()), ExistenceType::Folder);
 }

@@ -66,8 +66,13 @@ public:
         : tree_(std::move(tree)), folder_(std::move(folder)) {}
 
     std::vector<ListItem> next() override {
-        std::vector<ListItem> page = tree_->listAfter(*folder_, last_ ? &*last_ : nullptr);
-        if (!page.empty()) {
+        std::vector<ListItem> page;
+        if (isDone_) {
+            return page;
+        }
+        page = tree_->listAfter(*folder_, last_ ? &*last_ : nullptr);
+        isDone_ = page.size() < MemoryTree::kPageSize;
+        if (!isDone_) {
             last_ = page.back().name;
         }
         return page;
@@ -77,6 +82,7 @@ private:
     SharedTree tree_;
     SharedNode folder_;
     std::optional<std::u16string> last_;
+    bool isDone_ = false;
 };
 
 class MemoryProvider : public Provider {

@@ -16,13 +16,13 @@ using vfs::ErrorCode;
 
 namespace {
 
-constexpr std::size_t kPageSize = 1024;
+const SharedNode kNothing;
 
 [[noreturn]] void fail(ErrorCode code) { throw vfs::Exception(code, vfs::AbsoluteIRI()); }
 
 /// The first name of a path, which goes on behind it.
 std::u16string_view takeName(std::u16string_view& path) {
-    const std::size_t end = std::min(path.find(u'/'), path.size());
+    const auto end = static_cast<std::size_t>(std::find(path.begin(), path.end(), u'/') - path.begin());
     const std::u16string_view name = path.substr(0, end);
     path.remove_prefix(std::min(end + 1, path.size()));
     return name;
@@ -53,14 +53,13 @@ void requireRemovable(const SharedNode& tree) {
 /// Puts the children of a node that are nobody else's in front of a chain. Somebody who still lists a folder
 /// lets it go later.
 void moveChildren(MemoryNode& node, SharedNode& chain) noexcept {
-    for (auto& entry : node.children) {
-        SharedNode child = std::move(entry.second);
+    while (!node.children.empty()) {
+        SharedNode child = node.children.takeAny();
         if (child.use_count() == 1) {
             child->nextToGo = std::move(chain);
             chain = std::move(child);
         }
     }
-    node.children.clear();
 }
 
 }  // namespace
@@ -85,20 +84,22 @@ SharedNode MemoryTree::newNode(Kind kind) const {
     return std::make_shared<MemoryNode>(item);
 }
 
-SharedNode MemoryTree::root(const std::u16string& authority) const {
+const SharedNode& MemoryTree::root(const std::u16string& authority) const {
     const auto found = roots_.find(authority);
-    return found == roots_.end() ? emptyRoot_ : found->second;
+    return found == roots_.end() || !found->second ? emptyRoot_ : found->second;
 }
 
-/// What is at a path, or null.
-SharedNode MemoryTree::look(const Path& path) const {
-    SharedNode node = root(path.authority());
+/// What is at a path, or null. Stays valid until the tree is changed.
+const SharedNode& MemoryTree::look(const Path& path) const {
+    const SharedNode* node = &root(path.authority());
     std::u16string_view rest = path.text();
-    while (node && !rest.empty()) {
-        const auto child = node->children.find(takeName(rest));
-        node = child == node->children.end() ? nullptr : child->second;
+    while (!rest.empty()) {
+        node = (*node)->children.find(takeName(rest));
+        if (node == nullptr) {
+            return kNothing;
+        }
     }
-    return node;
+    return *node;
 }
 
 SharedNode MemoryTree::require(const Path& path) const {
@@ -118,11 +119,11 @@ SharedNode MemoryTree::parentForCreation(const Path& path) const {
     const Path parent = path.parent();
     std::u16string_view rest = parent.text();
     while (!rest.empty()) {
-        const auto child = node->children.find(takeName(rest));
-        if (child == node->children.end()) {
+        const SharedNode* const child = node->children.find(takeName(rest));
+        if (child == nullptr) {
             fail(isFolder(node) ? ErrorCode::NotFound : ErrorCode::AlreadyExists);
         }
-        node = child->second;
+        node = *child;
     }
     if (!isFolder(node)) {
         fail(ErrorCode::AlreadyExists);
@@ -143,22 +144,20 @@ void MemoryTree::makeRoot(const Path& path) {
 void MemoryTree::put(const Path& path, SharedNode node) {
     makeRoot(path);
     const SharedNode parent = look(path.parent());
-    parent->children.insert_or_assign(std::u16string(path.name()), std::move(node));
+    parent->children.put(path.name(), std::move(node));
     parent->item.lastModified = clock_();
 }
 
 /// Out of its folder. Takes no memory, so that it can follow what may fail.
 SharedNode MemoryTree::take(MemoryNode& parent, std::u16string_view name) {
-    const auto entry = parent.children.find(name);
-    SharedNode node = std::move(entry->second);
-    parent.children.erase(entry);
+    SharedNode node = parent.children.take(name);
     parent.item.lastModified = clock_();
     return node;
 }
 
 std::optional<Item> MemoryTree::find(const Path& path) const {
     const SharedLock lock(mutex_);
-    const SharedNode node = look(path);
+    const SharedNode& node = look(path);
     return node ? std::optional<Item>(node->item) : std::nullopt;
 }
 
@@ -173,10 +172,10 @@ SharedNode MemoryTree::folder(const Path& path) const {
 
 std::vector<ListItem> MemoryTree::listAfter(const MemoryNode& folder, const std::u16string* after) const {
     const SharedLock lock(mutex_);
-    const MemoryNode::Children& children = folder.children;
+    const MemoryChildren& children = folder.children;
     std::vector<ListItem> page;
     page.reserve(std::min(children.size(), kPageSize));
-    auto entry = after == nullptr ? children.begin() : children.upper_bound(*after);
+    auto entry = after == nullptr ? children.begin() : children.behind(*after);
     for (; entry != children.end() && page.size() < kPageSize; ++entry) {
         page.push_back(ListItem{entry->first, entry->second->item.kind, false});
     }
@@ -274,8 +273,9 @@ SharedNode MemoryTree::cloned(const MemoryNode& node) const {
         const auto [original, copy] = rest.back();
         rest.pop_back();
         for (const auto& [name, child] : original->children) {
-            const SharedNode& added = copy->children.emplace(name, copyOf(*child)).first->second;
+            SharedNode added = copyOf(*child);
             rest.emplace_back(child.get(), added.get());
+            copy->children.put(name, std::move(added));
         }
     }
     return result;

@@ -2,11 +2,11 @@
 
 #include <pkgcore/platform/storage/Policies.hpp>
 #include <pkgcore/portable/storage/ProviderTypes.hpp>
+#include <pkgcore/portable/storage/providers/memory/MemoryChildren.hpp>
 #include <pkgcore/portable/storage/providers/memory/MemoryContent.hpp>
 
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
@@ -18,21 +18,17 @@ namespace foundation::storage::portable {
 
 /// A file or a folder in memory. Only a MemoryTree changes it.
 struct MemoryNode {
-    using Children = std::map<std::u16string, std::shared_ptr<MemoryNode>, std::less<>>;
-
     explicit MemoryNode(const provider::Item& properties) : item(properties) {}
     MemoryNode(const MemoryNode&) = delete;
     MemoryNode& operator=(const MemoryNode&) = delete;
     ~MemoryNode();
 
     provider::Item item;
-    SharedContent content;  ///< of a file
-    Children children;      ///< of a folder
+    SharedContent content;    ///< of a file
+    MemoryChildren children;  ///< of a folder
     /// While a tree is let go, the next one to go.
-    std::shared_ptr<MemoryNode> nextToGo;
+    SharedNode nextToGo;
 };
-
-using SharedNode = std::shared_ptr<MemoryNode>;
 
 /// The files and folders of a store in memory. Any thread may call any member at any time. Failures are
 /// exceptions as Provider.hpp has them.
@@ -49,6 +45,8 @@ public:
     SharedNode folder(const Path& path) const;
 
     /// The next entries of a folder behind a name, in order; from the first one on where `after` is null.
+    /// Fewer than kPageSize at the end alone.
+    static constexpr std::size_t kPageSize = 1024;
     std::vector<provider::ListItem> listAfter(const MemoryNode& folder, const std::u16string* after) const;
 
     SharedContent content(const Path& file) const;
@@ -70,8 +68,8 @@ private:
     using Lock = std::unique_lock<std::shared_mutex>;
     using SharedLock = std::shared_lock<std::shared_mutex>;
 
-    SharedNode root(const std::u16string& authority) const;
-    SharedNode look(const Path& path) const;
+    const SharedNode& root(const std::u16string& authority) const;
+    const SharedNode& look(const Path& path) const;
     SharedNode require(const Path& path) const;
     SharedNode parentForCreation(const Path& path) const;
     void makeRoot(const Path& path);

@@ -2,10 +2,6 @@
 
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/NativePath.hpp>
-#include <pkgcore/portable/filesystem/RandomName.hpp>
-#include <pkgcore/portable/filesystem/TreeRemoval.hpp>
-
-#include <exception>
 
 namespace foundation::storage::portable {
 
@@ -25,25 +21,6 @@ HeldItem heldItem(const std::u16string& path) {
         held.name = posix::NativePath(name).bytes();
     }
     return held;
-}
-
-// Nothing of the item's own name: that may be as long as a name can be.
-std::string temporaryName() {
-    std::u16string name = u".";
-    posix::appendRandomName(name);
-    name += u".tmp";
-    return std::string(name.begin(), name.end());
-}
-
-HeldSibling::~HeldSibling() {
-    if (!isMade_) {
-        return;
-    }
-    try {
-        posix::removeTree(item(), std::u16string());
-    } catch (const std::exception&) {
-        // The failure that brought us here is on its way; that something is left behind is the lesser news.
-    }
 }
 
 }  // namespace foundation::storage::portable

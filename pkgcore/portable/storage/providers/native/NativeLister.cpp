@@ -33,6 +33,12 @@ unsigned kindOf(int folder, const posix::FolderReader& entry) {
     return error == 0 ? posix::kindOfMode(status.st_mode) : file_status::unknown_file;
 }
 
+/// What is unknown counts as a file: whoever opens it will see.
+bool isDevice(unsigned kind) noexcept {
+    return kind != file_status::regular_file && kind != file_status::directory_file &&
+           kind != file_status::symlink_file && kind != file_status::unknown_file;
+}
+
 }  // namespace
 
 struct NativeLister::Found {
@@ -78,7 +84,8 @@ std::vector<NativeLister::Found> NativeLister::smallestBehind() const {
 ListItem NativeLister::itemFor(Found found) const {
     const bool isLink = found.kind == file_status::symlink_file;
     const bool isFolder = found.kind == file_status::directory_file || (isLink && leadsToFolder_(found.name));
-    return ListItem{std::move(found.name), isFolder ? Kind::Folder : Kind::File, isLink};
+    return ListItem{std::move(found.name), isFolder ? Kind::Folder : Kind::File, isLink,
+                    isDevice(found.kind)};
 }
 
 std::vector<ListItem> NativeLister::next() {

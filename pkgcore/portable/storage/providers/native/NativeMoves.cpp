@@ -2,11 +2,13 @@
 
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/LinkCopy.hpp>
+#include <pkgcore/portable/filesystem/MoveSafety.hpp>
+#include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
-#include <pkgcore/portable/storage/providers/native/HeldItem.hpp>
 
 #include <cstdio>
+#include <cstring>
 
 namespace foundation::storage::portable {
 
@@ -53,17 +55,19 @@ bool areOneItem(Item one, Item other) noexcept {
 
 /// The old folder is put away under another name until the new one is in place.
 void replaceByTurns(Item from, Item to) {
-    HeldSibling old(to.folder);
-    throwIfFailed(renameOver(to, old.item()));
-    if (const int error = renameOver(from, to); error != 0) {
-        throwIfFailed(renameOver(old.item(), to));
+    const posix::TemporarySibling old(to.folder);
+    throwIfFailed(posix::renameItem(to, old.item()));
+    if (const int error = posix::renameItem(from, to); error != 0) {
+        throwIfFailed(posix::renameItem(old.item(), to));
         throwIfFailed(error);
     }
-    old.setMade(true);
+    posix::removeTree(old.item(), kNoPath);
 }
 
-/// Both change places in one step, and then the old one goes.
+/// Both change places in one step, and then the old one goes. It may hold the new one, where links on the way
+/// have hidden that.
 void replaceFolder(Item from, Item to) {
+    throwIfFailed(posix::refusalIfWithin(from.folder, statusOf(to)));
     const int error = renameWith(from, to, RENAME_EXCHANGE);
     if (error == 0) {
         posix::removeTree(from, kNoPath);
@@ -72,6 +76,41 @@ void replaceFolder(Item from, Item to) {
     } else {
         throwIfFailed(error);
     }
+}
+
+/// Whether two items are one name in one folder, on whatever ways the folder is reached.
+bool areOneName(Item one, Item other) noexcept {
+    return areOneItem({one.folder, "."}, {other.folder, "."}) && std::strcmp(one.name, other.name) == 0;
+}
+
+/// Gives one of two names of a file up, but never the only one: where letter case does not count, one name
+/// looks like two.
+void dropName(Item from, Item to) {
+    const posix::TemporarySibling aside(from.folder);
+    throwIfFailed(renameNew(from, aside.item()));
+    throwIfFailed(areOneItem(aside.item(), to) ? posix::unlinkItem(aside.item(), 0)
+                                               : renameNew(aside.item(), from));
+}
+
+/// Renaming leaves two names of one item as they are, unless they differ in letter case alone where that does
+/// not count.
+void moveOntoItself(Item from, Item to) {
+    const int error = posix::renameItem(from, to);
+    throwIfFailed(error == EXDEV ? 0 : error);
+    struct stat status;
+    const bool isLeft = posix::readStatus(from, status) == 0;
+    if (isLeft && !S_ISDIR(status.st_mode) && status.st_nlink > 1 && !areOneName(from, to)) {
+        dropName(from, to);
+    }
+}
+
+void moveToOtherDevice(Item from, Item to, ReplacementPolicy policy) {
+    const struct stat source = statusOf(from);
+    const posix::Disk disk(to.folder);
+    copyItem(from, to, policy, posix::Times::Carried);
+    throwIfFailed(disk.sync());
+    throwIfFailed(posix::changeSince(source, from));
+    posix::removeTree(from, kNoPath);
 }
 
 void copyContents(Item from, Item to, const struct stat& status, posix::Times times) {
@@ -92,30 +131,23 @@ void copyContents(Item from, Item to, const struct stat& status, posix::Times ti
 
 }  // namespace
 
-int renameOver(Item from, Item to) noexcept {
-    return posix::withOneNumberForNotEmpty(posix::errorOf(
-        [&] { return posix::systemCalls().renameat(from.folder, from.name, to.folder, to.name); }));
-}
-
 int renameNew(Item from, Item to) noexcept {
     const int error = renameWith(from, to, RENAME_NOREPLACE);
     if (!isUnknown(error)) {
         return error;
     }
-    return isThere(to) ? EEXIST : renameOver(from, to);
+    return isThere(to) ? EEXIST : posix::renameItem(from, to);
 }
 
 void moveItem(Item from, Item to, ReplacementPolicy policy) {
     const bool replaces = policy == ReplacementPolicy::ReplaceExisting;
     if (replaces && areOneItem(from, to)) {
-        throwIfFailed(
-            posix::unlinkItem(from, 0));  // the system would leave two names of one file as they are
+        moveOntoItself(from, to);
         return;
     }
-    const int error = replaces ? renameOver(from, to) : renameNew(from, to);
+    const int error = replaces ? posix::renameItem(from, to) : renameNew(from, to);
     if (error == EXDEV) {
-        copyItem(from, to, policy, posix::Times::Carried);
-        posix::removeTree(from, kNoPath);
+        moveToOtherDevice(from, to, policy);
     } else if (error == ENOTEMPTY) {
         replaceFolder(from, to);
     } else {
@@ -125,7 +157,8 @@ void moveItem(Item from, Item to, ReplacementPolicy policy) {
 
 void copyItem(Item from, Item to, ReplacementPolicy policy, posix::Times times) {
     const struct stat status = statusOf(from);
-    HeldSibling copy(to.folder);
+    throwIfFailed(areOneItem(from, to) ? EINVAL : 0);
+    posix::TemporarySibling copy(to.folder);
     copy.setMade(true);
     copyContents(from, copy.item(), status, times);
     moveItem(copy.item(), to, policy);

@@ -6,9 +6,6 @@
 /// Copying and moving items of the host on the terms of a store. Links are copied and moved as links.
 namespace foundation::storage::portable {
 
-/// Renames: 0 or the error number. What the system's rename replaces is replaced.
-int renameOver(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to) noexcept;
-
 /// Renames to a name that nothing has: 0 or the error number, EEXIST where something is there. Where the file
 /// system cannot do that in one step, something that comes in between is replaced.
 int renameNew(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to) noexcept;

@@ -40,7 +40,9 @@ provider::Item nativeItem(const struct stat& status) noexcept {
     item.kind = S_ISDIR(status.st_mode) ? provider::Kind::Folder : provider::Kind::File;
     item.isWritable = (status.st_mode & kWriteBits) != 0;
     item.isLink = S_ISLNK(status.st_mode);
+    item.isDevice = !S_ISDIR(status.st_mode) && !S_ISREG(status.st_mode) && !item.isLink;
     item.lastModified = fl::filesystem::posix::toPtime(status.st_mtim);
+    item.identity = provider::Identity{status.st_dev, 0, status.st_ino};
     return item;
 }
 

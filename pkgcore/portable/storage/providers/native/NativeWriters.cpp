@@ -3,6 +3,7 @@
 #include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/FileCopy.hpp>
+#include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 #include <pkgcore/portable/storage/providers/native/NativeErrors.hpp>
 #include <pkgcore/portable/storage/providers/native/NativeMoves.hpp>
 
@@ -120,7 +121,7 @@ private:
         }
     }
 
-    static FileDescriptor create(HeldSibling& sibling) {
+    static FileDescriptor create(posix::TemporarySibling& sibling) {
         FileDescriptor file = openOrThrow(sibling.item(), O_CREAT | O_EXCL);
         sibling.setMade(true);
         return file;
@@ -140,7 +141,7 @@ private:
     }
 
     void publish() {
-        throwIfFailed(mayReplace_ ? renameOver(sibling_.item(), file_.item())
+        throwIfFailed(mayReplace_ ? posix::renameItem(sibling_.item(), file_.item())
                                   : renameNew(sibling_.item(), file_.item()));
         sibling_.setMade(false);
         isPublished_ = true;
@@ -158,7 +159,7 @@ private:
     }
 
     HeldItem file_;
-    HeldSibling sibling_;
+    posix::TemporarySibling sibling_;
     FileEnd end_;
     bool mayReplace_;
     bool isPublished_ = false;

@@ -1,5 +1,7 @@
 #include <pkgcore/platform/storage/AbsoluteIRI.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
+
 #include "tests/unit/portable/storage/iri/Shown.hpp"
 
 #include <gtest/gtest.h>
@@ -119,9 +121,13 @@ struct Parts {
 const Parts kParts[] = {
     {u"file:///", u"file", u"/"},
     {u"file:///a", u"file", u"/a"},
-    {u"file://", u"file", u""},
-    {u"file://server/share", u"file", u"server/share"},
+    {u"file://", u"file", u"/"},
+    {u"file://localhost/a", u"file", u"/a"},
+    {u"file://LOCALHOST:", u"file", u"/"},
     {u"FILE:///a", u"FILE", u"/a"},
+    {u"FILE://localhost/a", u"FILE", u"/a"},
+    {u"mem://", u"mem", u"/"},
+    {u"mem://localhost/a", u"mem", u"localhost/a"},
     {u"mem://store/a", u"mem", u"store/a"},
     {u"mem://store", u"mem", u"store"},
     {u"mem://store/", u"mem", u"store/"},
@@ -139,6 +145,12 @@ TEST(AbsoluteIRI, GivesItsPartsInPlainText) {
         EXPECT_EQ(iri.getScheme(), row.scheme) << shown(row.iri);
         EXPECT_EQ(iri.getPath(), row.path) << shown(row.iri);
     }
+}
+
+TEST(AbsoluteIRI, OfAFileOnAnotherHostHasNoPath) {
+    const AbsoluteIRI iri(u"file://server/share");
+    EXPECT_EQ(iri.getScheme(), u"file");
+    EXPECT_THROW(iri.getPath(), foundation::storage::vfs::InvalidIRIException);
 }
 
 TEST(AbsoluteIRI, OfNoPlaceIsEmpty) {

@@ -61,6 +61,8 @@ const Refusal kRefusals[] = {
     {u"mem://a:8x/", "Character U+0078 at offset 9 is not allowed in the port of an IRI"},
     {u"mem://a:80:90/", "Character U+003A at offset 10 is not allowed in the port of an IRI"},
     {u"mem://a:\u0665/", "Character U+0665 at offset 8 is not allowed in the port of an IRI"},
+    {u"mem://[]/a", "Character U+005D at offset 7 is not allowed in the host of an IRI"},
+    {u"mem://[", "The end at offset 7 is not allowed in the host of an IRI"},
     {u"mem://[::1", "The end at offset 10 is not allowed in the host of an IRI"},
     {u"mem://[::g]/", "Character U+0067 at offset 9 is not allowed in the host of an IRI"},
     {u"mem://[::1]x/", "Character U+0078 at offset 11 is not allowed in the host of an IRI"},

@@ -35,6 +35,47 @@ TEST_F(LocalProvider, CountsALinkAsWhatItLeadsTo) {
     EXPECT_EQ(place_.read(u"toFolder/f"), "text");
 }
 
+TEST_F(LocalProvider, MovesNothingOntoItselfByWayOfALink) {
+    test::makeFolder(native("d"));
+    test::makeFile(native("d/f"), "text");
+    ::link(native("d/f").c_str(), native("second").c_str());
+    test::makeFolder(native("d/sub"));
+    test::makeFile(native("d/sub/g"), "more");
+    test::makeLink("d", native("link"));
+    place_.file(u"d/f").moveFile(place_.file(u"link/f"), ReplacementPolicy::ReplaceExisting);
+    place_.folder(u"d/sub").moveFolder(place_.folder(u"link/sub"), ReplacementPolicy::ReplaceExisting);
+    EXPECT_EQ(place_.read(u"d/f"), "text");
+    EXPECT_EQ(place_.read(u"d/sub/g"), "more");
+}
+
+TEST_F(LocalProvider, CopiesNothingOntoItselfByWayOfALink) {
+    test::makeFolder(native("d"));
+    test::makeFile(native("d/f"), "text");
+    test::makeLink("d", native("link"));
+    PKGCORE_EXPECT_FAILURE(NotSupported, place_.file(u"d/f").copyFile(place_.file(u"link/f"),
+                                                                      ReplacementPolicy::ReplaceExisting));
+    EXPECT_EQ(place_.read(u"d/f"), "text");
+}
+
+TEST_F(LocalProvider, MovesOneOfTwoNamesOntoTheOther) {
+    test::makeFile(native("one"), "text");
+    ::link(native("one").c_str(), native("two").c_str());
+    place_.file(u"one").moveFile(place_.file(u"two"), ReplacementPolicy::ReplaceExisting);
+    EXPECT_EQ(place_.list(u""), Names{u"two"});
+    EXPECT_EQ(place_.read(u"two"), "text");
+}
+
+TEST_F(LocalProvider, ReplacesNoFolderByWhatItHoldsByWayOfALink) {
+    test::makeFolder(native("d"));
+    test::makeFolder(native("d/e"));
+    test::makeFile(native("d/f"), "text");
+    test::makeLink("d", native("link"));
+    PKGCORE_EXPECT_FAILURE(NotSupported, place_.folder(u"link/e").moveFolder(
+                                             place_.folder(u"d"), ReplacementPolicy::ReplaceExisting));
+    EXPECT_EQ(place_.read(u"d/f"), "text");
+    EXPECT_TRUE(place_.isFolder(u"d/e"));
+}
+
 TEST_F(LocalProvider, WritesThroughALink) {
     test::makeFolder(native("d"));
     test::makeFile(native("d/f"), "old", 0640);

@@ -69,11 +69,10 @@ TEST(MemoryProvider, HoldsAHundredThousandEntriesInOneFolder) {
 }
 
 TEST(MemoryProvider, LetsGoOfATreeThatIsDeeperThanTheStack) {
-    portable::MemoryNode::Children chain;
     auto innermost = std::make_shared<portable::MemoryNode>(provider::Item());
     for (int i = 0; i < 200'000; ++i) {
         auto outer = std::make_shared<portable::MemoryNode>(provider::Item());
-        outer->children.emplace(u"d", std::move(innermost));
+        outer->children.put(u"d", std::move(innermost));
         innermost = std::move(outer);
     }
     innermost.reset();

@@ -1,0 +1,36 @@
+# `cpack -G DEB` in a build folder: one package with the library, one with what is needed to build against it. Configure with
+# -DCMAKE_INSTALL_PREFIX=/usr for Debian's folder of the architecture.
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_SOURCE_IGNORE_FILES "/build/" "/\\\\.git/")
+set(CPACK_PACKAGE_VENDOR "pkgcore maintainers")
+set(CPACK_PACKAGE_CONTACT "pkgcore maintainers <maintainers@pkgcore.invalid>")
+set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL pkgcore_runtime pkgcore_development)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(CPACK_COMPONENT_PKGCORE_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}: shared library")
+set(CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_NAME "libpkgcore${PROJECT_VERSION_MAJOR}")
+set(CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+
+# Time zones come from the system's database.
+set(CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_RECOMMENDS tzdata)
+
+set(CPACK_COMPONENT_PKGCORE_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: headers, CMake package, pkg-config file")
+set(CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_NAME libpkgcore-dev)
+set(CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_SECTION libdevel)
+string(
+  JOIN ", " CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_DEPENDS
+  "${CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})"
+  "libboost-dev (>= ${PKGCORE_BOOST_VERSION})"
+  libboost-filesystem-dev
+  libboost-thread-dev)
+
+include(CPack)

@@ -1,0 +1,15 @@
+# pkgcore_install_pkg_config(<component>): the file by which pkg-config finds the library, relative to its own place unless the
+# folders of the installation are not below one prefix.
+function(pkgcore_install_pkg_config component)
+  set(folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+  file(RELATIVE_PATH pkgcore_pc_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+  string(REGEX REPLACE "/$" "" pkgcore_pc_to_prefix "${pkgcore_pc_to_prefix}")
+  cmake_path(APPEND pkgcore_pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
+  cmake_path(APPEND pkgcore_pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
+  set(pkgcore_pc_definitions "")
+  if(NOT PKGCORE_PLATFORM STREQUAL "portable")
+    set(pkgcore_pc_definitions " -DPKGCORE_PLATFORM_EXTERNAL")
+  endif()
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/pkgcore.pc.in" "${PROJECT_BINARY_DIR}/pkgcore.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/pkgcore.pc" DESTINATION "${folder}" COMPONENT ${component})
+endfunction()

@@ -1,0 +1,203 @@
+#include <pkgcore/portable/storage/providers/sqlite/Copies.hpp>
+
+#include <pkgcore/portable/storage/providers/sqlite/Changes.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Contents.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Draft.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/OpenFile.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Sweep.hpp>
+
+#include <vector>
+
+namespace foundation::storage::sqlite {
+
+using provider::Kind;
+using provider::Path;
+using provider::ReplacementPolicy;
+
+namespace {
+
+/// So many entries are copied in one transaction.
+constexpr std::int64_t kCopiedAtOnce = 64;
+
+void copyFile(const SharedStore& store, const Path& from, const Path& to, ReplacementPolicy policy) {
+    OpenFile source(store, from);
+    Draft draft(store);
+    draft.copyFrom(source);
+    draft.publish([&](Entries& entries) {
+        Place place = placeFor(entries, to, Kind::File, policy);
+        place.isWritable = source.entry().isWritable;
+        return place;
+    });
+}
+
+/// The bytes of a content in one row, as those of the copy.
+void copyBytes(Connection& connection, std::int64_t from, const Entry& copy) {
+    if (copy.size == 0) {
+        return;
+    }
+    Contents contents(connection);
+    std::string bytes;
+    contents.readChunk(from, 0, static_cast<std::size_t>(copy.size), bytes);
+    contents.putChunk(copy.content, 0, bytes);
+}
+
+/// A copy of a folder that is being made where nobody looks. Holds the way down in memory, and a page of
+/// entries.
+class TreeCopy {
+public:
+    explicit TreeCopy(SharedStore store) : store_(std::move(store)) { makeTop(); }
+    ~TreeCopy() {
+        if (!isPublished_) {
+            pin_.release();
+            sweep(*store_);
+        }
+    }
+    TreeCopy(const TreeCopy&) = delete;
+    TreeCopy& operator=(const TreeCopy&) = delete;
+
+    void fill(const Entry& source);
+    void publish(const Path& to, ReplacementPolicy policy, bool isWritable);
+
+private:
+    /// A folder that is being copied, up to the entry with this name.
+    struct Level {
+        std::int64_t from;
+        std::int64_t to;
+        std::string last;
+    };
+
+    void makeTop();
+    bool fillSome();
+    std::int64_t copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
+                          std::vector<Entry>& large);
+    void copyLarge(const Entry& source, std::int64_t to);
+
+    SharedStore store_;
+    std::int64_t top_ = 0;
+    Pin pin_;
+    bool isPublished_ = false;
+    std::vector<Level> levels_;
+};
+
+void TreeCopy::makeTop() {
+    top_ = store_->write([this](Connection& connection) {
+        const std::int64_t folder = connection.newNumber();
+        pin_ = store_->pins().pin(folder);
+        Contents(connection).putOrphan({folder, Orphan::Kind::Folder, 0});
+        return folder;
+    });
+}
+
+void TreeCopy::fill(const Entry& source) {
+    levels_.push_back({source.id, top_, {}});
+    while (!levels_.empty()) {
+        if (!fillSome()) levels_.pop_back();
+    }
+}
+
+/// One page of the innermost folder, up to its first folder, which becomes the innermost. False at its end.
+bool TreeCopy::fillSome() {
+    Level& level = levels_.back();
+    std::vector<Entry> page = store_->read([&level](Connection& connection) {
+        return Entries(connection).listAfter(level.from, level.last, kCopiedAtOnce);
+    });
+    if (page.empty()) {
+        return false;
+    }
+    std::size_t count = 0;
+    while (count < page.size() && !page[count].isFolder()) ++count;
+    const bool endsInFolder = count < page.size();
+    page.resize(endsInFolder ? count + 1 : count);
+    level.last = page.back().name;
+    const std::int64_t to = level.to;
+    std::vector<Entry> large;
+    const std::int64_t inner = store_->write([&](Connection& connection) {
+        large.clear();
+        return copyPage(connection, page, to, large);
+    });
+    for (const Entry& entry : large) copyLarge(entry, to);
+    if (inner != kNone) {
+        levels_.push_back({page.back().id, inner, {}});
+    }
+    return true;
+}
+
+/// Copies all but the large files, which are left to be copied apart. The number of the copy of the folder at
+/// the end, if there is one. What has gone meanwhile is passed over.
+std::int64_t TreeCopy::copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
+                                std::vector<Entry>& large) {
+    Entries entries(connection);
+    std::int64_t inner = kNone;
+    for (const Entry& listed : page) {
+        std::optional<Entry> entry = entries.find(listed.parent, listed.name);
+        if (!entry || entry->kind != listed.kind) continue;
+        if (isLarge(*entry)) {
+            large.push_back(*entry);
+            continue;
+        }
+        const std::int64_t from = entry->content;
+        entry->parent = to;
+        entry->modified = timeOfNow();
+        entry->id = connection.newNumber();
+        entry->content = entry->size > 0 ? connection.newNumber() : kNoContent;
+        entries.put(*entry);
+        if (entry->isFolder()) {
+            inner = entry->id;
+        } else {
+            copyBytes(connection, from, *entry);
+        }
+    }
+    return inner;
+}
+
+void TreeCopy::copyLarge(const Entry& source, std::int64_t to) {
+    std::optional<OpenFile> file = OpenFile::ofEntry(store_, source);
+    if (!file) {
+        return;
+    }
+    Draft draft(store_);
+    draft.copyFrom(*file);
+    draft.publish([&](Entries& /*entries*/) {
+        return Place{to, source.name, std::nullopt, file->entry().isWritable};
+    });
+}
+
+void TreeCopy::publish(const Path& to, ReplacementPolicy policy, bool isWritable) {
+    store_->write([&](Connection& connection) {
+        Entries entries(connection);
+        Contents contents(connection);
+        const Place place = placeFor(entries, to, Kind::Folder, policy);
+        if (place.old) contents.retire(*place.old);
+        entries.put({place.folder, place.name, top_, Kind::Folder, isWritable, timeOfNow(), 0, kNoContent});
+        contents.eraseOrphan(top_);
+    });
+    isPublished_ = true;
+    pin_.release();
+    sweep(*store_);
+}
+
+void copyFolder(const SharedStore& store, const Entry& source, const Path& to, ReplacementPolicy policy) {
+    TreeCopy copy(store);
+    copy.fill(source);
+    copy.publish(to, policy, source.isWritable);
+}
+
+}  // namespace
+
+void copyEntry(const SharedStore& store, const Path& from, const Path& to, ReplacementPolicy policy) {
+    store->requireWritable();
+    const Entry source = store->read([&](Connection& connection) {
+        Entries entries(connection);
+        Entry entry = entries.require(from);
+        placeFor(entries, to, entry.kind, policy);
+        return entry;
+    });
+    if (source.isFolder()) {
+        copyFolder(store, source, to, policy);
+    } else {
+        copyFile(store, from, to, policy);
+    }
+}
+
+}  // namespace foundation::storage::sqlite

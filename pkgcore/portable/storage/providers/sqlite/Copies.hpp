@@ -1,0 +1,14 @@
+#pragma once
+
+#include <pkgcore/platform/storage/Policies.hpp>
+#include <pkgcore/portable/storage/ProviderTypes.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Store.hpp>
+
+namespace foundation::storage::sqlite {
+
+/// Copies a file or a folder within the store; see Provider.hpp. Everything is read with its checksum and
+/// made apart, as an orphan, in short transactions; the last one puts it into its place.
+void copyEntry(const SharedStore& store, const provider::Path& from, const provider::Path& to,
+               provider::ReplacementPolicy policy);
+
+}  // namespace foundation::storage::sqlite

@@ -1,0 +1,105 @@
+#include <pkgcore/portable/storage/providers/sqlite/OpenFile.hpp>
+
+#include <pkgcore/portable/storage/providers/sqlite/Contents.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Sweep.hpp>
+
+#include <algorithm>
+#include <cstring>
+
+namespace foundation::storage::sqlite {
+
+namespace {
+
+bool isSameContent(const Entry& one, const Entry& other) noexcept {
+    return one.content == other.content && one.size == other.size;
+}
+
+/// How many bytes of the content are in this chunk.
+std::size_t sizeOfChunk(std::int64_t size, std::int64_t index) noexcept {
+    constexpr auto kChunk = static_cast<std::int64_t>(kChunkSize);
+    return static_cast<std::size_t>(std::min(kChunk, size - index * kChunk));
+}
+
+}  // namespace
+
+/// A content of one row is read at once. A larger one is pinned, and then looked for again: what is still
+/// there then stays as long as the pin does.
+template <typename Find>
+bool OpenFile::open(Find find) {
+    const auto look = [&](Connection& connection) {
+        std::optional<Entry> found = find(connection);
+        if (found && !isLarge(*found) && found->size > 0) {
+            Contents(connection).readChunk(found->content, 0, sizeOfChunk(found->size, 0), bytes_);
+            index_ = 0;
+        }
+        return found;
+    };
+    std::optional<Entry> found = store_->read(look);
+    while (found && isLarge(*found)) {
+        pin_ = store_->pins().pin(found->content);
+        entry_ = *std::move(found);
+        found = store_->read(look);
+        if (found && isSameContent(*found, entry_)) {
+            break;
+        }
+        pin_.release();
+    }
+    if (found) {
+        entry_ = *std::move(found);
+    }
+    return found.has_value();
+}
+
+OpenFile::OpenFile(SharedStore store, const provider::Path& path) : store_(std::move(store)) {
+    open([&path](Connection& connection) {
+        return std::optional<Entry>(Entries(connection).requireFile(path));
+    });
+}
+
+OpenFile::~OpenFile() {
+    if (pin_.isHeld()) {
+        pin_.release();
+        sweepContent(*store_, entry_.content);
+    }
+}
+
+std::optional<OpenFile> OpenFile::ofEntry(const SharedStore& store, const Entry& entry) {
+    OpenFile file(store);
+    const bool isThere = file.open([&entry](Connection& connection) {
+        std::optional<Entry> found = Entries(connection).find(entry.parent, entry.name);
+        return found && !found->isFolder() ? found : std::nullopt;
+    });
+    return isThere ? std::optional<OpenFile>(std::move(file)) : std::nullopt;
+}
+
+const std::string& OpenFile::chunk(std::int64_t index) {
+    if (index != index_) {
+        index_ = -1;  // nothing, if reading fails
+        store_->read([&](Connection& connection) {
+            Contents(connection).readChunk(entry_.content, index, sizeOfChunk(entry_.size, index), bytes_);
+        });
+        index_ = index;
+    }
+    return bytes_;
+}
+
+std::size_t OpenFile::readAt(std::uint64_t offset, char* out, std::size_t count) {
+    if (offset >= size()) {
+        return 0;
+    }
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(count, size() - offset));
+    std::size_t done = 0;
+    while (done < wanted) {
+        const std::uint64_t at = offset + done;
+        const std::string& bytes = chunk(static_cast<std::int64_t>(at / kChunkSize));
+        const auto start = static_cast<std::size_t>(at % kChunkSize);
+        const std::size_t taken = std::min(wanted - done, bytes.size() - start);
+        std::memcpy(out + done, bytes.data() + start, taken);
+        done += taken;
+    }
+    return done;
+}
+
+}  // namespace foundation::storage::sqlite

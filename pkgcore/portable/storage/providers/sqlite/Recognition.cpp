@@ -1,0 +1,226 @@
+#include <pkgcore/portable/storage/providers/sqlite/Recognition.hpp>
+
+#include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <string_view>
+
+namespace foundation::storage::sqlite {
+
+using vfs::ErrorCode;
+
+namespace {
+
+/// The header of a database file, as SQLite describes it.
+constexpr int kHeaderSize = 100;
+constexpr std::string_view kMagic("SQLite format 3\0", 16);
+constexpr std::size_t kPageSizeAt = 16;  // in two bytes
+constexpr std::size_t kPageCountAt = 28;
+constexpr std::size_t kUserVersionAt = 60;
+constexpr std::size_t kApplicationIdAt = 68;
+
+struct Header {
+    sqlite3_int64 fileSize = 0;
+    char bytes[kHeaderSize] = {};
+
+    bool hasMagic() const { return std::string_view(bytes, kMagic.size()) == kMagic; }
+    std::uint32_t numberAt(std::size_t at) const {
+        std::uint32_t number = 0;
+        for (std::size_t i = at; i < at + 4; ++i) {
+            number = number << 8U | static_cast<unsigned char>(bytes[i]);
+        }
+        return number;
+    }
+};
+
+Header readHeader(Connection& connection) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(connection.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    if (file == nullptr || file->pMethods == nullptr) {
+        fail(ErrorCode::IOError, "The file cannot be read");
+    }
+    Header header;
+    int result = file->pMethods->xFileSize(file, &header.fileSize);
+    if (result == SQLITE_OK) {
+        result = file->pMethods->xRead(file, header.bytes, kHeaderSize, 0);
+    }
+    if (result != SQLITE_OK && result != SQLITE_IOERR_SHORT_READ) {
+        fail(storageCode(result, 0), std::string("The file cannot be read: ") + sqlite3_errstr(result));
+    }
+    return header;
+}
+
+std::string inHex(std::uint32_t number) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", number);
+    return text;
+}
+
+[[noreturn]] void refuse(const std::string& found) {
+    fail(ErrorCode::NotSupported, "This is no store but " + found);
+}
+
+void checkHeader(const Header& header) {
+    if (header.fileSize == 0) {
+        refuse("an empty file");
+    }
+    if (!header.hasMagic()) {
+        refuse("a file that is no SQLite database");
+    }
+    if (header.fileSize < kHeaderSize) {
+        fail(ErrorCode::NotRecoverable, "The file is cut off in its header");
+    }
+    const std::uint32_t id = header.numberAt(kApplicationIdAt);
+    const std::uint32_t version = header.numberAt(kUserVersionAt);
+    if (id != kApplicationId) {
+        refuse("an SQLite database of another program (its application id is " + inHex(id) + ')');
+    }
+    if (version != kVersion) {
+        fail(ErrorCode::NotSupported, "The store has version " + std::to_string(version) +
+                                          ", and this library knows version " + std::to_string(kVersion));
+    }
+}
+
+[[noreturn]] void failAt(int error, const char* what) {
+    const bool isDenied = error == EACCES || error == EPERM;
+    const bool isMissing = error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
+    const ErrorCode code = isDenied          ? ErrorCode::AccessDenied
+                           : isMissing       ? ErrorCode::NotFound
+                           : error == EROFS  ? ErrorCode::ReadOnlyStorage
+                           : error == EEXIST ? ErrorCode::AlreadyExists
+                           : error == ENOSPC ? ErrorCode::NoSpace
+                                             : ErrorCode::IOError;
+    fail(code, std::string(what) + ": " + std::strerror(error));
+}
+
+/// Beside the path, so that it can be given the name.
+std::string freshName(const std::string& path) {
+    constexpr char kDigits[] = "0123456789abcdefghijklmnopqrstuv";
+    constexpr int kLength = 20;
+    std::random_device source;
+    std::string name = path + '.';
+    for (int i = 0; i < kLength; ++i) {
+        name += kDigits[source() % 32];
+    }
+    return name + ".new";
+}
+
+/// A file that goes away, with its journal, unless it was given its name.
+class NewFile {
+public:
+    explicit NewFile(std::string path) : path_(std::move(path)) {}
+    ~NewFile() {
+        if (!isNamed_) {
+            ::unlink(path_.c_str());
+            ::unlink((path_ + "-journal").c_str());
+        }
+    }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    const std::string& path() const noexcept { return path_; }
+
+    /// False if something has that name.
+    bool giveName(const std::string& name) {
+        isNamed_ = ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0;
+        const bool isUnknown = errno == EINVAL || errno == ENOSYS;
+        if (!isNamed_ && isUnknown) {
+            // As on a file system that cannot do it in one call; the first name goes with this object.
+            return link(name);
+        }
+        if (!isNamed_ && errno != EEXIST) {
+            failAt(errno, "The store cannot be given its name");
+        }
+        return isNamed_;
+    }
+
+private:
+    bool link(const std::string& name) const {
+        const bool isLinked = ::link(path_.c_str(), name.c_str()) == 0;
+        if (!isLinked && errno != EEXIST) {
+            failAt(errno, "The store cannot be given its name");
+        }
+        return isLinked;
+    }
+
+    std::string path_;
+    bool isNamed_ = false;
+};
+
+/// Brings a new name to the disk. Not every file system can; the store is whole either way.
+void syncFolderOf(const std::string& path) {
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file >= 0) {
+        ::fsync(file);
+        ::close(file);
+    }
+}
+
+}  // namespace
+
+void requireStore(const std::string& path) {
+    Connection connection(path, Access::Read, Milliseconds(0));
+    checkHeader(readHeader(connection));
+}
+
+void requireWholeFile(const std::string& path) {
+    Connection connection(path, Access::Read, Milliseconds(0));
+    const Header header = readHeader(connection);
+    const sqlite3_int64 pageSize = header.numberAt(kPageSizeAt) >> 16U;
+    const sqlite3_int64 size = pageSize * header.numberAt(kPageCountAt);
+    if (header.fileSize < size) {
+        fail(ErrorCode::NotRecoverable, "The store is cut off: it has " + std::to_string(header.fileSize) +
+                                            " of " + std::to_string(size) + " bytes");
+    }
+}
+
+bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {
+    NewFile file(freshName(path));
+    {
+        Connection connection(file.path(), Access::Create, busyTime);
+        connection.execute("PRAGMA synchronous = FULL");
+        createSchema(connection);
+    }
+    const bool isCreated = file.giveName(path);
+    if (isCreated) {
+        syncFolderOf(path);
+    }
+    return isCreated;
+}
+
+Found look(const std::string& path) {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) {
+        if (errno == ENOENT) {
+            return Found::Nothing;
+        }
+        failAt(errno, "The store cannot be reached");
+    }
+    if (S_ISDIR(status.st_mode)) {
+        refuse("a folder");
+    }
+    if (!S_ISREG(status.st_mode)) {
+        refuse("a pipe, a device or the like");
+    }
+    return Found::File;
+}
+
+void requireWritableFile(const std::string& path) {
+    if (::access(path.c_str(), W_OK) != 0) {
+        failAt(errno, "The store cannot be written");
+    }
+}
+
+}  // namespace foundation::storage::sqlite

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <pkgcore/platform/Export.hpp>
+#include <pkgcore/portable/storage/Provider.hpp>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+/// Marks what libpkgcore-sqlite exports.
+#if defined(PKGCORE_SQLITE_BUILDING)
+#define PKGCORE_SQLITE_API PKGCORE_SYMBOL_EXPORT
+#else
+#define PKGCORE_SQLITE_API PKGCORE_SYMBOL_IMPORT
+#endif
+
+namespace foundation::storage::provider {
+
+/// What a change that was made survives. The end of the process, however it comes, loses nothing either way.
+enum class SqliteDurability : unsigned char {
+    Full,   ///< the loss of power: a call returns when the change is on the disk
+    Normal  ///< not always the loss of power, which may take the last changes; the store stays whole
+};
+
+struct SqliteOptions {
+    /// Nothing is changed; every verb that would throws "the storage is read-only" (code 5).
+    bool isReadOnly = false;
+    /// A store is made where nothing is. Not together with isReadOnly.
+    bool mayCreate = true;
+    SqliteDurability durability = SqliteDurability::Full;
+    /// How long a call waits for other threads and processes before it throws "busy" (code 7).
+    std::chrono::milliseconds busyTime{5000};
+};
+
+/// A store in one file, an SQLite database of a layout of its own (docs/providers/sqlite.md). Several
+/// processes may have it open at once. Files of up to 16 TiB, folders of any size; a folder is moved, and
+/// removed from sight, as fast as a file. Every byte and every name is under a checksum: what is read is what
+/// was written, or the call throws "damaged" (code 10).
+///
+/// `path` is a native path. A relative one is resolved now, and a later change of the working directory does
+/// not matter. What a process that has ended left half written is cleaned up now.
+///
+/// Throws foundation::storage::vfs::Exception, and then nothing at the path has changed:
+/// - NotFound where nothing is and nothing is to be made, or a folder on the way is missing;
+/// - NotSupported for what is no store: a folder, a text, an empty file, the database of another program, and
+/// a
+///   store of a newer version. The message says what was found;
+/// - NotRecoverable for a store that is cut off or damaged;
+/// - AccessDenied or ReadOnlyStorage where it is to be written and may not be; TemporarilyBusy.
+///
+/// A store is made whole or not at all, also when several processes make it at once. One that was being made
+/// when the process ended leaves a file with a name of the form `<name>.<random>.new` beside the path.
+PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path,
+                                                                const SqliteOptions& options = {});
+
+}  // namespace foundation::storage::provider

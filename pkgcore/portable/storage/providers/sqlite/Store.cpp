@@ -1,0 +1,128 @@
+#include <pkgcore/portable/storage/providers/sqlite/Store.hpp>
+
+#include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+namespace foundation::storage::sqlite {
+
+using provider::SqliteDurability;
+using vfs::ErrorCode;
+
+namespace {
+
+constexpr std::size_t kMaxIdle = 8;
+
+/// Earlier ones can damage a database that has a write-ahead log and several connections.
+constexpr int kFirstWithSafeLog = 3'051'003;
+
+bool hasSafeLog() noexcept { return sqlite3_libversion_number() >= kFirstWithSafeLog; }
+
+// Deleted content is not overwritten (Debian's SQLite does that by itself), and eight megabytes of pages are
+// kept.
+constexpr const char* kTuning =
+    "PRAGMA secure_delete = OFF; PRAGMA cache_size = -8192; PRAGMA cell_size_check = ON; PRAGMA mmap_size = "
+    "0; "
+    "PRAGMA temp_store = MEMORY";
+
+void setJournal(Connection& connection) {
+    const std::string wanted = hasSafeLog() ? "wal" : "truncate";
+    const std::string set = connection.valueOf(("PRAGMA journal_mode = " + wanted).c_str());
+    if (set != wanted) {
+        fail(ErrorCode::TemporarilyBusy, "The store is in use with another kind of journal: " + set);
+    }
+}
+
+/// With the rollback journal, EXTRA brings its end to the disk, too; otherwise an acknowledged change might
+/// be rolled back after all.
+const char* durabilityPragma(SqliteDurability durability) noexcept {
+    if (durability == SqliteDurability::Normal) {
+        return "PRAGMA synchronous = NORMAL";
+    }
+    return hasSafeLog() ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = EXTRA";
+}
+
+provider::Identity identityOfFile(const std::string& path) {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) {
+        fail(ErrorCode::IOError, "The store has gone while it was opened");
+    }
+    return {status.st_dev, status.st_ino, 0};
+}
+
+}  // namespace
+
+Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options)
+    : options_(options), path_(first->fullPath()), pins_(path_, options.busyTime, !options.isReadOnly) {
+    prepare(*first);
+    {
+        Transaction transaction(*first, Access::Read);
+        checkSchema(*first);
+        key_ = readStoreRow(*first).key;
+        transaction.commit();
+    }
+    file_ = identityOfFile(path_);
+    idle_.reserve(kMaxIdle);
+    idle_.push_back(std::move(first));
+}
+
+provider::Identity Store::identityOf(std::int64_t entry) const noexcept {
+    return {file_.device, file_.container, static_cast<std::uint64_t>(entry)};
+}
+
+// The empty journal file goes, unless another process needs it.
+Store::~Store() {
+    if (!options_.isReadOnly && !hasSafeLog() && !idle_.empty()) {
+        sqlite3_busy_timeout(idle_.back()->get(), 0);
+        sqlite3_exec(idle_.back()->get(), "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr);
+    }
+}
+
+void Store::prepare(Connection& connection) const {
+    connection.execute(kTuning);
+    if (!options_.isReadOnly) {
+        setJournal(connection);
+        connection.execute(durabilityPragma(options_.durability));
+    }
+}
+
+void Store::requireWritable() const {
+    if (options_.isReadOnly) {
+        fail(ErrorCode::ReadOnlyStorage);
+    }
+}
+
+std::unique_ptr<Connection> Store::take() {
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (!idle_.empty()) {
+            std::unique_ptr<Connection> connection = std::move(idle_.back());
+            idle_.pop_back();
+            return connection;
+        }
+    }
+    const Access access = options_.isReadOnly ? Access::Read : Access::Write;
+    auto connection = std::make_unique<Connection>(path_, access, options_.busyTime);
+    prepare(*connection);
+    Transaction transaction(*connection, Access::Read);
+    if (readStoreRow(*connection).key != key_) {
+        fail(ErrorCode::IOError, "Another store has taken the place of this one");
+    }
+    transaction.commit();
+    return connection;
+}
+
+void Store::giveBack(std::unique_ptr<Connection> connection) noexcept {
+    // One that is still in a transaction is of no use.
+    if (sqlite3_get_autocommit(connection->get()) == 0) {
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (idle_.size() < kMaxIdle) {
+        idle_.push_back(std::move(connection));  // takes no memory
+    }
+}
+
+}  // namespace foundation::storage::sqlite

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Gate.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Pins.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/SqliteProvider.hpp>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace foundation::storage::sqlite {
+
+/// A store that is open: connections, of which each thread takes one as long as it needs it, and pins. Any
+/// thread may call any member at any time.
+class Store {
+public:
+    /// Of a file that is known to be a store. Takes over the first connection.
+    Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options);
+    ~Store();
+    Store(const Store&) = delete;
+    Store& operator=(const Store&) = delete;
+
+    /// Calls body(connection) within a transaction that sees one state of the store.
+    template <typename Body>
+    auto read(Body body) {
+        Lease lease(*this);
+        Transaction transaction(lease.connection(), Access::Read);
+        return finish(transaction, lease.connection(), body);
+    }
+
+    /// Calls body(connection) within a transaction, and commits it. Nothing is changed if it throws.
+    template <typename Body>
+    auto write(Body body) {
+        requireWritable();
+        const Passage passage(gate_, options_.busyTime);
+        Lease lease(*this);
+        Transaction transaction(lease.connection(), Access::Write);
+        return finish(transaction, lease.connection(), body);
+    }
+
+    Pins& pins() noexcept { return pins_; }
+
+    /// Of an entry, also among those of other stores.
+    provider::Identity identityOf(std::int64_t entry) const noexcept;
+
+    /// Throws "read-only" if it is.
+    void requireWritable() const;
+
+private:
+    /// A connection for one thread.
+    class Lease {
+    public:
+        explicit Lease(Store& store) : store_(store), connection_(store.take()) {}
+        ~Lease() { store_.giveBack(std::move(connection_)); }
+        Lease(const Lease&) = delete;
+        Lease& operator=(const Lease&) = delete;
+
+        Connection& connection() noexcept { return *connection_; }
+
+    private:
+        Store& store_;
+        std::unique_ptr<Connection> connection_;
+    };
+
+    template <typename Body>
+    static auto finish(Transaction& transaction, Connection& connection, Body& body) {
+        if constexpr (std::is_void_v<decltype(body(connection))>) {
+            body(connection);
+            transaction.commit();
+        } else {
+            auto result = body(connection);
+            transaction.commit();
+            return result;
+        }
+    }
+
+    void prepare(Connection& connection) const;
+    std::unique_ptr<Connection> take();
+    void giveBack(std::unique_ptr<Connection> connection) noexcept;
+
+    provider::SqliteOptions options_;
+    std::string path_;
+    std::int64_t key_ = 0;
+    provider::Identity file_;  ///< without a number
+    Pins pins_;
+    Gate gate_;
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<Connection>> idle_;
+};
+
+using SharedStore = std::shared_ptr<Store>;
+
+}  // namespace foundation::storage::sqlite

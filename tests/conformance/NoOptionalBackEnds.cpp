@@ -1,0 +1,7 @@
+#include "tests/conformance/BackEnds.hpp"
+
+namespace test {
+
+std::vector<BackEnd> optionalBackEnds() { return {}; }
+
+}  // namespace test

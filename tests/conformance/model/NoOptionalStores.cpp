@@ -1,0 +1,7 @@
+#include "tests/conformance/model/OptionalStores.hpp"
+
+namespace test::model {
+
+std::vector<Store> optionalStores() { return {}; }
+
+}  // namespace test::model

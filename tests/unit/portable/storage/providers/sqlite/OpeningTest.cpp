@@ -1,0 +1,286 @@
+#include <pkgcore/portable/storage/providers/sqlite/SqliteProvider.hpp>
+
+#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+
+#include "tests/support/DescriptorCount.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
+#include "tests/support/storage/ProviderCalls.hpp"
+#include "tests/support/storage/RawDatabase.hpp"
+#include "tests/support/storage/StoreFile.hpp"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <map>
+#include <thread>
+
+namespace {
+
+using namespace foundation::storage;
+using namespace foundation::storage::conformance;
+using foundation::storage::provider::openSqliteProvider;
+using foundation::storage::provider::Path;
+using foundation::storage::provider::SqliteOptions;
+using test::StoreFile;
+using testing::HasSubstr;
+
+SqliteOptions existing() {
+    SqliteOptions options = StoreFile::fast();
+    options.mayCreate = false;
+    return options;
+}
+
+SqliteOptions readOnly() {
+    SqliteOptions options = StoreFile::fast();
+    options.isReadOnly = true;
+    return options;
+}
+
+/// Code and message with which opening fails; and nothing around it changes.
+class Refusal : public testing::Test {
+protected:
+    void expectRefused(ErrorCode code, const std::string& message) {
+        setTime();
+        const std::string before = test::contentOf(file_.native());
+        for (const SqliteOptions& options : {StoreFile::fast(), existing(), readOnly()}) {
+            try {
+                file_.open(options);
+                ADD_FAILURE() << "it was opened";
+            } catch (const vfs::Exception& failure) {
+                EXPECT_EQ(failure.getErrorCode(), code) << failure.what();
+                EXPECT_THAT(failure.what(), HasSubstr(message));
+            }
+        }
+        EXPECT_EQ(test::contentOf(file_.native()), before);
+        const struct stat status = test::statusOf(file_.native());
+        EXPECT_EQ(status.st_mtim.tv_sec, kOldTime.tv_sec);
+        EXPECT_EQ(status.st_mtim.tv_nsec, kOldTime.tv_nsec);
+        for (const char* const beside : {"-journal", "-wal", "-shm", "-pins"}) {
+            EXPECT_FALSE(test::isThere(file_.native() + beside)) << beside;
+        }
+    }
+    void makeFile(const std::string& content) const { test::makeFile(file_.native(), content); }
+
+    /// The bytes of a store with something in it.
+    std::string someStore() const {
+        const StoreFile other;
+        test::writeFile(*other.open(), u"f", std::string(50'000, 'x'));
+        return test::contentOf(other.native());
+    }
+
+    StoreFile file_;
+
+private:
+    static constexpr timespec kOldTime{1'000'000'000, 123'000};
+    void setTime() const { test::setModifiedTime(file_.native(), kOldTime); }
+    test::NoDescriptorLeft noDescriptorLeft_;
+};
+
+TEST_F(Refusal, AnEmptyFileIsNotAdopted) {
+    makeFile("");
+    expectRefused(ErrorCode::NotSupported, "an empty file");
+}
+
+TEST_F(Refusal, ATextIsNoStore) {
+    makeFile("Dear diary,\n");
+    expectRefused(ErrorCode::NotSupported, "no SQLite database");
+    ::unlink(file_.native().c_str());
+    makeFile(std::string(10'000, '\n'));
+    expectRefused(ErrorCode::NotSupported, "no SQLite database");
+}
+
+TEST_F(Refusal, TheDatabaseOfAnotherProgramIsNoStore) {
+    test::RawDatabase(file_.native()).run("CREATE TABLE notes(text); PRAGMA application_id = 252006673");
+    expectRefused(ErrorCode::NotSupported, "another program (its application id is 0x0F055111)");
+}
+
+TEST_F(Refusal, ADatabaseWithoutAnApplicationIdIsNoStore) {
+    test::RawDatabase(file_.native()).run("CREATE TABLE notes(text)");
+    expectRefused(ErrorCode::NotSupported, "another program");
+}
+
+TEST_F(Refusal, ANewerStoreIsLeftAlone) {
+    makeFile(someStore());
+    test::RawDatabase(file_.native()).run("PRAGMA user_version = 2");
+    expectRefused(ErrorCode::NotSupported, "The store has version 2, and this library knows version 1");
+}
+
+TEST_F(Refusal, AStoreIsCutOff) {
+    const std::string whole = someStore();
+    for (const std::size_t size : {std::size_t{16}, std::size_t{99}}) {
+        makeFile(whole.substr(0, size));
+        expectRefused(ErrorCode::NotRecoverable, "cut off");
+        ::unlink(file_.native().c_str());
+    }
+    for (const std::size_t size :
+         {std::size_t{100}, std::size_t{4096}, whole.size() / 2, whole.size() - 4096}) {
+        makeFile(whole.substr(0, size));
+        expectRefused(ErrorCode::NotRecoverable, "cut off");
+        ::unlink(file_.native().c_str());
+    }
+}
+
+TEST_F(Refusal, TablesOfAnotherShapeAreDamage) {
+    makeFile(someStore());
+    test::RawDatabase(file_.native()).run("ALTER TABLE orphan ADD COLUMN more INTEGER");
+    expectRefused(ErrorCode::NotRecoverable, "its tables are not those of a store");
+}
+
+TEST(SqliteOpening, AFolderAndAPipeAreNoStores) {
+    const StoreFile file;
+    test::makeFolder(file.tree() / "d");
+    test::makePipe(file.tree() / "p");
+    for (const char* const name : {"d", "p"}) {
+        PKGCORE_EXPECT_FAILURE(NotSupported, openSqliteProvider(file.tree().text(name)));
+    }
+}
+
+TEST(SqliteOpening, AStoreIsMadeOnlyWhereThatIsWanted) {
+    const StoreFile file;
+    PKGCORE_EXPECT_FAILURE(NotFound, file.open(existing()));
+    PKGCORE_EXPECT_FAILURE(NotFound, file.open(readOnly()));
+    EXPECT_FALSE(test::isThere(file.native()));
+    file.open();
+    EXPECT_NO_THROW(file.open(existing()));
+    EXPECT_NO_THROW(file.open(readOnly()));
+}
+
+TEST(SqliteOpening, TheFolderAroundAStoreMustBeThere) {
+    const StoreFile file;
+    PKGCORE_EXPECT_FAILURE(NotFound, openSqliteProvider(file.tree().text("missing/store.db")));
+    test::makeFile(file.tree() / "f");
+    PKGCORE_EXPECT_FAILURE(NotFound, openSqliteProvider(file.tree().text("f/store.db")));
+    PKGCORE_EXPECT_FAILURE(NotFound, openSqliteProvider(u""));
+    PKGCORE_EXPECT_FAILURE(NotSupported, openSqliteProvider(std::u16string(u"a\0b", 3)));
+    PKGCORE_EXPECT_FAILURE(NotSupported, openSqliteProvider(u"a\xD800"));
+}
+
+TEST(SqliteOpening, ClosedAStoreIsOneFile) {
+    const StoreFile file;
+    {
+        const auto store = file.open();
+        test::writeFile(*store, u"large", std::string(300'000, 'x'));
+        const auto reader = store->openReader(Path(u"large"));
+        EXPECT_TRUE(test::isThere(file.native() + "-pins"));
+    }
+    EXPECT_EQ(std::system(("test \"$(ls -A '" + file.tree().path() + "')\" = store.db").c_str()), 0);
+}
+
+TEST(SqliteOpening, WhatWasWrittenIsThereAgain) {
+    const StoreFile file;
+    const std::string large = test::someBytes(5'000'000);
+    {
+        const auto store = file.open();
+        store->createFolder(Path(u"d"));
+        test::writeFile(*store, u"d/small", "text");
+        test::writeFile(*store, u"d/large", large);
+    }
+    const auto store = file.open();
+    EXPECT_EQ(test::readFile(*store, u"d/small"), "text");
+    EXPECT_EQ(test::readFile(*store, u"d/large"), large);
+}
+
+TEST(SqliteOpening, NamesThatMeanSomethingToSqliteAreFiles) {
+    const StoreFile file;
+    test::runInChild([&] {
+        ASSERT_EQ(::chdir(file.tree().path().c_str()), 0);
+        for (const char16_t* const name : {u":memory:", u"file:a?mode=memory", u"%41"}) {
+            test::writeFile(*openSqliteProvider(name, StoreFile::fast()), u"f", "text");
+            EXPECT_EQ(test::readFile(*openSqliteProvider(name, existing()), u"f"), "text");
+            EXPECT_TRUE(test::isThere(file.tree() / [name] {
+                return std::string(name, name + std::char_traits<char16_t>::length(name));
+            }()));
+        }
+    });
+}
+
+TEST(SqliteOpening, TheWorkingDirectoryIsOfNoFurtherInterest) {
+    const StoreFile file;
+    test::runInChild([&] {
+        ASSERT_EQ(::chdir(file.tree().path().c_str()), 0);
+        const auto store = openSqliteProvider(u"store.db", StoreFile::fast());
+        ASSERT_EQ(::chdir("/"), 0);
+        std::thread([&] { test::writeFile(*store, u"f", "text"); }).join();
+        const auto reader = store->openReader(Path(u"f"));
+        std::thread([&] { EXPECT_EQ(test::readFile(*store, u"f"), "text"); }).join();
+    });
+}
+
+TEST(SqliteOpening, AByteThatIsNoTextIsPartOfAPath) {
+    const StoreFile file;
+    openSqliteProvider(file.tree().text(std::u16string_view(u"\xDCFF.db")), StoreFile::fast());
+    EXPECT_TRUE(test::isThere(file.tree() / "\xFF.db"));
+}
+
+TEST(SqliteOpening, AReadOnlyStoreIsReadAndNothingElse) {
+    const StoreFile file;
+    const std::string large = test::someBytes(300'000);
+    test::writeFile(*file.open(), u"f", large);
+    const std::string before = test::contentOf(file.native());
+    const auto store = file.open(readOnly());
+    EXPECT_EQ(test::readFile(*store, u"f"), large);
+    EXPECT_TRUE(store->find(Path(u"f")));
+    const Path f(u"f");
+    const Path g(u"g");
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->openWriter(g, provider::WriteMode::Create));
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->createFolder(g));
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->remove(f));
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->removeTree(f));
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->copy(f, g, kFail));
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->move(f, g, kFail));
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->setWritable(f, false));
+    PKGCORE_EXPECT_FAILURE(ReadOnlyStorage, store->setLastModified(f, boost::posix_time::ptime()));
+    EXPECT_EQ(test::contentOf(file.native()), before);
+}
+
+TEST(SqliteOpening, AFileThatMayNotBeWrittenIsOpenedForReadingAlone) {
+    test::runAsOrdinaryUser([] {
+        const StoreFile file;
+        test::writeFile(*file.open(), u"f", "text");
+        test::setMode(file.native(), 0400);
+        PKGCORE_EXPECT_FAILURE(AccessDenied, file.open());
+        EXPECT_EQ(test::readFile(*file.open(readOnly()), u"f"), "text");
+        test::setMode(file.native(), 0000);
+        PKGCORE_EXPECT_FAILURE(AccessDenied, file.open(readOnly()));
+    });
+}
+
+TEST(SqliteOpening, AReadOnlyFolderIsNoHindranceForReading) {
+    test::runAsOrdinaryUser([] {
+        const StoreFile file;
+        const std::string large = test::someBytes(300'000);
+        test::writeFile(*file.open(), u"f", large);
+        test::setMode(file.tree().path(), 0500);
+        EXPECT_EQ(test::readFile(*file.open(readOnly()), u"f"), large);
+        test::setMode(file.tree().path(), 0700);
+    });
+}
+
+TEST(SqliteOpening, BusyTimeIsTheLimitOfWaiting) {
+    const StoreFile file;
+    SqliteOptions options = StoreFile::fast();
+    options.busyTime = std::chrono::milliseconds(50);
+    const auto store = file.open(options);
+    test::RawDatabase other(file.native());
+    other.run("BEGIN IMMEDIATE");
+    const auto begin = std::chrono::steady_clock::now();
+    PKGCORE_EXPECT_FAILURE(TemporarilyBusy, store->createFolder(Path(u"d")));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, options.busyTime);
+    EXPECT_FALSE(store->find(Path(u"d"))) << "reading goes on";
+    other.run("ROLLBACK");
+    EXPECT_NO_THROW(store->createFolder(Path(u"d")));
+}
+
+TEST(SqliteOpening, ManyMakeOneStore) {
+    const StoreFile file;
+    std::vector<std::thread> threads;
+    for (char16_t name = u'a'; name < u'i'; ++name) {
+        threads.emplace_back([&file, name] { file.open()->createFolder(Path(std::u16string(1, name))); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(file.open()->list(Path())->next().size(), 8U);
+    EXPECT_EQ(std::system(("test \"$(ls -A '" + file.tree().path() + "')\" = store.db").c_str()), 0);
+}
+
+}  // namespace
