@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cerrno>
+#include <cstring>
 #include <new>
 
 namespace foundation::storage::sqlite {
@@ -11,7 +12,7 @@ using vfs::ErrorCode;
 
 namespace {
 
-/// Of a file that could not be opened, read or written.
+/// Of a file that could not be opened, read, written or named.
 ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
     switch (error) {
         case EACCES:
@@ -19,7 +20,10 @@ ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
             return ErrorCode::AccessDenied;
         case ENOENT:
         case ENOTDIR:
+        case ENAMETOOLONG:
             return ErrorCode::NotFound;
+        case EEXIST:
+            return ErrorCode::AlreadyExists;
         case EROFS:
             return ErrorCode::ReadOnlyStorage;
         case EMFILE:
@@ -64,6 +68,10 @@ void fail(ErrorCode code, const std::string& message) { throw vfs::Exception(cod
 
 void failDamaged(const char* what) {
     fail(ErrorCode::NotRecoverable, std::string("The stored data is damaged: ") + what);
+}
+
+void failWithSystem(int error, const char* what) {
+    fail(codeOfSystem(error, ErrorCode::IOError), std::string(what) + ": " + std::strerror(error));
 }
 
 ErrorCode storageCode(int result, int systemError) noexcept {
