@@ -15,6 +15,8 @@ public:
     using Provider = foundation::storage::provider::Provider;
     using Options = foundation::storage::provider::SqliteOptions;
 
+    explicit StoreFile(const std::string& parent = fastFolder()) : tree_(parent) {}
+
     const TempTree& tree() const noexcept { return tree_; }
     std::string native() const { return tree_ / "store.db"; }
     std::u16string path() const { return tree_.text("store.db"); }
@@ -32,7 +34,7 @@ public:
     }
 
 private:
-    TempTree tree_{fastFolder()};
+    TempTree tree_;
 };
 
 }  // namespace test

@@ -60,6 +60,27 @@ std::string messageOf(sqlite3* connection, int result) {
     return message;
 }
 
+int lastErrorOf(sqlite3* connection, int whichFile) {
+    sqlite3_file* file = nullptr;
+    int error = 0;
+    sqlite3_file_control(connection, "main", whichFile, &file);
+    if (file != nullptr && file->pMethods != nullptr) {
+        file->pMethods->xFileControl(file, SQLITE_FCNTL_LAST_ERRNO, &error);
+    }
+    return error;
+}
+
+/// Between a write that fails and its report, other calls have their turn, and the connection knows no more
+/// than errno. The files remember.
+int systemErrorOf(sqlite3* connection, int result) {
+    if (result == SQLITE_IOERR_WRITE) {
+        for (const int file : {SQLITE_FCNTL_FILE_POINTER, SQLITE_FCNTL_JOURNAL_POINTER}) {
+            if (const int error = lastErrorOf(connection, file); error != 0) return error;
+        }
+    }
+    return sqlite3_system_errno(connection);
+}
+
 }  // namespace
 
 void fail(ErrorCode code) { throw vfs::Exception(code, vfs::AbsoluteIRI()); }
@@ -109,7 +130,7 @@ void failWith(sqlite3* connection, int result) {
     if ((result & 0xFF) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) {
         throw std::bad_alloc();
     }
-    fail(storageCode(result, sqlite3_system_errno(connection)), messageOf(connection, result));
+    fail(storageCode(result, systemErrorOf(connection, result)), messageOf(connection, result));
 }
 
 }  // namespace foundation::storage::sqlite

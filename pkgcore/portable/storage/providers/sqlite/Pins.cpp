@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <exception>
 #include <thread>
 #include <utility>
 
@@ -81,9 +82,22 @@ Pins::Pins(std::string storePath, std::chrono::milliseconds patience, bool isReq
       isRequired_(isRequired) {}
 
 Pins::~Pins() {
+    takeOver();
     if (file_ >= 0) {
         removeIfLast();
         ::close(file_);
+    }
+}
+
+/// A process that was killed has left the file behind.
+void Pins::takeOver() noexcept {
+    if (file_ >= 0 || !isRequired_ || ::access(path_.c_str(), F_OK) != 0) {
+        return;
+    }
+    try {
+        tryOpen();
+    } catch (const std::exception&) {
+        // It stays for the next one.
     }
 }
 

@@ -31,7 +31,8 @@ private:
 
 /// Who is in use: one byte for each of them in a file beside the store, `<store>-pins`, that holds nothing
 /// and is locked by who uses it. The system gives the locks back when a process ends, however that happens.
-/// The file is made when it is first needed and removed by the last one to leave.
+/// The file is made when it is first needed and removed by the last one to leave,
+/// also where a process that was killed could not.
 ///
 /// Not in the file of the store itself: closing any descriptor of that would drop the locks of SQLite.
 class Pins {
@@ -53,6 +54,7 @@ private:
 
     void open();
     bool tryOpen();
+    void takeOver() noexcept;
     void removeIfLast() noexcept;
     void release(std::int64_t number) noexcept;
 

@@ -1,0 +1,212 @@
+// The power fails: of what was not brought to the disk, anything may be there or not.
+
+#include <pkgcore/platform/storage/Exceptions.hpp>
+
+#include "tests/sqlite/Change.hpp"
+#include "tests/sqlite/FaultyVfs.hpp"
+#include "tests/sqlite/Soundness.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/storage/StoreFile.hpp"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+
+namespace test {
+
+namespace {
+
+namespace vfs = foundation::storage::vfs;
+using foundation::storage::provider::SqliteDurability;
+using Kind = VfsCall::Kind;
+
+/// What becomes of what was not synced.
+enum class Loss : unsigned char {
+    All,
+    Some,            ///< of each sector, but nothing of what came behind a truncation that is lost
+    SomeInAnyOrder,  ///< of each sector and each truncation
+    Nothing
+};
+
+/// A disk with a cache in front of it.
+class Disk {
+public:
+    explicit Disk(unsigned seed) : random_(seed) {}
+
+    void note(const VfsCall& call) {
+        if (call.kind == Kind::Open && isThere(call.path))
+            files_.try_emplace(call.path, File{contentOf(call.path), true, {}});
+        if (call.kind == Kind::Write) pending(call).push_back({call.offset, textOf(call), false});
+        if (call.kind == Kind::Truncate) pending(call).push_back({call.size, {}, true});
+        if (call.kind == Kind::Sync) files_[call.path] = {contentOf(call.path), true, {}};
+        if (call.kind == Kind::Delete) files_[call.path] = {};
+    }
+
+    /// Makes the files what is found after the cut.
+    void cut(Loss loss) {
+        for (auto& [path, file] : files_) {
+            ::unlink(path.c_str());
+            const bool isNamed = file.isNamed || (loss != Loss::All && !file.pending.empty());
+            if (isNamed) makeFile(path, after(file, loss));
+        }
+    }
+
+private:
+    struct Write {
+        sqlite3_int64 offset;
+        std::string bytes;
+        bool isTruncation;
+    };
+    struct File {
+        std::string durable;
+        bool isNamed = false;
+        std::vector<Write> pending;
+    };
+
+    static std::string textOf(const VfsCall& call) {
+        return {static_cast<const char*>(call.bytes), static_cast<std::size_t>(call.size)};
+    }
+
+    std::vector<Write>& pending(const VfsCall& call) { return files_[call.path].pending; }
+
+    std::string after(const File& file, Loss loss) {
+        std::string content = file.durable;
+        for (const Write& write : file.pending) {
+            if (!write.isTruncation) {
+                writeSectors(content, write, loss);
+            } else if (arrives(loss)) {
+                content.resize(static_cast<std::size_t>(write.offset));
+            } else if (loss == Loss::Some) {
+                break;
+            }
+        }
+        return content;
+    }
+
+    bool arrives(Loss loss) {
+        const bool isOpen = loss == Loss::Some || loss == Loss::SomeInAnyOrder;
+        return loss == Loss::Nothing || (isOpen && random_() % 2 == 0);
+    }
+
+    /// A disk writes sectors whole or not at all.
+    void writeSectors(std::string& content, const Write& write, Loss loss) {
+        constexpr std::size_t kSector = 512;
+        for (std::size_t at = 0; at < write.bytes.size(); at += kSector) {
+            const std::size_t size = std::min(kSector, write.bytes.size() - at);
+            const std::size_t to = static_cast<std::size_t>(write.offset) + at;
+            if (!arrives(loss)) continue;
+            if (content.size() < to + size) content.resize(to + size);
+            content.replace(to, size, write.bytes, at, size);
+        }
+    }
+
+    std::mt19937 random_;
+    std::map<std::string, File> files_;
+};
+
+struct Case {
+    const char* name;
+    SqliteDurability durability;
+    Loss loss;
+};
+
+class SqlitePowerCut : public testing::TestWithParam<Case> {
+protected:
+    SqlitePowerCut() {
+        file_.open(options());
+        empty_ = contentOf(file_.native());
+    }
+
+    /// The scenario with the power failing at this change of a file. False if it was never reached.
+    bool run(unsigned number) {
+        SCOPED_TRACE(number);
+        ::unlink((file_.native() + "-journal").c_str());
+        ::unlink(file_.native().c_str());
+        makeFile(file_.native(), empty_);
+        Disk disk(number);
+        states_ = {Tree()};
+        unsigned calls = 0;
+        {
+            FaultyVfs faulty;
+            faulty.onCall([&](const VfsCall& call) {
+                const bool changes = call.kind == Kind::Write || call.kind == Kind::Truncate ||
+                                     call.kind == Kind::Sync || call.kind == Kind::Delete;
+                if (changes) ++calls;
+                if (calls >= number) return SQLITE_IOERR;
+                disk.note(call);
+                return SQLITE_OK;
+            });
+            makeChanges();
+        }
+        disk.cut(GetParam().loss);
+        compare();
+        return calls >= number;
+    }
+
+private:
+    static StoreFile::Options options() {
+        StoreFile::Options options;
+        options.durability = GetParam().durability;
+        options.busyTime = std::chrono::milliseconds(1);
+        return options;
+    }
+
+    /// Notes each state that was acknowledged, and that which was not.
+    void makeChanges() {
+        try {
+            const auto store = file_.open(options());
+            for (const Change& change : allKinds(80'000)) {
+                Tree next = states_.back();
+                ASSERT_TRUE(change.makeIn(next));
+                isLastOpen_ = true;
+                states_.push_back(next);
+                change.makeIn(*store);
+                isLastOpen_ = false;
+            }
+        } catch (const vfs::Exception&) {
+            // The machine is off.
+        }
+    }
+
+    void compare() {
+        const Tree found = contentsOf(*file_.open(options()));
+        const bool isFull = GetParam().durability == SqliteDurability::Full;
+        const std::size_t oldest = isFull ? states_.size() - (isLastOpen_ ? 2 : 1) : 0;
+        const auto first = states_.begin() + static_cast<std::ptrdiff_t>(oldest);
+        const bool isKnown = std::any_of(
+            first, states_.end(), [&found](const Tree& tree) { return difference(tree, found).empty(); });
+        EXPECT_TRUE(isKnown) << "after " << states_.size() - 1 << " changes: " << difference(*first, found);
+        expectSound(file_);
+    }
+
+    StoreFile file_;
+    std::string empty_;
+    std::vector<Tree> states_;
+    bool isLastOpen_ = false;
+};
+
+TEST_P(SqlitePowerCut, LeavesWhatWasPromised) {
+    unsigned number = 1;
+    while (run(number) && !HasFailure()) ++number;
+    RecordProperty("cuts", static_cast<int>(number - 1));
+    EXPECT_GE(number, 50U) << "so often at least is a file changed";
+}
+
+constexpr Case kCases[] = {
+    {"FullWithAllLost", SqliteDurability::Full, Loss::All},
+    {"FullWithSomeLost", SqliteDurability::Full, Loss::Some},
+    {"FullWithSomeLostInAnyOrder", SqliteDurability::Full, Loss::SomeInAnyOrder},
+    {"FullWithNothingLost", SqliteDurability::Full, Loss::Nothing},
+    {"NormalWithAllLost", SqliteDurability::Normal, Loss::All},
+    {"NormalWithSomeLost", SqliteDurability::Normal, Loss::Some},
+};
+
+INSTANTIATE_TEST_SUITE_P(Loss, SqlitePowerCut, testing::ValuesIn(kCases),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+}  // namespace
+
+}  // namespace test
