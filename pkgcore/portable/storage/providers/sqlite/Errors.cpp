@@ -111,7 +111,6 @@ ErrorCode storageCode(int result, int systemError) noexcept {
         case SQLITE_AUTH:
             return ErrorCode::AccessDenied;
         case SQLITE_CANTOPEN:
-            return codeOfSystem(systemError, ErrorCode::IOError);
         case SQLITE_IOERR:
             return codeOfSystem(systemError, ErrorCode::IOError);
         // The statements are fixed and the schema was checked: what does not fit them is damage.

@@ -10,7 +10,6 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <string_view>
 
 namespace foundation::storage::sqlite {
@@ -59,8 +58,11 @@ Header readHeader(Connection& connection) {
 }
 
 std::string inHex(std::uint32_t number) {
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", number);
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text = "0x";
+    for (unsigned shift = 32; shift > 0; shift -= 4) {
+        text += kDigits[number >> (shift - 4) & 0xFU];
+    }
     return text;
 }
 
