@@ -30,9 +30,9 @@ using vfs::ErrorCode;
 
 constexpr unsigned kProcesses = 4;
 constexpr unsigned kThreads = 4;
-constexpr unsigned kFilesEach = 20;
-constexpr unsigned kJobs = 60;
-constexpr unsigned kStepsEach = 10;
+constexpr unsigned kFilesEach = 50;
+constexpr unsigned kJobs = 200;
+constexpr unsigned kStepsEach = 50;
 
 std::u16string numbered(const char* name, unsigned number) { return text(name + std::to_string(number)); }
 
