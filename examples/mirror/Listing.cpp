@@ -3,8 +3,8 @@
 #include "../support/Interruption.hpp"
 #include "../support/Printable.hpp"
 
+#include <pkgcore/platform/except/Exception.hpp>
 #include <pkgcore/platform/storage/CanonicalAbsoluteIRI.hpp>
-#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/platform/storage/Folder.hpp>
 #include <pkgcore/platform/storage/Listing.hpp>
 
@@ -27,13 +27,13 @@ struct Open {
 Kind kindOf(const Item& item, const vfs::ListEntry& entry) {
     const std::optional<opc::ustring> native = item.native();
     if (!native) {
-        return boost::get<vfs::Folder>(&entry.getFileOrFolder()) != nullptr ? Kind::folder : Kind::file;
+        return boost::get<vfs::Folder>(&entry.getFileOrFolder()) != nullptr ? Kind::Folder : Kind::File;
     }
     opc::FileSystemOps& files = item.nativeFiles();
     if (files.isFile(*native)) {
-        return Kind::file;
+        return Kind::File;
     }
-    return files.isFolder(*native) ? Kind::folder : files.isSymlink(*native) ? Kind::link : Kind::other;
+    return files.isFolder(*native) ? Kind::Folder : files.isSymlink(*native) ? Kind::Link : Kind::Other;
 }
 
 /// Storage lists folders too, which getFiles() leaves out: by their IRIs, which native paths have as well.
@@ -55,7 +55,7 @@ private:
     void tryFolder(const Open& folder) {
         try {
             listFolder(folder);
-        } catch (const vfs::Exception& failure) {
+        } catch (const foundation::core::except::Exception& failure) {
             onFailure_("cannot be listed: " + printable(folder.path) + ": " + failure.what());
         }
     }
@@ -74,7 +74,7 @@ private:
         const opc::ustring path = place_.files.appendPath(folder.path, name);
         const Kind kind = kindOf(Item{place_, path}, entry);
         found_.emplace(relative, Listed{path, kind});
-        if (kind == Kind::folder) {
+        if (kind == Kind::Folder) {
             open_.push_back({entry.getLocation(), path, relative});
         }
     }

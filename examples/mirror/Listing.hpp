@@ -10,7 +10,7 @@
 
 namespace mirror {
 
-enum class Kind { file, folder, link, other };
+enum class Kind { File, Folder, Link, Other };
 
 struct Listed {
     opc::ustring path;

@@ -54,6 +54,7 @@ void requireIRIsOnTheWay(const std::vector<Place>& places) {
 
 std::vector<Place> placesFor(const mirror::Stores& stores, const std::vector<opc::ustring>& arguments) {
     std::vector<Place> places;
+    places.reserve(arguments.size());
     for (const opc::ustring& argument : arguments) {
         places.push_back(placeFor(stores, argument));
     }

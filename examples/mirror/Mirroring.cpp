@@ -9,6 +9,15 @@
 
 namespace mirror {
 
+namespace {
+
+void markFolder(const Item& original, const Item& copy) {
+    setTime(copy, original.files().getLastModifiedTime(original.path));
+    copyPermissions(original, copy);
+}
+
+}  // namespace
+
 /// A failure is one of this item.
 template <typename Work>
 void Mirroring::attempt(Work work) {
@@ -68,14 +77,14 @@ void Mirroring::mirrorAll(bool mayRemove) {
 /// A folder does not give way to a file, nor a file to a folder.
 bool Mirroring::isOther(const opc::ustring& relative, Kind kind) const {
     const auto source = sources_.find(relative);
-    return source == sources_.end() || (source->second.kind == Kind::folder) != (kind == Kind::folder);
+    return source == sources_.end() || (source->second.kind == Kind::Folder) != (kind == Kind::Folder);
 }
 
 /// What a folder holds goes before the folder.
 void Mirroring::removeOthers() {
     const Listing present = listAll(to_);
     for (const auto& [relative, item] : present) {
-        if (item.kind == Kind::folder) {
+        if (item.kind == Kind::Folder) {
             openUp({to_, item.path});
         }
     }
@@ -94,13 +103,13 @@ void Mirroring::removeOthers() {
 void Mirroring::mirrorItem(const opc::ustring& relative, const Listed& source) {
     const Item original{from_, source.path};
     switch (source.kind) {
-        case Kind::folder:
+        case Kind::Folder:
             return mirrorFolder(original, copyOf(relative));
-        case Kind::file:
+        case Kind::File:
             return mirrorFile(original, copyOf(relative));
-        case Kind::link:
+        case Kind::Link:
             return mirrorLink(original, copyOf(relative));
-        case Kind::other:  // a pipe or a device: there is nothing in it that could be copied
+        case Kind::Other:  // a pipe or a device: there is nothing in it that could be copied
             return tally_.skip(source.path, "neither a file nor a folder");
     }
 }
@@ -119,6 +128,7 @@ void Mirroring::mirrorFolder(const Item& original, const Item& copy) {
     }
     openUp(copy);
     ++tally_.folders;
+    folders_.emplace_back(original, copy);
 }
 
 void Mirroring::mirrorFile(const Item& original, const Item& copy) {
@@ -150,20 +160,11 @@ void Mirroring::mirrorLink(const Item& original, const Item& copy) {
 /// When all is in them, since that changes their times and takes the right to write; a folder after those in
 /// it.
 void Mirroring::markFolders() {
-    for (auto item = sources_.rbegin(); item != sources_.rend(); ++item) {
-        if (item->second.kind == Kind::folder) {
-            stopIfInterrupted();
-            attempt([&] { markFolder({from_, item->second.path}, copyOf(item->first)); });
-        }
+    for (auto folder = folders_.rbegin(); folder != folders_.rend(); ++folder) {
+        stopIfInterrupted();
+        attempt([&] { markFolder(folder->first, folder->second); });
     }
     attempt([&] { markFolder({from_, from_.root}, copyOf({})); });
-}
-
-void Mirroring::markFolder(const Item& original, const Item& copy) {
-    if (copy.files().isFolder(copy.path)) {
-        setTime(copy, original.files().getLastModifiedTime(original.path));
-        copyPermissions(original, copy);
-    }
 }
 
 }  // namespace mirror

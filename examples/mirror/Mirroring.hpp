@@ -4,6 +4,9 @@
 #include "Place.hpp"
 #include "Tally.hpp"
 
+#include <utility>
+#include <vector>
+
 namespace mirror {
 
 /// Makes one place hold what another holds.
@@ -29,7 +32,6 @@ private:
     void mirrorFile(const Item& original, const Item& copy);
     void mirrorLink(const Item& original, const Item& copy);
     void markFolders();
-    void markFolder(const Item& original, const Item& copy);
     Item copyOf(const opc::ustring& relative) const;
 
     template <typename Work>
@@ -38,6 +40,7 @@ private:
     const Place& from_;
     const Place& to_;
     Listing sources_;
+    std::vector<std::pair<Item, Item>> folders_;  ///< and their copies, that are there now
     Tally tally_;
 };
 

@@ -189,6 +189,7 @@ expect_status 0 "$mirror" odd "file://$PWD/odd2" odd3
 expect_same odd odd3
 expect_status 1 "$mirror" odd mem:///odd
 expect_line 'mirror: appendPath failed: .*'
+expect_line '.* 0 copied, 0 unchanged, 0 removed, 0 skipped, 2 failures'
 
 # A file that cannot be read is one failure, and nothing is removed after one: neither here nor further on.
 mkdir partly partly/locked
@@ -263,4 +264,6 @@ expect_status 2 "$mirror" from ''
 expect_status 2 "$mirror" from 'mem://store/%zz'
 expect_line 'mirror: The percent-encoding at offset 12 lacks its two hexadecimal digits: mem://store/%zz'
 expect_status 1 "$mirror" from zip:///not/mounted
+expect_status 1 "$mirror" zip:///not/mounted to
+expect_line 'mirror: cannot be listed: zip:///not/mounted: The scheme is not mounted'
 [[ -z $(find . -name '*.tmp') ]] || fail "left behind: $(find . -name '*.tmp')"

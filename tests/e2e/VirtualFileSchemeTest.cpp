@@ -93,6 +93,8 @@ TEST_F(VirtualFileScheme, NeitherListsNorCopiesAPipe) {
         EXPECT_EQ(ec, make_error_code(errc::operation_not_supported)) << testing::PrintToString(from);
         EXPECT_FALSE(ops.exists(to));
     }
+    local.copy(tree.text("tree/pipe"), tree.text("new"), opc::Fail);
+    EXPECT_FALSE(local.exists(tree.text("new"))) << "nothing happens, and that is no failure";
     EXPECT_EQ(local.getPermissions(tree.text("tree/pipe")), 0644U);
 }
 

@@ -73,13 +73,13 @@ void check(const std::u16string& text) {
     const reference::IRIReading expected = reference::spelledIRI(text);
     try {
         const AbsoluteIRI iri(text);
-        require(expected.kind == IRIKind::valid);
+        require(expected.kind == IRIKind::Valid);
         checkIRI(iri, expected.text);
     } catch (const InvalidIRIException& refusal) {
-        require(expected.kind == IRIKind::invalid);
+        require(expected.kind == IRIKind::Invalid);
         checkRefusal(text, refusal);
     } catch (const UnsupportedIRISchemeException& refusal) {
-        require(expected.kind == IRIKind::unsupported);
+        require(expected.kind == IRIKind::Unsupported);
         require(refusal.getScheme() == reference::partsOfIRI(text).scheme);
     }
 }

@@ -62,8 +62,8 @@ void checkIRI(const Text& given, const Text& rest) {
     const reference::IRIReading base = reference::spelledIRI(given);
     const Text relative = withoutFirstSlash(rest);
     const reference::IRIReading expected =
-        base.kind == IRIKind::valid ? reference::joinedIRI(base.text, relative) : base;
-    if (expected.kind != IRIKind::valid) {
+        base.kind == IRIKind::Valid ? reference::joinedIRI(base.text, relative) : base;
+    if (expected.kind != IRIKind::Valid) {
         require(!joinedByConstructors(given, relative));
         return;
     }

@@ -63,10 +63,10 @@ void checkIRIOf(const Text& scheme, const Text& path) {
     const reference::IRIReading expected = reference::iriOfPath(scheme, path);
     try {
         const AbsoluteIRI iri = foundation::storage::vfs::toAbsoluteIRI(scheme, path);
-        require(expected.kind == IRIKind::valid && iri.toString() == expected.text);
+        require(expected.kind == IRIKind::Valid && iri.toString() == expected.text);
         checkBack(iri);
     } catch (const InvalidIRIException&) {
-        require(expected.kind == IRIKind::invalid);
+        require(expected.kind == IRIKind::Invalid);
     }
 }
 
@@ -98,7 +98,7 @@ void checkBothWays(const Text& path) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Text path = fuzz::textOf(fuzz::bytesOf(data, size));
     if (path.find(u"://") != Text::npos) {
-        if (reference::spelledIRI(path).kind == IRIKind::valid) checkBack(AbsoluteIRI(path));
+        if (reference::spelledIRI(path).kind == IRIKind::Valid) checkBack(AbsoluteIRI(path));
         return 0;
     }
     const bool isOdd = path.size() % 2 == 1;  // one scheme at a time, for more inputs

@@ -12,7 +12,7 @@
 /// encoded is decoded into bytes, and those are encoded afresh. Slow.
 namespace reference {
 
-enum class IRIKind { valid, invalid, unsupported };
+enum class IRIKind { Valid, Invalid, Unsupported };
 
 struct IRIReading {
     IRIKind kind;
@@ -168,14 +168,14 @@ inline bool isKnownScheme(const std::u16string& scheme) {
 inline IRIReading spelledIRI(const std::u16string& text) {
     const std::size_t mark = text.find(u"://");
     const std::u16string scheme = text.substr(0, mark);
-    if (mark == text.npos || !isScheme(scheme)) return {IRIKind::invalid, {}};
-    if (!isKnownScheme(scheme)) return {IRIKind::unsupported, {}};
+    if (mark == text.npos || !isScheme(scheme)) return {IRIKind::Invalid, {}};
+    if (!isKnownScheme(scheme)) return {IRIKind::Unsupported, {}};
     const std::u32string rest = pointsOf(text.substr(mark + 3));
     const std::size_t slash = std::min(rest.find(U'/'), rest.size());
     const auto authority = spelledAuthority(rest.substr(0, slash));
     const auto path = spelledPath(rest.substr(slash), loweredAscii(scheme) == u"file");
-    if (!authority || !path) return {IRIKind::invalid, {}};
-    return {IRIKind::valid, scheme + u"://" + *authority + *path};
+    if (!authority || !path) return {IRIKind::Invalid, {}};
+    return {IRIKind::Valid, scheme + u"://" + *authority + *path};
 }
 
 struct SpelledParts {
@@ -249,10 +249,10 @@ inline std::optional<std::u16string> encodedWhole(const std::u16string& plain, b
 
 /// What a plain relative text names below a spelled IRI.
 inline IRIReading joinedIRI(const std::u16string& base, const std::u16string& relative) {
-    if (relative.empty()) return {IRIKind::valid, base};
+    if (relative.empty()) return {IRIKind::Valid, base};
     const SpelledParts parts = partsOfIRI(base);
     const auto encoded = encodedWhole(relative, loweredAscii(parts.scheme) == u"file");
-    if (!encoded) return {IRIKind::invalid, {}};
+    if (!encoded) return {IRIKind::Invalid, {}};
     const bool hasSlash = !parts.path.empty() && parts.path.back() == u'/';
     return spelledIRI(base + (hasSlash ? u"" : u"/") + *encoded);
 }
@@ -274,7 +274,7 @@ inline IRIReading iriOfPath(const std::u16string& scheme, const std::u16string& 
     const std::size_t slash = isMarked ? std::min(rest.find(u'/'), rest.size()) : 0;
     const auto authority = encodedHost(rest.substr(0, slash));
     const auto names = encodedWhole(rest.substr(slash), scheme == u"file");
-    if (!authority || !names) return {IRIKind::invalid, {}};
+    if (!authority || !names) return {IRIKind::Invalid, {}};
     const bool hasRoot = !names->empty() && names->front() == u'/';
     return spelledIRI(scheme + u"://" + *authority + (hasRoot ? u"" : u"/") + *names);
 }

@@ -143,7 +143,7 @@ int openFile(sqlite3_vfs* /*vfs*/, const char* path, sqlite3_file* out, int flag
 }
 
 int deleteFile(sqlite3_vfs* /*vfs*/, const char* path, int syncFolder) {
-    const int refused = ask({Kind::Delete, path, nullptr, 0, 0});
+    const int refused = ask({Kind::Delete, path, nullptr, syncFolder, 0});
     return refused != SQLITE_OK ? refused : below->xDelete(below, path, syncFolder);
 }
 

@@ -14,7 +14,7 @@ struct VfsCall {
     Kind kind = Kind::Open;
     std::string path;
     const void* bytes = nullptr;  ///< of Write
-    sqlite3_int64 size = 0;       ///< of Write; the new one of Truncate
+    sqlite3_int64 size = 0;       ///< of Write; the new one of Truncate; of Delete, 1 if the folder is synced
     sqlite3_int64 offset = 0;     ///< of Write
 };
 

@@ -23,10 +23,16 @@ std::u16string loweredScheme(std::u16string_view scheme) {
     return result;
 }
 
-bool isLowerOrDigits(std::u16string_view text) noexcept {
-    return std::all_of(text.begin(), text.end(), [](char16_t unit) {
-        return (unit >= u'a' && unit <= u'z') || (unit >= u'0' && unit <= u'9');
-    });
+constexpr bool isLowerOrDigit(char16_t unit) noexcept {
+    return (unit >= u'a' && unit <= u'z') || (unit >= u'0' && unit <= u'9');
+}
+
+/// The small ASCII letters and digits from `from` on end here.
+std::size_t endOfLowerOrDigits(std::u16string_view text, std::size_t from) noexcept {
+    while (from < text.size() && isLowerOrDigit(text[from])) {
+        ++from;
+    }
+    return from;
 }
 
 /// The digits of triplets stay capital.
@@ -93,9 +99,14 @@ IRIParts partsOf(std::u16string_view checked) noexcept {
 }
 
 bool isPlainIRI(std::u16string_view text) noexcept {
-    const IRIParts parts = partsOf(text);
-    return isLowerOrDigits(parts.scheme) && isLowerOrDigits(parts.authority) &&
-           parts.authority != u"localhost" && isPlainPath(parts.path) && isRegisteredScheme(parts.scheme);
+    const std::size_t mark = endOfLowerOrDigits(text, 0);
+    if (text.substr(mark, kMark.size()) != kMark) {
+        return false;
+    }
+    const std::size_t host = mark + kMark.size();
+    const std::size_t path = endOfLowerOrDigits(text, host);
+    return isPlainPath(text.substr(path)) && text.substr(host, path - host) != u"localhost" &&
+           isRegisteredScheme(text.substr(0, mark));
 }
 
 std::u16string canonicalIRI(std::u16string checked) {

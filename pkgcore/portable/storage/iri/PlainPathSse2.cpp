@@ -2,6 +2,7 @@
 
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace foundation::storage::portable {
@@ -51,13 +52,14 @@ bool isPlainPath(std::u16string_view path) noexcept {
         return !path.empty() && path[0] == u'/' && arePlainUnits(path.substr(1));
     }
     const std::size_t last = path.size() - kUnits - 1;
-    for (std::size_t at = 0; at < last; at += kUnits) {
-        if (!arePlainAt(path.data() + at)) {
-            return false;
+    std::size_t at = 0;
+    while (arePlainAt(path.data() + at)) {
+        if (at == last) {
+            return path[0] == u'/' && path.back() != u'/' && isPlainUnit(path.back());
         }
+        at = std::min(at + kUnits, last);
     }
-    return arePlainAt(path.data() + last) && path[0] == u'/' && path.back() != u'/' &&
-           isPlainUnit(path.back());
+    return false;
 }
 
 }  // namespace foundation::storage::portable

@@ -15,14 +15,24 @@ std::u16string plainPath(std::u16string_view canonicalPath) {
     return portable::decoded(canonicalPath.substr(1));
 }
 
+std::u16string authorityFor(const portable::Store& store, const portable::IRIParts& parts) {
+    return store.traits.hasAuthorities ? portable::decoded(parts.authority) : std::u16string();
+}
+
 }  // namespace
 
 bool StorageSystem::mount(const std::u16string& scheme, const Authority& authority,
                           std::shared_ptr<provider::Provider> store) {
     const provider::Traits traits = store->traits();
-    const Authority served = !authority && !traits.hasAuthorities ? std::u16string() : authority;
-    auto mounted = std::make_shared<const portable::Store>(portable::Store{std::move(store), traits});
-    return schemes_[scheme].emplace(served, std::move(mounted)).second;
+    const bool servesAll = !authority && traits.hasAuthorities;
+    Mounted mounted = std::make_shared<const portable::Store>(portable::Store{std::move(store), traits});
+    Mounts& mounts = schemes_[scheme];
+    Mounted& place = servesAll ? mounts.others : mounts.byAuthority[authority.value_or(std::u16string())];
+    if (place) {
+        return false;
+    }
+    place = std::move(mounted);
+    return true;
 }
 
 portable::Spot StorageSystem::find(CanonicalAbsoluteIRI iri) const {
@@ -32,27 +42,13 @@ portable::Spot StorageSystem::find(CanonicalAbsoluteIRI iri) const {
         throw UnsupportedIRISchemeException("The scheme is not mounted", std::u16string(parts.scheme));
     }
     const Mounts& mounts = scheme->second;
-    auto mount = mounts.find(parts.authority);
-    if (mount == mounts.end()) {
-        mount = mounts.find(Authority());
-    }
-    if (mount == mounts.end()) {
+    const auto mount = mounts.byAuthority.find(parts.authority);
+    const Mounted& store = mount == mounts.byAuthority.end() ? mounts.others : mount->second;
+    if (!store) {
         throw Exception(ErrorCode::NoSuchStorage, iri);
     }
-    std::u16string authority;
-    if (mount->second->traits.hasAuthorities) {
-        authority = portable::decoded(parts.authority);
-    }
-    provider::Path path(plainPath(parts.path), std::move(authority));
-    return portable::Spot(mount->second, std::move(path), std::move(iri));
+    provider::Path path(plainPath(parts.path), authorityFor(*store, parts));
+    return portable::Spot(store, std::move(path), std::move(iri));
 }
 
 }  // namespace foundation::storage::vfs
-
-namespace foundation::storage::portable {
-
-Spot findSpot(vfs::CanonicalAbsoluteIRI iri, const vfs::StorageSystemReference& storage) {
-    return storage.get()->find(std::move(iri));
-}
-
-}  // namespace foundation::storage::portable

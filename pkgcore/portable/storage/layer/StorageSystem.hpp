@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace foundation::storage::vfs {
 
@@ -27,7 +28,13 @@ public:
     portable::Spot find(CanonicalAbsoluteIRI iri) const;
 
 private:
-    using Mounts = std::map<Authority, std::shared_ptr<const portable::Store>, std::less<>>;
+    using Mounted = std::shared_ptr<const portable::Store>;
+
+    struct Mounts {
+        std::map<std::u16string, Mounted, std::less<>> byAuthority;
+        Mounted others;  ///< for all other authorities; null for none
+    };
+
     std::map<std::u16string, Mounts, std::less<>> schemes_;
 };
 
@@ -35,6 +42,8 @@ private:
 
 namespace foundation::storage::portable {
 
-Spot findSpot(vfs::CanonicalAbsoluteIRI iri, const vfs::StorageSystemReference& storage);
+inline Spot findSpot(vfs::CanonicalAbsoluteIRI iri, const vfs::StorageSystemReference& storage) {
+    return storage.get()->find(std::move(iri));
+}
 
 }  // namespace foundation::storage::portable

@@ -48,10 +48,10 @@ void verify(const Spot& from, const Spot& to) {
 /// nothing is left to fail when the old content is gone.
 void replaceContent(const Spot& from, const Spot& to, const Item& source, const Item& old) {
     const bool changesMark = to.traits().setsWritable && old.isWritable != source.isWritable;
-    if (changesMark) {
-        to.setWritable(source.isWritable);
-    }
     try {
+        if (changesMark) {
+            to.setWritable(source.isWritable);
+        }
         copyContent(from, to, WriteMode::Create);
     } catch (const std::exception&) {
         if (changesMark) {
@@ -141,10 +141,10 @@ void copyOneFile(const Spot& from, const Spot& to, ReplacementPolicy policy, Car
     } else {
         copyContent(from, to, replaces ? WriteMode::Create : WriteMode::CreateNew);
     }
+    old ? carryMarks(source, to, carry) : carryMarksOrRemove(source, to, carry);
     if (carry == Carry::Everything) {
         verify(from, to);  // what differs may be somebody else's by now, and stays
     }
-    old ? carryMarks(source, to, carry) : carryMarksOrRemove(source, to, carry);
 }
 
 void copyTree(const Spot& from, const Spot& to, Carry carry) { TreeCopy(from, to, carry).run(); }

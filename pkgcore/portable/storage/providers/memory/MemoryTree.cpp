@@ -22,7 +22,7 @@ const SharedNode kNothing;
 
 /// The first name of a path, which goes on behind it.
 std::u16string_view takeName(std::u16string_view& path) {
-    const std::size_t end = std::min(path.find(u'/'), path.size());
+    const auto end = static_cast<std::size_t>(std::find(path.begin(), path.end(), u'/') - path.begin());
     const std::u16string_view name = path.substr(0, end);
     path.remove_prefix(std::min(end + 1, path.size()));
     return name;

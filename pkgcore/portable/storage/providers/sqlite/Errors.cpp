@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cerrno>
+#include <cstring>
 #include <new>
 
 namespace foundation::storage::sqlite {
@@ -11,7 +12,7 @@ using vfs::ErrorCode;
 
 namespace {
 
-/// Of a file that could not be opened, read or written.
+/// Of a file that could not be opened, read, written or named.
 ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
     switch (error) {
         case EACCES:
@@ -19,7 +20,10 @@ ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
             return ErrorCode::AccessDenied;
         case ENOENT:
         case ENOTDIR:
+        case ENAMETOOLONG:
             return ErrorCode::NotFound;
+        case EEXIST:
+            return ErrorCode::AlreadyExists;
         case EROFS:
             return ErrorCode::ReadOnlyStorage;
         case EMFILE:
@@ -87,6 +91,10 @@ void failDamaged(const char* what) {
     fail(ErrorCode::NotRecoverable, std::string("The stored data is damaged: ") + what);
 }
 
+void failWithSystem(int error, const char* what) {
+    fail(codeOfSystem(error, ErrorCode::IOError), std::string(what) + ": " + std::strerror(error));
+}
+
 ErrorCode storageCode(int result, int systemError) noexcept {
     switch (result & 0xFF) {
         case SQLITE_BUSY:
@@ -103,7 +111,6 @@ ErrorCode storageCode(int result, int systemError) noexcept {
         case SQLITE_AUTH:
             return ErrorCode::AccessDenied;
         case SQLITE_CANTOPEN:
-            return codeOfSystem(systemError, ErrorCode::IOError);
         case SQLITE_IOERR:
             return codeOfSystem(systemError, ErrorCode::IOError);
         // The statements are fixed and the schema was checked: what does not fit them is damage.

@@ -15,6 +15,9 @@ namespace foundation::storage::sqlite {
 /// What is stored contradicts itself.
 [[noreturn]] void failDamaged(const char* what);
 
+/// Throws what an error number of the system is in terms of a store; `what` is what could not be done.
+[[noreturn]] void failWithSystem(int error, const char* what);
+
 /// What a result code of SQLite is in terms of a store; `systemError` is the errno behind it, or 0.
 vfs::ErrorCode storageCode(int result, int systemError) noexcept;
 

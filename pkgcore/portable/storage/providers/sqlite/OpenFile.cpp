@@ -6,7 +6,6 @@
 #include <pkgcore/portable/storage/providers/sqlite/Sweep.hpp>
 
 #include <algorithm>
-#include <cstring>
 
 namespace foundation::storage::sqlite {
 
@@ -46,10 +45,11 @@ bool OpenFile::open(Find find) {
         }
         pin_.release();
     }
-    if (found) {
-        entry_ = *std::move(found);
+    if (!found) {
+        return false;
     }
-    return found.has_value();
+    entry_ = *std::move(found);
+    return true;
 }
 
 OpenFile::OpenFile(SharedStore store, const provider::Path& path) : store_(std::move(store)) {
@@ -96,7 +96,7 @@ std::size_t OpenFile::readAt(std::uint64_t offset, char* out, std::size_t count)
         const std::string& bytes = chunk(static_cast<std::int64_t>(at / kChunkSize));
         const auto start = static_cast<std::size_t>(at % kChunkSize);
         const std::size_t taken = std::min(wanted - done, bytes.size() - start);
-        std::memcpy(out + done, bytes.data() + start, taken);
+        bytes.copy(out + done, taken, start);
         done += taken;
     }
     return done;

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <exception>
 #include <thread>
 #include <utility>
@@ -38,15 +37,7 @@ bool setLock(int file, short type, std::int64_t start, std::int64_t length = 1) 
     return ::fcntl(file, F_OFD_SETLK, &lock) == 0;
 }
 
-[[noreturn]] void failAt(int error) {
-    const bool isDenied = error == EACCES || error == EPERM;
-    const ErrorCode code = isDenied                             ? ErrorCode::AccessDenied
-                           : error == EROFS                     ? ErrorCode::ReadOnlyStorage
-                           : error == EMFILE || error == ENFILE ? ErrorCode::TemporarilyBusy
-                           : error == ENOSPC || error == EDQUOT ? ErrorCode::NoSpace
-                                                                : ErrorCode::IOError;
-    fail(code, std::string("The file of locks beside the store: ") + std::strerror(error));
-}
+[[noreturn]] void failAt(int error) { failWithSystem(error, "The file of locks beside the store"); }
 
 bool isAt(int file, const std::string& path) {
     struct stat opened = {};

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <string>
 
 namespace foundation::storage::sqlite {
@@ -13,10 +12,6 @@ void requireStore(const std::string& path);
 /// Throws "damaged" for a file that is shorter than its header says; for one in which SQLite has found
 /// damage.
 void requireWholeFile(const std::string& path);
-
-/// Makes a store at a path where nothing is; false if something is there by then. All of it appears in one
-/// step.
-bool createStore(const std::string& path, std::chrono::milliseconds busyTime);
 
 /// What is at a path.
 enum class Found : unsigned char { Nothing, File };

@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Changes.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Copies.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Creation.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Draft.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Names.hpp>

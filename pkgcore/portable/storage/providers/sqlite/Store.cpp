@@ -27,8 +27,17 @@ constexpr const char* kTuning =
     "0; "
     "PRAGMA temp_store = MEMORY";
 
-void setJournal(Connection& connection) {
-    const std::string wanted = hasSafeLog() ? "wal" : "truncate";
+/// The end of a journal that is cut off must come to the disk before its file is written again, which
+/// "truncate" sees to for full durability alone; a deleted file is never written again.
+const char* journalOf(SqliteDurability durability) noexcept {
+    if (hasSafeLog()) {
+        return "wal";
+    }
+    return durability == SqliteDurability::Full ? "truncate" : "delete";
+}
+
+void setJournal(Connection& connection, SqliteDurability durability) {
+    const std::string wanted = journalOf(durability);
     const std::string set = connection.valueOf(("PRAGMA journal_mode = " + wanted).c_str());
     if (set != wanted) {
         fail(ErrorCode::TemporarilyBusy, "The store is in use with another kind of journal: " + set);
@@ -72,18 +81,20 @@ provider::Identity Store::identityOf(std::int64_t entry) const noexcept {
     return {file_.device, file_.container, static_cast<std::uint64_t>(entry)};
 }
 
-// The empty journal file goes, unless another process needs it.
+// A journal file that holds nothing to be rolled back goes, unless another process needs it. It is looked for
+// when the kind of journal changes.
 Store::~Store() {
     if (!options_.isReadOnly && !hasSafeLog() && !idle_.empty()) {
         sqlite3_busy_timeout(idle_.back()->get(), 0);
-        sqlite3_exec(idle_.back()->get(), "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr);
+        sqlite3_exec(idle_.back()->get(), "PRAGMA journal_mode = TRUNCATE; PRAGMA journal_mode = DELETE",
+                     nullptr, nullptr, nullptr);
     }
 }
 
 void Store::prepare(Connection& connection) const {
     connection.execute(kTuning);
     if (!options_.isReadOnly) {
-        setJournal(connection);
+        setJournal(connection, options_.durability);
         connection.execute(durabilityPragma(options_.durability));
     }
 }

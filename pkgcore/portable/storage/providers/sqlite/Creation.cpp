@@ -1,0 +1,99 @@
+#include <pkgcore/portable/storage/providers/sqlite/Creation.hpp>
+
+#include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <random>
+#include <utility>
+
+namespace foundation::storage::sqlite {
+
+namespace {
+
+/// Beside the path, so that it can be given the name.
+std::string freshName(const std::string& path) {
+    constexpr char kDigits[] = "0123456789abcdefghijklmnopqrstuv";
+    constexpr int kLength = 20;
+    std::random_device source;
+    std::string name = path + '.';
+    for (int i = 0; i < kLength; ++i) {
+        name += kDigits[source() % 32];
+    }
+    return name + ".new";
+}
+
+/// A file that goes away, with its journal, unless it was given its name.
+class NewFile {
+public:
+    explicit NewFile(std::string path) : path_(std::move(path)) {}
+    ~NewFile() {
+        if (!isNamed_) {
+            ::unlink(path_.c_str());
+            ::unlink((path_ + "-journal").c_str());
+        }
+    }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    const std::string& path() const noexcept { return path_; }
+
+    /// False if something has that name.
+    bool giveName(const std::string& name) {
+        isNamed_ = ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0;
+        const bool isUnknown = errno == EINVAL || errno == ENOSYS;
+        if (!isNamed_ && isUnknown) {
+            // As on a file system that cannot do it in one call; the first name goes with this object.
+            return link(name);
+        }
+        if (!isNamed_ && errno != EEXIST) {
+            failWithSystem(errno, "The store cannot be given its name");
+        }
+        return isNamed_;
+    }
+
+private:
+    bool link(const std::string& name) const {
+        const bool isLinked = ::link(path_.c_str(), name.c_str()) == 0;
+        if (!isLinked && errno != EEXIST) {
+            failWithSystem(errno, "The store cannot be given its name");
+        }
+        return isLinked;
+    }
+
+    std::string path_;
+    bool isNamed_ = false;
+};
+
+/// Brings a new name to the disk. Not every file system can; the store is whole either way.
+void syncFolderOf(const std::string& path) {
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file >= 0) {
+        ::fsync(file);
+        ::close(file);
+    }
+}
+
+}  // namespace
+
+bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {
+    NewFile file(freshName(path));
+    {
+        Connection connection(file.path(), Access::Create, busyTime);
+        connection.execute("PRAGMA synchronous = FULL");
+        createSchema(connection);
+    }
+    const bool isCreated = file.giveName(path);
+    if (isCreated) {
+        syncFolderOf(path);
+    }
+    return isCreated;
+}
+
+}  // namespace foundation::storage::sqlite

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace foundation::storage::sqlite {
+
+/// Makes a store at a path where nothing is; false if something is there by then. All of it appears in one
+/// step.
+bool createStore(const std::string& path, std::chrono::milliseconds busyTime);
+
+}  // namespace foundation::storage::sqlite
