@@ -55,9 +55,9 @@ TEST_P(ProviderConformance, APatternSelectsNames) {
 TEST_P(ProviderConformance, OnlyFoldersAreListed) {
     PKGCORE_EXPECT_FAILURE(NotFound, list(u"missing"));
     PKGCORE_EXPECT_FAILURE(NotFound, listTree(u"missing"));
-    for (const auto& [path, content] : filesToRead()) {
-        PKGCORE_EXPECT_FAILURE(NotFound, list(path));
-        PKGCORE_EXPECT_FAILURE(NotFound, list(path + u"/g"));
+    for (const auto& file : filesToRead()) {
+        PKGCORE_EXPECT_FAILURE(NotFound, list(file.first));
+        PKGCORE_EXPECT_FAILURE(NotFound, list(file.first + u"/g"));
     }
 }
 
