@@ -90,7 +90,7 @@ struct Tally {
 class Look {
 public:
     Look(provider::Provider& store, const Tree& truth) : store_(store), truth_(truth) {
-        for (const auto& item : truth) attempt([&] { readOne(item.first, item.second); });
+        for (const auto& known : truth) attempt([&] { readOne(known.first, known.second); });
         attempt([&] { list(Path()); });
     }
 
