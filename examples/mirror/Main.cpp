@@ -8,9 +8,9 @@
 //
 // What is new or different is copied: files and folders, empty ones too, with their times as far as both
 // places keep them. Permissions go along between places of this machine, and elsewhere whether a file may be
-// written. Links are copied as links between places of this machine, never followed, and left out elsewhere;
-// pipes and devices are left out everywhere. What is left out is named. What is at the destination alone is
-// removed only with --delete, and not after a failure.
+// written. Links are copied as links between places of this machine, never followed, and left out elsewhere,
+// with their names; pipes and devices, which no listing shows, are left out everywhere. What is at the
+// destination alone is removed only with --delete, and not after a failure.
 //
 // A file takes its name when it is complete, so that an interrupted run leaves no half of one. The exit
 // status is 0 if all went well, 1 if something did not, and 2 if the command makes no sense.

@@ -7,6 +7,7 @@
 #include <pkgcore/platform/storage/IRIPrefix.hpp>
 #include <pkgcore/portable/storage/StorageSystemBuilder.hpp>
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/SqliteProvider.hpp>
 
 #include <memory>
 #include <set>
@@ -31,6 +32,8 @@ struct Scheme {
 /// All kinds; another one is another row. "file", the files of this machine, is always there.
 const Scheme kSchemes[] = {
     {u"mem", [](const opc::ustring&) { return provider::makeMemoryProvider(); }},
+    // sqlite://notes/ is the file notes.db in the working directory.
+    {u"sqlite", [](const opc::ustring& name) { return provider::openSqliteProvider(name + u".db"); }},
 };
 
 vfs::CanonicalAbsoluteIRI parse(const opc::ustring& place) {

@@ -22,6 +22,11 @@ pkgcore_build_packages=(
     tzdata
 )
 
+# In addition: what the demonstration looks into a store with.
+pkgcore_demo_packages=(
+    sqlite3
+)
+
 # In addition: sanitizers, fuzzing, the linters.
 pkgcore_check_packages=(
     binutils
