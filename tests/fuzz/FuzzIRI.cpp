@@ -53,10 +53,28 @@ void checkFamily(CanonicalAbsoluteIRI iri) {
     require(iri.getName().empty());
 }
 
+/// A file of another host has no path.
+void checkRefusalOfPath(const AbsoluteIRI& iri) {
+    bool isRefused = false;
+    try {
+        iri.getPath();
+    } catch (const InvalidIRIException&) {
+        isRefused = true;
+    }
+    require(isRefused);
+}
+
 void checkParts(const AbsoluteIRI& iri) {
     const reference::SpelledParts parts = reference::partsOfIRI(iri.toString());
+    const reference::SpelledParts place = reference::partsOfIRI(reference::canonicalIRI(iri.toString()));
     require(iri.getScheme() == parts.scheme);
-    require(iri.getPath() == reference::plainText(parts.authority + parts.path));
+    const bool isFile = place.scheme == u"file";
+    if (isFile && !place.authority.empty()) {
+        checkRefusalOfPath(iri);
+        return;
+    }
+    const std::u16string path = reference::plainText(isFile ? parts.path : parts.authority + parts.path);
+    require(iri.getPath() == (path.empty() ? u"/" : path));
 }
 
 void checkIRI(const AbsoluteIRI& iri, const std::u16string& spelled) {

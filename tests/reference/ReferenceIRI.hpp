@@ -128,7 +128,8 @@ inline std::optional<std::u16string> spelledAuthority(const std::u32string& auth
     const bool isGood = std::all_of(host.begin() + 1, host.end() - 1, [](char32_t point) {
         return isHexDigit(point) || point == U':' || point == U'.';
     });
-    return isGood ? std::optional(textOfPoints(authority)) : std::nullopt;
+    const bool isEmpty = host.size() == 2;
+    return isGood && !isEmpty ? std::optional(textOfPoints(authority)) : std::nullopt;
 }
 
 inline std::optional<std::u16string> spelledPath(std::u32string path, bool mayHoldBytes) {
