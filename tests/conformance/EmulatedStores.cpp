@@ -52,8 +52,9 @@ void hideChanges(provider::Traits& traits) {
 
 }  // namespace
 
-std::vector<Backend> emulatedStores() {
-    return {
+// Made once: GoogleTest asks for them again for each test, at the start of each program.
+const std::vector<Backend>& emulatedStores() {
+    static const std::vector<Backend> stores = {
         hiding("transfers", hideTransfers),
         hiding("allButTheNecessary", hideAllButTheNecessary),
         hidingChanges("changes", hideChanges),
@@ -69,6 +70,7 @@ std::vector<Backend> emulatedStores() {
                [](provider::Traits& traits) { traits.setsWritable = traits.setsLastModified = false; }),
         hiding("removal", [](provider::Traits& traits) { traits.removes = traits.removesTrees = false; }),
     };
+    return stores;
 }
 
 }  // namespace foundation::storage::conformance

@@ -8,6 +8,6 @@ namespace foundation::storage::conformance {
 
 /// Stores of which each leaves something else to be put together by the storage system, which must keep the
 /// same promises.
-std::vector<Backend> emulatedStores();
+const std::vector<Backend>& emulatedStores();
 
 }  // namespace foundation::storage::conformance
