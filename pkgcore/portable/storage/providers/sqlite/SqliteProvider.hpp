@@ -22,11 +22,13 @@ enum class SqliteDurability : unsigned char {
     Normal  ///< not always the loss of power, which may take the last changes; the store stays whole
 };
 
+/// How a store is opened.
 struct SqliteOptions {
     /// Nothing is changed; every verb that would throws "the storage is read-only" (code 5).
     bool isReadOnly = false;
     /// A store is made where nothing is. Not together with isReadOnly.
     bool mayCreate = true;
+    /// What a change survives that a call has made.
     SqliteDurability durability = SqliteDurability::Full;
     /// How long a call waits for other threads and processes before it throws "busy" (code 7).
     std::chrono::milliseconds busyTime{5000};
