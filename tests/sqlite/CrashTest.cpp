@@ -35,7 +35,8 @@ bool isCutOff(const StoreFile& file) {
 /// One store, and a line of processes that go on where the one before was killed.
 class KilledWriters {
 public:
-    explicit KilledWriters(unsigned seed) : random_(seed) {}
+    /// Kills while the store is made have a test of their own.
+    explicit KilledWriters(unsigned seed) : random_(seed) { file_.open(); }
 
     void runOne() {
         const unsigned seed = static_cast<unsigned>(random_());
