@@ -20,7 +20,7 @@ class LiteralSet {
 public:
     constexpr explicit LiteralSet(std::string_view ascii) noexcept {
         for (const char character : ascii) {
-            ascii_[static_cast<std::size_t>(character)] = true;
+            ascii_[static_cast<unsigned char>(character)] = true;
         }
     }
 
