@@ -1,6 +1,8 @@
 // A program that keeps its files in a store of the library pkgcore::sqlite, and finds them there again.
 
 #include <pkgcore/pkgcore.hpp>
+
+#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/storage/StorageSystemBuilder.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/SqliteProvider.hpp>
 
