@@ -81,8 +81,8 @@ public:
     virtual std::vector<ListItem> next() = 0;
 };
 
-/// A store. The verbs that are not pure throw "unsupported" unless they are overridden, and Traits say which
-/// are.
+/// A store. The verbs that are not pure throw "unsupported" unless they are overridden, but for sync(), and
+/// Traits say which are.
 class PKGCORE_PLATFORM_API Provider {
 public:
     Provider() = default;
@@ -136,6 +136,12 @@ public:
     /// Sets the time, kept to Traits::timeStep; a special time, and one that the store cannot keep, is
     /// "unsupported".
     virtual void setLastModified(const Path& path, const boost::posix_time::ptime& time);
+
+    /// Returns when what is at the path outlives a loss of power, with all names on the way to it and all that
+    /// is in a folder. The storage system asks for it when it has copied something here in order to move it,
+    /// and removes the source in the other store then. Unless overridden it does nothing, which is right for a
+    /// store whose changes all last as soon as they are made, and for one that ends with its process.
+    virtual void sync(const Path& path);
 };
 
 }  // namespace foundation::storage::provider

@@ -64,6 +64,7 @@ public:
         traits_.setsLastModified ? store_->setLastModified(path, time)
                                  : Provider::setLastModified(path, time);
     }
+    void sync(const Path& path) override { store_->sync(path); }
 
 private:
     /// Reads in order alone and does not know the size.

@@ -165,4 +165,6 @@ void copyItem(Item from, Item to, ReplacementPolicy policy, posix::Times times) 
     copy.setMade(false);
 }
 
+void syncFileSystemOf(Item item) { throwIfFailed(posix::Disk(item.folder).sync()); }
+
 }  // namespace foundation::storage::portable

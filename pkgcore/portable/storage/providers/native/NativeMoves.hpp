@@ -19,4 +19,7 @@ void moveItem(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to,
 void copyItem(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to,
               provider::ReplacementPolicy policy, fl::filesystem::posix::Times times);
 
+/// Returns when all that was written to the file system of an item is on the disk. Throws what it throws.
+void syncFileSystemOf(fl::filesystem::posix::Item item);
+
 }  // namespace foundation::storage::portable

@@ -7,6 +7,7 @@
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/ScopedSystemCalls.hpp"
 #include "tests/support/TempTree.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -164,6 +165,13 @@ TEST_P(ClosedWorld, OpensNothingThatIsNoFile) {
     EXPECT_EQ(place_.read(u"pipe"), "(none)");
     EXPECT_FALSE(place_.write(u"pipe", "text"));
     EXPECT_TRUE(S_ISFIFO(test::statusOf(native("pipe")).st_mode));
+}
+
+TEST_P(ClosedWorld, TellsThatItsDiskFailsToTakeWhatWasWritten) {
+    EXPECT_NO_THROW(store_->sync(provider::Path(u"own")));
+    test::failCall<&test::SystemCalls::syncfs>(calls_, 1, EIO);
+    PKGCORE_EXPECT_FAILURE(IOError, store_->sync(provider::Path(u"own")));
+    PKGCORE_EXPECT_FAILURE(IOError, store_->sync(provider::Path()));
 }
 
 TEST_P(ClosedWorld, LeavesNoDescriptorOpen) {

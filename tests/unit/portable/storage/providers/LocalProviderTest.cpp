@@ -1,9 +1,12 @@
 #include <pkgcore/platform/storage/NativePaths.hpp>
+#include <pkgcore/portable/storage/providers/local/LocalProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/ScopedSystemCalls.hpp"
 #include "tests/support/TempTree.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -194,6 +197,17 @@ TEST_F(LocalProvider, MarksWithThePermissionBits) {
     EXPECT_EQ(test::modeOf(native("f")), 0444u);
     place_.file(u"f").setWritable(true);
     EXPECT_EQ(test::modeOf(native("f")), 0644u);
+}
+
+TEST_F(LocalProvider, TellsThatItsDiskFailsToTakeWhatWasWritten) {
+    test::makeFile(native("f"), "text");
+    const auto store = provider::makeLocalProvider();
+    const provider::Path file(test::text(native("f")).substr(1));
+    test::ScopedSystemCalls calls;
+    EXPECT_NO_THROW(store->sync(file));
+    test::failCall<&test::SystemCalls::syncfs>(calls, 1, EIO);
+    PKGCORE_EXPECT_FAILURE(IOError, store->sync(file));
+    PKGCORE_EXPECT_FAILURE(IOError, store->sync(provider::Path()));
 }
 
 TEST_F(LocalProvider, LeavesNoDescriptorOpen) {
