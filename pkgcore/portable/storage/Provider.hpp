@@ -137,10 +137,10 @@ public:
     /// "unsupported".
     virtual void setLastModified(const Path& path, const boost::posix_time::ptime& time);
 
-    /// Returns when what is at the path outlives a loss of power, with all names on the way to it and all that
-    /// is in a folder. The storage system asks for it when it has copied something here in order to move it,
-    /// and removes the source in the other store then. Unless overridden it does nothing, which is right for a
-    /// store whose changes all last as soon as they are made, and for one that ends with its process.
+    /// Returns when what is at the path outlives a loss of power, with all names on the way to it and all
+    /// that is in a folder. The storage system asks for it when it has copied something here in order to move
+    /// it, and removes the source in the other store then. Unless overridden it does nothing, which is right
+    /// for a store whose changes all last as soon as they are made, and for one that ends with its process.
     virtual void sync(const Path& path);
 };
 

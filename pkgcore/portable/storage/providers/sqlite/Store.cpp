@@ -61,7 +61,8 @@ public:
     }
     // A failure would leave the connection slower than it need be.
     ~FullDurability() {
-        sqlite3_exec(connection_.get(), durabilityPragma(SqliteDurability::Normal), nullptr, nullptr, nullptr);
+        sqlite3_exec(connection_.get(), durabilityPragma(SqliteDurability::Normal), nullptr, nullptr,
+                     nullptr);
     }
     FullDurability(const FullDurability&) = delete;
     FullDurability& operator=(const FullDurability&) = delete;
