@@ -64,13 +64,24 @@ void replaceByTurns(Item from, Item to) {
     posix::removeTree(old.item(), kNoPath);
 }
 
+/// After an exchange. The old folder takes another name before it goes: what cannot be removed of it, moved
+/// once more with replacement, would take the place of the new one.
+void removeExchanged(Item old, Item aside, Item replacement) {
+    if (const int error = posix::renameItem(old, aside); error != 0) {
+        throwIfFailed(renameWith(old, replacement, RENAME_EXCHANGE));
+        throwIfFailed(error);
+    }
+    posix::removeTree(aside, kNoPath);
+}
+
 /// Both change places in one step, and then the old one goes. It may hold the new one, where links on the way
 /// have hidden that.
 void replaceFolder(Item from, Item to) {
     throwIfFailed(posix::refusalIfWithin(from.folder, statusOf(to)));
+    const posix::TemporarySibling aside(from.folder);
     const int error = renameWith(from, to, RENAME_EXCHANGE);
     if (error == 0) {
-        posix::removeTree(from, kNoPath);
+        removeExchanged(from, aside.item(), to);
     } else if (isUnknown(error)) {
         replaceByTurns(from, to);
     } else {

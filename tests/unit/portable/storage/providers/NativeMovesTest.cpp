@@ -6,6 +6,7 @@
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/ScopedSystemCalls.hpp"
 #include "tests/support/TempTree.hpp"
+#include "tests/support/TreeSnapshot.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
 #include <fcntl.h>
@@ -13,6 +14,8 @@
 
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -31,6 +34,10 @@ int errorOfMove(const std::function<void()>& move) {
         move();
     } catch (const SystemError& failure) {
         return failure.get_error_code();
+    } catch (const fl::filesystem::AccessDenied&) {
+        return EACCES;
+    } catch (const fl::filesystem::PathNotFound&) {
+        return ENOENT;
     }
     return 0;
 }
@@ -95,6 +102,55 @@ TEST_F(NativeMoveAcross, KeepsAFileThatWasWrittenToMeanwhile) {
     };
     EXPECT_EQ(EBUSY, errorOfMove([this] { move(); }));
     EXPECT_EQ("newer text", test::contentOf(source));
+}
+
+/// A folder "a" with "new" in it, to be moved over a folder "b" with "old" in it.
+class NativeFolderMove : public ::testing::Test {
+protected:
+    NativeFolderMove() {
+        for (const auto& [folder, file] : {std::pair("a", "a/new"), std::pair("b", "b/old")}) {
+            test::makeFolder(tree_ / folder);
+            test::makeFile(tree_ / file, file);
+        }
+    }
+
+    int move() const {
+        return errorOfMove([this] {
+            moveItem({folder_.get(), "a"}, {folder_.get(), "b"}, ReplacementPolicy::ReplaceExisting);
+        });
+    }
+
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& [name, what] : test::snapshot(tree_.path())) names.push_back(name);
+        return names;
+    }
+
+    test::TempTree tree_;
+    FileDescriptor folder_{::open(tree_.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    test::ScopedSystemCalls calls_;
+};
+
+TEST_F(NativeFolderMove, ReplacesAFolderThatHoldsSomething) {
+    EXPECT_EQ(0, move());
+    EXPECT_EQ("a/new", test::contentOf(tree_ / "b/new"));
+    EXPECT_EQ((std::vector<std::string>{"b", "b/new"}), names());
+}
+
+TEST_F(NativeFolderMove, LeavesTheRestOfTheOldOneWhereNobodyTakesItForTheSource) {
+    test::failCall<&SystemCalls::unlinkat>(calls_, 1, EIO);
+    EXPECT_EQ(EIO, move());
+    EXPECT_EQ("a/new", test::contentOf(tree_ / "b/new"));
+    EXPECT_FALSE(test::isThere(tree_ / "a"));
+    EXPECT_EQ(4U, names().size()) << "the new folder and the rest";
+    EXPECT_EQ(ENOENT, move());
+    EXPECT_EQ("a/new", test::contentOf(tree_ / "b/new"));
+}
+
+TEST_F(NativeFolderMove, ChangesNothingWhereTheOldOneCannotTakeAnotherName) {
+    test::failOneCall<&SystemCalls::renameat>(calls_, 2, EACCES);
+    EXPECT_EQ(EACCES, move());
+    EXPECT_EQ((std::vector<std::string>{"a", "a/new", "b", "b/old"}), names());
 }
 
 }  // namespace
