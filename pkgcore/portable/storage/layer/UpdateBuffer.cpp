@@ -130,7 +130,7 @@ bool UpdateBuffer::publish() {
     try {
         publishDraft();
         isNews_ = false;
-    } catch (const std::exception&) {
+    } catch (...) {
         failed_ = true;
         writer_.reset();
     }

@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/ProviderParts.hpp>
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
+#include <pkgcore/testing/FaultProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/storage/BareProvider.hpp"
@@ -118,6 +119,84 @@ TEST(StoreReading, OfMoreThanWasWantedIsAFailure) {
             EXPECT_FALSE(place.write(u"f", "x", std::ios_base::in));
             EXPECT_EQ(place.list(u""), Names{u"f"});
         }
+    }
+}
+
+/// A store out of which from one call on, or at one kind of call, come exceptions that nobody expects.
+class StoreThrowing : public testing::Test {
+protected:
+    void throwFrom(std::size_t number) {
+        store_->onCall([this, number](Verb /*verb*/) {
+            if (++calls_ >= number) throw 1;
+        });
+        calls_ = 0;
+    }
+    void throwAt(Verb verb) {
+        store_->onCall([verb](Verb called) {
+            if (called == verb) throw 1;
+        });
+    }
+    void behave() { store_->onCall({}); }
+
+    Workplace at(const std::u16string& root) const {
+        return Workplace(Ground{storage_, root, store_, provider::Path(u"", u"s"), nullptr});
+    }
+
+    std::size_t calls_ = 0;
+    std::shared_ptr<FaultProvider> store_ = std::make_shared<FaultProvider>(provider::makeMemoryProvider());
+    vfs::StorageSystemReference storage_ = vfs::StorageSystemBuilder()
+                                               .mount(u"bad", store_)
+                                               .mount(u"good", provider::makeMemoryProvider())
+                                               .build();
+};
+
+TEST_F(StoreThrowing, SpoilsAStreamForGood) {
+    const Workplace place = at(u"bad://s/");
+    for (const Verb verb : {Verb::Write, Verb::Commit}) {
+        for (const auto mode : {std::ios_base::out, std::ios_base::in}) {
+            ASSERT_TRUE(place.write(u"f", "old"));
+            vfs::ofstream stream(place.file(u"f"), mode);
+            throwAt(verb);
+            EXPECT_TRUE((stream << "first" << std::flush).bad());
+            behave();
+            stream.clear();
+            EXPECT_TRUE((stream << "second" << std::flush).bad()) << "the first is missing in it";
+            EXPECT_EQ(place.read(u"f"), "old");
+        }
+    }
+}
+
+TEST_F(StoreThrowing, EndsNoProgramThatDestroysAStream) {
+    const Workplace place = at(u"bad://s/");
+    for (const auto mode :
+         {std::ios_base::out, std::ios_base::app, std::ios_base::in | std::ios_base::trunc}) {
+        ASSERT_TRUE(place.write(u"f", "old"));
+        {
+            vfs::ofstream stream(place.file(u"f"), mode);
+            stream << "new";
+            throwAt(Verb::Commit);
+        }
+        behave();
+        EXPECT_EQ(place.read(u"f"), "old");
+    }
+}
+
+TEST_F(StoreThrowing, EndsNoProgramThatCleansUp) {
+    const Workplace good = at(u"good://s/");
+    good.folder(u"d").createFolder();
+    ASSERT_TRUE(good.write(u"d/f", "text"));
+    bool isDone = false;
+    for (std::size_t number = 1; !isDone; ++number) {
+        at(u"bad://s/").folder(u"d").createFolder();
+        throwFrom(number);
+        try {
+            good.folder(u"d").copyFolder(at(u"bad://s/").folder(u"d"), kReplace);
+            isDone = true;
+        } catch (const int) {
+            EXPECT_EQ(good.read(u"d/f"), "text");
+        }
+        behave();
+        at(u"bad://s/").folder(u"d").removeFolder(FolderRemovalPolicy::WithContents);
     }
 }
 
