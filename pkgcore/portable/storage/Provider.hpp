@@ -127,7 +127,8 @@ public:
     virtual void copy(const Path& from, const Path& to, ReplacementPolicy policy);
 
     /// Gives a file or folder another place; as copy(), but it keeps its time, and after a failure everything
-    /// is where it was.
+    /// is where it was. Where all that could not be done is to remove what a folder has replaced, the new one
+    /// is in place, the rest has a temporary name, and the failure tells it.
     virtual void move(const Path& from, const Path& to, ReplacementPolicy policy);
 
     /// Marks a file or a folder. A file that is not writable may still be read, moved, replaced and removed.

@@ -1,5 +1,7 @@
 #include <pkgcore/portable/storage/layer/Content.hpp>
 
+#include <pkgcore/portable/storage/layer/Reading.hpp>
+
 #include <cstring>
 
 namespace foundation::storage::portable {
@@ -17,7 +19,7 @@ public:
 
     /// How many bytes were read; fewer than a block at the end alone.
     std::size_t fill(const Spot& from, Reader& reader) {
-        return from.located([&] { return reader.read(bytes_.get(), kBlockSize); });
+        return from.located([&] { return readNext(reader, bytes_.get(), kBlockSize); });
     }
     const char* data() const noexcept { return bytes_.get(); }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <exception>
 
 namespace foundation::storage::portable {
 
@@ -37,7 +36,7 @@ bool WriteBuffer::passOn(const char* bytes, std::size_t count) {
     }
     try {
         writer_->write(bytes, count);
-    } catch (const std::exception&) {
+    } catch (...) {
         discard();
         return false;
     }
@@ -64,7 +63,7 @@ bool WriteBuffer::publish() {
     }
     try {
         writer_->commit();
-    } catch (const std::exception&) {
+    } catch (...) {
         discard();
         return false;
     }

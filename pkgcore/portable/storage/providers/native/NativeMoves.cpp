@@ -1,14 +1,17 @@
 #include <pkgcore/portable/storage/providers/native/NativeMoves.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/LinkCopy.hpp>
 #include <pkgcore/portable/filesystem/MoveSafety.hpp>
 #include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeErrors.hpp>
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 namespace foundation::storage::portable {
 
@@ -53,25 +56,42 @@ bool areOneItem(Item one, Item other) noexcept {
            posix::isSameItem(first, second);
 }
 
+/// Makes a call whose failure leaves something under a temporary name: who is told of it must know the name.
+template <typename Call>
+void leaving(Item rest, Call call) {
+    try {
+        asStorage(Purpose::Creating, call);
+    } catch (const vfs::Exception& failure) {
+        throw vfs::Exception(failure.getErrorCode(),
+                             std::string(failure.what()) + "; what is left is called " + rest.name);
+    }
+}
+
+void removeRest(Item rest) {
+    leaving(rest, [&] { posix::removeTree(rest, kNoPath); });
+}
+
+/// Moves a folder out of the way to a temporary name and removes it: a rest under the name of a source, moved
+/// again with replacement, would take the place of the whole. `undo` is called where it keeps its name. The
+/// other name is drawn before anything is changed: that takes memory.
+template <typename Undo>
+void removeAside(Item folder, Item aside, const Undo& undo) {
+    if (const int error = renameNew(folder, aside); error != 0) {
+        undo();
+        throwIfFailed(error);
+    }
+    removeRest(aside);
+}
+
 /// The old folder is put away under another name until the new one is in place.
 void replaceByTurns(Item from, Item to) {
     const posix::TemporarySibling old(to.folder);
     throwIfFailed(posix::renameItem(to, old.item()));
     if (const int error = posix::renameItem(from, to); error != 0) {
-        throwIfFailed(posix::renameItem(old.item(), to));
+        leaving(old.item(), [&] { throwIfFailed(posix::renameItem(old.item(), to)); });
         throwIfFailed(error);
     }
-    posix::removeTree(old.item(), kNoPath);
-}
-
-/// After an exchange. The old folder takes another name before it goes: what cannot be removed of it, moved
-/// once more with replacement, would take the place of the new one.
-void removeExchanged(Item old, Item aside, Item replacement) {
-    if (const int error = posix::renameItem(old, aside); error != 0) {
-        throwIfFailed(renameWith(old, replacement, RENAME_EXCHANGE));
-        throwIfFailed(error);
-    }
-    posix::removeTree(aside, kNoPath);
+    removeRest(old.item());
 }
 
 /// Both change places in one step, and then the old one goes. It may hold the new one, where links on the way
@@ -81,7 +101,7 @@ void replaceFolder(Item from, Item to) {
     const posix::TemporarySibling aside(from.folder);
     const int error = renameWith(from, to, RENAME_EXCHANGE);
     if (error == 0) {
-        removeExchanged(from, aside.item(), to);
+        removeAside(from, aside.item(), [&] { renameWith(from, to, RENAME_EXCHANGE); });
     } else if (isUnknown(error)) {
         replaceByTurns(from, to);
     } else {
@@ -99,8 +119,12 @@ bool areOneName(Item one, Item other) noexcept {
 void dropName(Item from, Item to) {
     const posix::TemporarySibling aside(from.folder);
     throwIfFailed(renameNew(from, aside.item()));
-    throwIfFailed(areOneItem(aside.item(), to) ? posix::unlinkItem(aside.item(), 0)
-                                               : renameNew(aside.item(), from));
+    const bool hasOther = areOneItem(aside.item(), to);
+    const int error = hasOther ? posix::unlinkItem(aside.item(), 0) : 0;
+    if (!hasOther || error != 0) {
+        leaving(aside.item(), [&] { throwIfFailed(renameNew(aside.item(), from)); });
+    }
+    throwIfFailed(error);
 }
 
 /// Renaming leaves two names of one item as they are, unless they differ in letter case alone where that does
@@ -117,11 +141,16 @@ void moveOntoItself(Item from, Item to) {
 
 void moveToOtherDevice(Item from, Item to, ReplacementPolicy policy) {
     const struct stat source = statusOf(from);
+    const posix::TemporarySibling aside(from.folder);
     const posix::Disk disk(to.folder);
     copyItem(from, to, policy, posix::Times::Carried);
     throwIfFailed(disk.sync());
     throwIfFailed(posix::changeSince(source, from));
-    posix::removeTree(from, kNoPath);
+    if (S_ISDIR(source.st_mode)) {
+        removeAside(from, aside.item(), [] {});
+    } else {
+        posix::removeTree(from, kNoPath);
+    }
 }
 
 void copyContents(Item from, Item to, const struct stat& status, posix::Times times) {

@@ -11,7 +11,9 @@ namespace foundation::storage::portable {
 int renameNew(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to) noexcept;
 
 /// Moves an item, in the place of a file or of a whole folder there if the policy allows it; on the way to
-/// another file system it is copied. Throws what the file system throws.
+/// another file system it is copied. Throws what the file system throws. A folder that was replaced or
+/// copied, and cannot be removed when the new one is in place, keeps a temporary name, which a failure of
+/// storage tells then.
 void moveItem(fl::filesystem::posix::Item from, fl::filesystem::posix::Item to,
               provider::ReplacementPolicy policy);
 
