@@ -22,7 +22,7 @@ struct Store {
 /// throw has the IRI as its location, and a code that the storage system knows.
 class Spot {
 public:
-    Spot(std::shared_ptr<const Store> store, provider::Path path, vfs::CanonicalAbsoluteIRI iri)
+    Spot(std::shared_ptr<const Store> store, provider::Path&& path, vfs::CanonicalAbsoluteIRI&& iri)
         : store_(std::move(store)), path_(std::move(path)), iri_(std::move(iri)) {}
 
     const provider::Path& path() const noexcept { return path_; }
