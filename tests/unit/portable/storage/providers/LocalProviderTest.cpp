@@ -57,6 +57,18 @@ TEST_F(LocalProvider, CopiesNothingOntoItselfByWayOfALink) {
     EXPECT_EQ(place_.read(u"d/f"), "text");
 }
 
+TEST_F(LocalProvider, PutsNothingInThePlaceOfWhatHoldsItByWayOfALink) {
+    test::makeFolder(native("d"));
+    test::makeFile(native("d/f"), "text");
+    test::makeFolder(native("d/sub"));
+    test::makeLink(".", native("link"));
+    const Folder sub = place_.folder(u"d/sub");
+    const Folder holder = place_.folder(u"link/d");
+    PKGCORE_EXPECT_FAILURE(NotSupported, sub.copyFolder(holder, ReplacementPolicy::ReplaceExisting));
+    PKGCORE_EXPECT_FAILURE(NotSupported, sub.moveFolder(holder, ReplacementPolicy::ReplaceExisting));
+    EXPECT_EQ(place_.list(u"d"), (Names{u"f", u"sub/"}));
+}
+
 TEST_F(LocalProvider, MovesOneOfTwoNamesOntoTheOther) {
     test::makeFile(native("one"), "text");
     ::link(native("one").c_str(), native("two").c_str());
