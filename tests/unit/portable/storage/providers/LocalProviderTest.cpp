@@ -187,6 +187,21 @@ TEST_F(LocalProvider, TellsOfOneWhoReplacedTheFileMeanwhile) {
     EXPECT_EQ(place_.read(u"f"), "another");
 }
 
+TEST_F(LocalProvider, TellsThatTheFileToAppendToIsNotThereAnyMore) {
+    ASSERT_TRUE(place_.write(u"f", "old"));
+    ASSERT_TRUE(place_.write(u"g", "old"));
+    vfs::ofstream replaced(place_.file(u"f"), std::ios_base::app);
+    vfs::ofstream removed(place_.file(u"g"), std::ios_base::app);
+    replaced << "more";
+    removed << "more";
+    ASSERT_TRUE(place_.write(u"f", "other"));
+    place_.file(u"g").removeFile();
+    EXPECT_TRUE((replaced << std::flush).bad());
+    EXPECT_TRUE((removed << std::flush).bad());
+    EXPECT_EQ(place_.read(u"f"), "other");
+    EXPECT_TRUE(place_.isMissing(u"g"));
+}
+
 TEST_F(LocalProvider, LeavesWhatOthersHaveAppended) {
     ASSERT_TRUE(place_.write(u"f", "old"));
     std::string own;
