@@ -27,6 +27,14 @@ private:
     std::unique_ptr<char[]> bytes_;
 };
 
+/// Rather before all of it was written than after.
+void refuseTooLarge(const Reader& reader, const Spot& to) {
+    const std::optional<std::uint64_t> size = reader.size();
+    if (size && *size > to.traits().maxFileSize) {
+        to.fail(vfs::ErrorCode::FileTooLarge);
+    }
+}
+
 }  // namespace
 
 void pour(const Spot& from, Reader& reader, const Spot& to, Writer& writer) {
@@ -38,6 +46,7 @@ void pour(const Spot& from, Reader& reader, const Spot& to, Writer& writer) {
 
 void copyContent(const Spot& from, const Spot& to, provider::WriteMode mode) {
     const std::unique_ptr<Reader> reader = from.openReader();
+    refuseTooLarge(*reader, to);
     const std::unique_ptr<Writer> writer = to.openWriter(mode);
     pour(from, *reader, to, *writer);
     to.located([&writer] { writer->commit(); });

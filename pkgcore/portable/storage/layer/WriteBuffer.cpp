@@ -121,8 +121,8 @@ WriteBuffer::int_type WriteBuffer::overflow(int_type unit) {
 WriteBuffer::pos_type WriteBuffer::seekoff(off_type offset, std::ios_base::seekdir direction,
                                            std::ios_base::openmode which) {
     const off_type position = written_ + pending();
-    const off_type wanted = direction == std::ios_base::beg ? offset : position + offset;
-    if (failed() || (which & std::ios_base::out) == 0 || wanted != position) {
+    const bool isHere = offset == (direction == std::ios_base::beg ? position : 0);
+    if (failed() || (which & std::ios_base::out) == 0 || !isHere) {
         return kNoPosition;
     }
     return pos_type(position);

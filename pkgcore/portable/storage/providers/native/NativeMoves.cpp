@@ -94,10 +94,19 @@ void replaceByTurns(Item from, Item to) {
     removeRest(old.item());
 }
 
-/// Both change places in one step, and then the old one goes. It may hold the new one, where links on the way
-/// have hidden that.
+/// What goes may hold what comes, where links on the way have hidden that.
+void refuseWhatHolds(Item from, Item to) {
+    struct stat old;
+    const int error = posix::readStatus(to, old);
+    throwIfFailed(error == ENOENT ? 0 : error);
+    if (error == 0 && S_ISDIR(old.st_mode)) {
+        throwIfFailed(posix::refusalIfWithin(from.folder, old));
+    }
+}
+
+/// Both change places in one step, and then the old one goes.
 void replaceFolder(Item from, Item to) {
-    throwIfFailed(posix::refusalIfWithin(from.folder, statusOf(to)));
+    refuseWhatHolds(from, to);
     const posix::TemporarySibling aside(from.folder);
     const int error = renameWith(from, to, RENAME_EXCHANGE);
     if (error == 0) {
@@ -198,6 +207,9 @@ void moveItem(Item from, Item to, ReplacementPolicy policy) {
 void copyItem(Item from, Item to, ReplacementPolicy policy, posix::Times times) {
     const struct stat status = statusOf(from);
     throwIfFailed(areOneItem(from, to) ? EINVAL : 0);
+    if (policy == ReplacementPolicy::ReplaceExisting) {
+        refuseWhatHolds(from, to);
+    }
     posix::TemporarySibling copy(to.folder);
     copy.setMade(true);
     copyContents(from, copy.item(), status, times);

@@ -60,6 +60,18 @@ TEST_F(LocalProvider, CopiesNothingOntoItselfByWayOfALink) {
     EXPECT_EQ(place_.read(u"d/f"), "text");
 }
 
+TEST_F(LocalProvider, PutsNothingInThePlaceOfWhatHoldsItByWayOfALink) {
+    test::makeFolder(native("d"));
+    test::makeFile(native("d/f"), "text");
+    test::makeFolder(native("d/sub"));
+    test::makeLink(".", native("link"));
+    const Folder sub = place_.folder(u"d/sub");
+    const Folder holder = place_.folder(u"link/d");
+    PKGCORE_EXPECT_FAILURE(NotSupported, sub.copyFolder(holder, ReplacementPolicy::ReplaceExisting));
+    PKGCORE_EXPECT_FAILURE(NotSupported, sub.moveFolder(holder, ReplacementPolicy::ReplaceExisting));
+    EXPECT_EQ(place_.list(u"d"), (Names{u"f", u"sub/"}));
+}
+
 TEST_F(LocalProvider, MovesOneOfTwoNamesOntoTheOther) {
     test::makeFile(native("one"), "text");
     ::link(native("one").c_str(), native("two").c_str());
@@ -176,6 +188,21 @@ TEST_F(LocalProvider, TellsOfOneWhoReplacedTheFileMeanwhile) {
     stream << "more" << std::flush;
     EXPECT_TRUE(stream.bad());
     EXPECT_EQ(place_.read(u"f"), "another");
+}
+
+TEST_F(LocalProvider, TellsThatTheFileToAppendToIsNotThereAnyMore) {
+    ASSERT_TRUE(place_.write(u"f", "old"));
+    ASSERT_TRUE(place_.write(u"g", "old"));
+    vfs::ofstream replaced(place_.file(u"f"), std::ios_base::app);
+    vfs::ofstream removed(place_.file(u"g"), std::ios_base::app);
+    replaced << "more";
+    removed << "more";
+    ASSERT_TRUE(place_.write(u"f", "other"));
+    place_.file(u"g").removeFile();
+    EXPECT_TRUE((replaced << std::flush).bad());
+    EXPECT_TRUE((removed << std::flush).bad());
+    EXPECT_EQ(place_.read(u"f"), "other");
+    EXPECT_TRUE(place_.isMissing(u"g"));
 }
 
 TEST_F(LocalProvider, LeavesWhatOthersHaveAppended) {
