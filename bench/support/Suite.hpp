@@ -22,7 +22,7 @@ namespace bench {
 class Session {
 public:
     /// Understands `--quick` (fewer rounds), `--rounds=N`, `--filter=TEXT` (only suites whose title holds
-    /// it),
+    /// it), `--large` (as much data as the goals name, where less is measured otherwise),
     /// `--cpu` (the processor time of the program instead of the time that passes: steadier on a machine that
     /// does other things as well, but blind to waiting) and `--check` (a missed goal makes exitCode() 1);
     /// ends the process with a usage text on anything else.
@@ -32,6 +32,10 @@ public:
     /// The rounds to run where `full` are right for a thorough measurement.
     std::size_t rounds(std::size_t full) const noexcept;
     clockid_t clock() const noexcept { return clock_; }
+    /// How much to measure where `large` is what a goal names and `usual` takes a bearable time.
+    std::size_t amount(std::size_t usual, std::size_t large) const noexcept {
+        return isLarge_ ? large : usual;
+    }
     void noteMissedGoal() noexcept { missed_ = true; }
     int exitCode() const noexcept { return check_ && missed_ ? 1 : 0; }
 
@@ -42,6 +46,7 @@ private:
     std::size_t rounds_ = 0;  // 0: not given
     clockid_t clock_ = CLOCK_MONOTONIC;
     bool quick_ = false;
+    bool isLarge_ = false;
     bool check_ = false;
     bool missed_ = false;
 };
