@@ -64,6 +64,17 @@ void writePlainFile(const fs::path& path, std::size_t size) {
     }
 }
 
+/// A copy of a store, since the system has the pages of one that was just written in smaller pieces.
+void makeStore(const fs::path& file, std::size_t size) {
+    WorkFolder work(diskFolder());
+    const fs::path made = work.fresh();
+    {
+        opc::VirtualFileSystemOps storage = newStore(made);
+        writeByStream(storage, size);
+    }
+    fs::copy_file(made, file);
+}
+
 void measureReading(Session& session, std::size_t size) {
     const std::string title = "SQLite: read a file of " + sizeText(size);
     if (!session.selects(title)) {
@@ -73,10 +84,10 @@ void measureReading(Session& session, std::size_t size) {
     const fs::path file = work.fresh();
     const fs::path logged = work.fresh();
     const fs::path plain = work.fresh();
-    opc::VirtualFileSystemOps storage = newStore(file);
-    writeByStream(storage, size);
-    writePlainFile(plain, size);
+    makeStore(file, size);
     fs::copy_file(file, logged);
+    writePlainFile(plain, size);
+    opc::VirtualFileSystemOps storage = storageOf(file);
     BareFolder bare(file);
     BareFolder bareWithLog(logged);
     bareWithLog.store().useLog();
