@@ -13,7 +13,7 @@ constexpr std::int64_t firstChunk(std::int64_t content) { return content << kChu
 
 }  // namespace
 
-BareStore::Database BareStore::open(const std::filesystem::path& file) {
+Database openDatabase(const std::filesystem::path& file) {
     sqlite3* database = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
     require(sqlite3_open_v2(file.c_str(), &database, flags, nullptr) == SQLITE_OK, "no database");
@@ -27,8 +27,14 @@ BareStore::Database BareStore::open(const std::filesystem::path& file) {
     return result;
 }
 
-BareStore::BareStore(const std::filesystem::path& file)
-    : database_(open(file)),
+std::string journalOf(const Database& database) {
+    BareStatement mode(database.get(), "PRAGMA journal_mode");
+    require(mode.step(), "no journal mode");
+    return mode.text(0);
+}
+
+BareStore::BareStore(const std::filesystem::path& file, const std::string& journal)
+    : database_(openDatabase(file)),
       begin_(database_.get(), "BEGIN IMMEDIATE"),
       commit_(database_.get(), "COMMIT"),
       find_(database_.get(), "SELECT id FROM entry WHERE parent = ?1 AND name = ?2"),
@@ -44,17 +50,9 @@ BareStore::BareStore(const std::filesystem::path& file)
                 "VALUES(?1, ?2, 0, 1, 1800000000000000, ?3, ?4, 4611686018427387904, ?5)"),
       addOrphan_(database_.get(), "INSERT INTO orphan(number, kind, first, seal) VALUES(?1, 0, 0, 0)"),
       dropOrphan_(database_.get(), "DELETE FROM orphan WHERE number = ?1"),
-      rename_(database_.get(), "UPDATE entry SET name = ?3 WHERE parent = ?1 AND name = ?2") {}
-
-void BareStore::useLog() {
-    sqlite3_exec(database_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
-    require(journal() == "wal", "no write-ahead log");
-}
-
-std::string BareStore::journal() const {
-    BareStatement mode(database_.get(), "PRAGMA journal_mode");
-    require(mode.step(), "no journal mode");
-    return mode.text(0);
+      rename_(database_.get(), "UPDATE entry SET name = ?3 WHERE parent = ?1 AND name = ?2") {
+    BareStatement mode(database_.get(), ("PRAGMA journal_mode = " + journal).c_str());
+    require(mode.step() && mode.text(0) == journal, "no such journal mode");
 }
 
 std::int64_t BareStore::folder(std::string_view name) {

@@ -9,18 +9,23 @@
 
 namespace bench {
 
+struct CloseDatabase {
+    void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+};
+
+/// A connection as those of the provider are with normal durability.
+using Database = std::unique_ptr<sqlite3, CloseDatabase>;
+Database openDatabase(const std::filesystem::path& file);
+
+/// As it answers to another connection.
+std::string journalOf(const Database& database);
+
 /// The database of a store, with the statements that its operations cannot do without: the limit of the
-/// provider. The connection is set up as those of the provider are with normal durability. What is written
-/// has no seals, so that the provider would take it for damage.
+/// provider. What is written has no seals, so that the provider would take it for damage.
 class BareStore {
 public:
-    /// Of a store that the provider has made.
-    explicit BareStore(const std::filesystem::path& file);
-
-    /// Keeps a write-ahead log from now on, as the provider does where SQLite is new enough.
-    void useLog();
-
-    std::string journal() const;
+    /// Of a store that the provider has made; with this journal mode from now on.
+    BareStore(const std::filesystem::path& file, const std::string& journal);
 
     /// The number of a folder in the root, by its name as stored.
     std::int64_t folder(std::string_view name);
@@ -40,13 +45,6 @@ public:
     void rename(std::int64_t folder, std::string_view from, std::string_view to);
 
 private:
-    struct Close {
-        void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
-    };
-    using Database = std::unique_ptr<sqlite3, Close>;
-
-    static Database open(const std::filesystem::path& file);
-    void execute(const char* sql);
     void addEntry(std::int64_t folder, std::string_view name, std::size_t size, std::int64_t content);
 
     Database database_;

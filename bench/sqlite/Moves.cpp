@@ -50,7 +50,7 @@ void measureSqliteMoves(Session& session) {
     opc::FileSystemOps& ops = storage;
     ops.createFolder(kRoot + u"empty");
     fs::create_directory(work.path() / "empty");
-    BareStore bare(bareFile);
+    BareStore bare(bareFile, journalOfStores());
 
     Mover empty(u"empty");
     Mover full(kBlobFolder);

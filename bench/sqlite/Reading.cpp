@@ -57,8 +57,7 @@ void measureSqliteReading(Session& session) {
     std::shuffle(names.begin(), names.end(), std::mt19937(42));
 
     BareFolder bare(file);
-    BareFolder bareWithLog(logged);
-    bareWithLog.store().useLog();
+    BareFolder bareWithLog(logged, "wal");
     opc::VirtualFileSystemOps storage = storageOf(file);
     const std::shared_ptr<provider::Provider> store = openStore(file);
     const std::size_t portions = session.rounds(kRounds) + 1;

@@ -89,8 +89,7 @@ void measureReading(Session& session, std::size_t size) {
     writePlainFile(plain, size);
     opc::VirtualFileSystemOps storage = storageOf(file);
     BareFolder bare(file);
-    BareFolder bareWithLog(logged);
-    bareWithLog.store().useLog();
+    BareFolder bareWithLog(logged, "wal");
     const std::string name = storedName(kName);
     const auto byStatement = [&](BareFolder& folder) {
         folder.store().readLargeFile(folder.number(), name, part().data(), size);
@@ -122,18 +121,20 @@ private:
 /// A new store for each sample, with a bare connection to it.
 class BareTarget {
 public:
+    explicit BareTarget(std::string journal) : journal_(std::move(journal)) {}
+
     void renew() {
         folder_.reset();
         const fs::path file = room_.renew();
         newStore(file);
-        folder_.emplace(file);
+        folder_.emplace(file, journal_);
     }
-    void useLog() { folder_->store().useLog(); }
     void write(std::size_t size) {
         folder_->store().addLargeFile(folder_->number(), storedName(kName), part(), size);
     }
 
 private:
+    std::string journal_;
     Room room_{diskFolder()};
     std::optional<BareFolder> folder_;
 };
@@ -143,8 +144,8 @@ void measureWriting(Session& session, std::size_t size) {
     if (!session.selects(title)) {
         return;
     }
-    BareTarget bare;
-    BareTarget bareWithLog;
+    BareTarget bare(journalOfStores());
+    BareTarget bareWithLog("wal");
     Room room(diskFolder());
     Room plainRoom(diskFolder());
     fs::path plain;
@@ -161,7 +162,6 @@ void measureWriting(Session& session, std::size_t size) {
         });
     suite.row("bare statements, write-ahead log", [&] { bareWithLog.write(size); }).preparedBy([&] {
         bareWithLog.renew();
-        bareWithLog.useLog();
     });
     suite.row("plain file: create, write, close", [&] { writePlainFile(plain, size); }).preparedBy([&] {
         plain = plainRoom.renew();

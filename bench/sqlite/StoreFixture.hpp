@@ -30,6 +30,9 @@ std::shared_ptr<foundation::storage::provider::Provider> openStore(const std::fi
 /// A storage system with that store as "sqlite://store".
 opc::VirtualFileSystemOps storageOf(const std::filesystem::path& file);
 
+/// The journal mode that such a store has while it is open.
+const std::string& journalOfStores();
+
 /// A new store with the folder.
 opc::VirtualFileSystemOps newStore(const std::filesystem::path& file);
 
@@ -45,8 +48,8 @@ void makeFilledStore(const std::filesystem::path& file, const Names& names, std:
 /// The folder of a store, by bare statements.
 class BareFolder {
 public:
-    explicit BareFolder(const std::filesystem::path& file)
-        : store_(file), number_(store_.folder(storedName(kBlobFolder))) {}
+    explicit BareFolder(const std::filesystem::path& file, const std::string& journal = journalOfStores())
+        : store_(file, journal), number_(store_.folder(storedName(kBlobFolder))) {}
 
     BareStore& store() noexcept { return store_; }
     std::int64_t number() const noexcept { return number_; }

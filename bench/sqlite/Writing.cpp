@@ -53,8 +53,7 @@ void measureSqliteWriting(Session& session) {
     const Names names = blobNames(count);
     BareFolder one(newStoreFile(work));
     BareFolder other(newStoreFile(work));
-    BareFolder bareWithLog(newStoreFile(work));
-    bareWithLog.store().useLog();
+    BareFolder bareWithLog(newStoreFile(work), "wal");
     opc::VirtualFileSystemOps storage = newStore(work.fresh());
     const std::shared_ptr<provider::Provider> store = openStore(newStoreFile(work));
     const fs::path plain = work.fresh();
