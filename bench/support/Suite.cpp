@@ -67,7 +67,7 @@ Session::Session(int argc, char** argv) : program_(argv[0]) {
     for (int i = 1; i < argc; ++i) {
         if (!take(argv[i])) {
             std::fprintf(stderr,
-                         "usage: %s [--quick] [--rounds=N] [--filter=TEXT] [--cpu] [--check] "
+                         "usage: %s [--quick] [--large] [--rounds=N] [--filter=TEXT] [--cpu] [--check] "
                          "[--json=FILE]\n",
                          argv[0]);
             std::exit(2);
@@ -81,6 +81,8 @@ bool Session::take(const std::string& argument) {
         name.size() < argument.size() ? argument.substr(name.size() + 1) : std::string();
     if (name == "--quick") {
         quick_ = true;
+    } else if (name == "--large") {
+        isLarge_ = true;
     } else if (name == "--cpu") {
         clock_ = CLOCK_PROCESS_CPUTIME_ID;
     } else if (name == "--check") {

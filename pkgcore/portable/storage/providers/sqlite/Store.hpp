@@ -80,7 +80,7 @@ private:
         }
     }
 
-    void prepare(Connection& connection) const;
+    void prepareToWrite(Connection& connection) const;
     std::unique_ptr<Connection> take();
     void giveBack(std::unique_ptr<Connection> connection) noexcept;
 
