@@ -21,6 +21,20 @@ TEST_P(ProviderConformance, OnlyFilesAreRead) {
     EXPECT_EQ(read(u"d"), "(none)");
 }
 
+TEST_P(ProviderConformance, WhatIsPutBackDoesNotGetIntoTheFile) {
+    PKGCORE_NEEDS(Need::ReadingAt);
+    for (const auto& [path, content] : filesToRead()) {
+        if (content.size() < 3) continue;
+        const char other = static_cast<char>(content[1] + 1);
+        vfs::ifstream stream(file(path), std::ios_base::in);
+        stream.seekg(2).putback(other);
+        EXPECT_EQ(stream.tellg(), 1);
+        EXPECT_EQ(stream.get(), std::char_traits<char>::to_int_type(other));
+        EXPECT_EQ(stream.seekg(0).get(), std::char_traits<char>::to_int_type(content[0]));
+        EXPECT_EQ(stream.get(), std::char_traits<char>::to_int_type(content[1]));
+    }
+}
+
 TEST_P(ProviderConformance, AnOpenReaderKeepsWhatItOpened) {
     PKGCORE_NEEDS(Need::Writing);
     const std::string content = someBytes(300'000);

@@ -43,6 +43,7 @@ bool ReadBuffer::refill() {
         buffer_.reset(new char[kBufferSize]);
     }
     setg(buffer_.get(), buffer_.get(), buffer_.get());
+    isAltered_ = false;
     const std::size_t taken = readSome(buffer_.get(), kBufferSize);
     setg(buffer_.get(), buffer_.get(), buffer_.get() + taken);
     return taken > 0;
@@ -83,7 +84,8 @@ streamsize ReadBuffer::xsgetn(char* out, streamsize count) {
     return done;
 }
 
-/// Steps back over what is not in the buffer any more.
+/// Steps back over what is not in the buffer any more. Another byte than that of the file is put back for as
+/// long as nobody seeks.
 ReadBuffer::int_type ReadBuffer::pbackfail(int_type unit) {
     if (gptr() == eback() && !(position() > 0 && moveTo(position() - 1) && refill())) {
         return traits_type::eof();
@@ -92,6 +94,7 @@ ReadBuffer::int_type ReadBuffer::pbackfail(int_type unit) {
         gbump(-1);
     }
     if (!traits_type::eq_int_type(unit, traits_type::eof())) {
+        isAltered_ = isAltered_ || *gptr() != traits_type::to_char_type(unit);
         *gptr() = traits_type::to_char_type(unit);
     }
     return traits_type::not_eof(unit);
@@ -124,8 +127,11 @@ ReadBuffer::off_type ReadBuffer::target(off_type offset, std::ios_base::seekdir 
 
 /// Within the buffer if it can, so that small steps cost nothing.
 bool ReadBuffer::moveTo(off_type position) {
+    if (position == this->position()) {
+        return true;
+    }
     const off_type start = end_ - (egptr() - eback());
-    if (position >= start && position <= end_) {
+    if (position >= start && position <= end_ && !(isAltered_ && canSeek_)) {
         setg(eback(), eback() + (position - start), egptr());
         return true;
     }

@@ -37,8 +37,9 @@ private:
     std::unique_ptr<provider::Reader> reader_;
     bool canSeek_;
     std::unique_ptr<char[]> buffer_;
-    off_type end_ = 0;      ///< of what was read, in the file
-    bool readsOn_ = false;  ///< whether something was read where it stands
+    off_type end_ = 0;        ///< of what was read, in the file
+    bool readsOn_ = false;    ///< whether something was read where it stands
+    bool isAltered_ = false;  ///< whether the buffer holds what the file does not
 };
 
 }  // namespace foundation::storage::portable

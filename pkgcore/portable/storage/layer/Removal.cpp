@@ -15,12 +15,15 @@ namespace {
 /// Keeps the first failure of many attempts.
 class Attempts {
 public:
+    /// Whether it succeeded.
     template <typename Call>
-    void attempt(Call call) {
+    bool attempt(Call call) {
         try {
             call();
+            return true;
         } catch (...) {
             if (!first_) first_ = std::current_exception();
+            return false;
         }
     }
     void throwFirst() const {
@@ -31,11 +34,21 @@ private:
     std::exception_ptr first_;
 };
 
+/// A folder that cannot be listed any further is left with what is in it.
+TreeWalk::Step nextOf(TreeWalk& walk, Attempts& attempts) {
+    TreeWalk::Step step = TreeWalk::Step::End;
+    if (!attempts.attempt([&] { step = walk.next(); })) {
+        step = walk.leave();
+    }
+    return step;
+}
+
 /// Goes on after a failure, so that as much as possible is gone.
 void removeContents(const Spot& folder) {
     Attempts attempts;
     TreeWalk walk(folder);
-    for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
+    for (TreeWalk::Step step = nextOf(walk, attempts); step != TreeWalk::Step::End;
+         step = nextOf(walk, attempts)) {
         const bool isTree = walk.item().kind == Kind::Folder && !walk.item().isLink;
         if (step == TreeWalk::Step::Entry && isTree) {
             attempts.attempt([&walk] { walk.enter(); });

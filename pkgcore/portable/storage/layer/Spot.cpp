@@ -18,6 +18,15 @@ ErrorCode knownCode(ErrorCode code) noexcept {
     return code <= ErrorCode::NotSupported ? code : ErrorCode::IOError;
 }
 
+/// A store that opens nothing has failed without saying so.
+template <typename Opened>
+std::unique_ptr<Opened> opened(std::unique_ptr<Opened> given) {
+    if (!given) {
+        throw vfs::Exception(ErrorCode::IOError, "The store opened nothing");
+    }
+    return given;
+}
+
 }  // namespace
 
 Spot Spot::parent() const { return Spot(store_, path_.parent(), iri_.getParent()); }
@@ -49,15 +58,15 @@ Item Spot::require(Kind kind) const {
 }
 
 std::unique_ptr<provider::Lister> Spot::list() const {
-    return located([this] { return store_->provider->list(path_); });
+    return located([this] { return opened(store_->provider->list(path_)); });
 }
 
 std::unique_ptr<provider::Reader> Spot::openReader() const {
-    return located([this] { return store_->provider->openReader(path_); });
+    return located([this] { return opened(store_->provider->openReader(path_)); });
 }
 
 std::unique_ptr<provider::Writer> Spot::openWriter(provider::WriteMode mode) const {
-    return located([this, mode] { return store_->provider->openWriter(path_, mode); });
+    return located([this, mode] { return opened(store_->provider->openWriter(path_, mode)); });
 }
 
 void Spot::createFolder() const {

@@ -51,13 +51,16 @@ TreeWalk::Step TreeWalk::next() {
         ++level.at;
     }
     if (level.at == level.page.size()) {
-        level.page = level.folder.located([&level] { return level.lister->next(); });
+        std::vector<provider::ListItem> page =
+            level.folder.located([&level] { return level.lister->next(); });
+        requireNames(level.folder, page);
+        level.page = std::move(page);
         level.at = 0;
-        requireNames(level.folder, level.page);
     }
-    if (!level.page.empty()) {
-        return Step::Entry;
-    }
+    return level.page.empty() ? leave() : Step::Entry;
+}
+
+TreeWalk::Step TreeWalk::leave() {
     if (levels_.size() == 1) {
         return Step::End;
     }

@@ -24,6 +24,9 @@ public:
     vfs::CanonicalAbsoluteIRI iri() const { return levels_.back().folder.childIRI(item().name); }
     const provider::ListItem& item() const noexcept { return levels_.back().page[levels_.back().at]; }
 
+    /// Gives up the folder that it is in: Left, or End for the root.
+    Step leave();
+
     /// Goes into the folder that it stands on.
     void enter();
 

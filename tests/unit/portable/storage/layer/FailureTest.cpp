@@ -1,4 +1,5 @@
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
+#include <pkgcore/testing/FaultProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/storage/BareProvider.hpp"
@@ -254,6 +255,19 @@ TEST_F(StorageFailure, OfOneRemovalDoesNotStopTheOthers) {
     faults_.fixed = {u"d/e/b"};
     PKGCORE_EXPECT_FAILURE(AccessDenied, place.folder(u"d").removeFolder(FolderRemovalPolicy::WithContents));
     EXPECT_EQ(place.listTree(u""), (Names{u"d/", u"d/e/", u"d/e/b"}));
+}
+
+TEST(StorageFailureOfListing, DoesNotStopTheRemovalOfTheRest) {
+    const auto faults = std::make_shared<FaultProvider>(std::make_shared<test::BareProvider>(
+        provider::makeMemoryProvider(), [](provider::Traits& traits) { traits.removesTrees = false; }));
+    const Workplace place(storeFrom("listing", [&] { return faults; }).makeGround());
+    place.folder(u"d/b/sub").createFolderRecursive();
+    for (const char16_t* const path : {u"d/a", u"d/b/sub/f", u"d/b/z", u"d/c"}) {
+        ASSERT_TRUE(place.write(path, ""));
+    }
+    faults->fail({3, Verb::ListNext, Effect::FailBefore, ErrorCode::AccessDenied});  // that of d/b/sub
+    PKGCORE_EXPECT_FAILURE(AccessDenied, place.folder(u"d").removeFolder(FolderRemovalPolicy::WithContents));
+    EXPECT_EQ(place.listTree(u"d"), (Names{u"b/", u"b/sub/", u"b/sub/f"}));
 }
 
 TEST_F(StorageFailure, OfRemovingTheSourceLeavesBothPlaces) {

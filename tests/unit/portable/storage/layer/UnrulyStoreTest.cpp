@@ -122,6 +122,27 @@ TEST(StoreReading, OfMoreThanWasWantedIsAFailure) {
     }
 }
 
+class OpensNothing : public test::BareProvider {
+public:
+    OpensNothing() : BareProvider(provider::makeMemoryProvider(), [](Traits& /*traits*/) {}) {}
+    std::unique_ptr<provider::Lister> list(const Path& /*folder*/) override { return nullptr; }
+    std::unique_ptr<provider::Reader> openReader(const Path& /*file*/) override { return nullptr; }
+    std::unique_ptr<provider::Writer> openWriter(const Path& /*file*/,
+                                                 provider::WriteMode /*mode*/) override {
+        return nullptr;
+    }
+};
+
+TEST(StoreOpening, OfNothingIsAFailure) {
+    const Workplace place(storeFrom("null", [] { return std::make_shared<OpensNothing>(); }).makeGround());
+    PKGCORE_EXPECT_FAILURE(IOError, place.list(u""));
+    EXPECT_EQ(place.read(u"f"), "(none)");
+    for (const auto mode :
+         {std::ios_base::out, std::ios_base::app, std::ios_base::in | std::ios_base::trunc}) {
+        EXPECT_FALSE(place.write(u"f", "text", mode));
+    }
+}
+
 /// A store out of which from one call on, or at one kind of call, come exceptions that nobody expects.
 class StoreThrowing : public testing::Test {
 protected:
