@@ -83,7 +83,9 @@ void checkIRI(const AbsoluteIRI& iri, const std::u16string& spelled) {
     checkParts(iri);
     const CanonicalAbsoluteIRI canonical(iri);
     require(canonical.toString() == reference::canonicalIRI(spelled));
-    require(CanonicalAbsoluteIRI(canonical.toString()) == canonical);
+    const CanonicalAbsoluteIRI again(canonical.toString());
+    require(again == canonical);
+    require(!again.isPlain() || reference::plainText(again.toString()) == again.toString());
     checkFamily(canonical);
 }
 

@@ -10,7 +10,8 @@ namespace foundation::storage::vfs {
 /// The text of an IRI that was checked and is spelled as the class that takes it spells it. Nothing looks at
 /// it again.
 struct CheckedIRI {
-    std::u16string text;  ///< encoded
+    std::u16string text;   ///< encoded
+    bool isPlain = false;  ///< known to have nothing encoded in it, which is to say no "%"
 };
 
 /// The name of a place in a storage system, "scheme://authority/path", with the characters of RFC 3987;
@@ -39,10 +40,14 @@ public:
     AbsoluteIRI(const AbsoluteIRI& base, const std::u16string& relative);
 
     /// From text that a parser has found good: nothing is checked.
-    explicit AbsoluteIRI(CheckedIRI checked) noexcept : text_(std::move(checked.text)) {}
+    explicit AbsoluteIRI(CheckedIRI checked) noexcept
+        : text_(std::move(checked.text)), isPlain_(checked.isPlain) {}
 
     /// The whole IRI, encoded.
     const std::u16string& toString() const noexcept { return text_; }
+
+    /// Whether it is known that each part is the same encoded and plain. False says nothing.
+    bool isPlain() const noexcept { return isPlain_; }
 
     /// What stands in front of "://", in the letter case of the text.
     std::u16string getScheme() const;
@@ -54,6 +59,7 @@ public:
 
 private:
     std::u16string text_;
+    bool isPlain_ = false;
 };
 
 }  // namespace foundation::storage::vfs

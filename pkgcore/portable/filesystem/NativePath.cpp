@@ -14,18 +14,23 @@
 
 namespace fl::filesystem::posix {
 
-NativePath::NativePath(const std::u16string& path) : text_(path) {
-    if (path.empty()) {
-        throw PathNotFound(path);
+NativePath::NativePath(const std::u16string& path) : NativePath(std::string_view(), path) {}
+
+NativePath::NativePath(BelowRoot place) : NativePath("/", place.path) {}
+
+NativePath::NativePath(std::string_view start, const std::u16string& rest) : text_(rest) {
+    if (start.empty() && rest.empty()) {
+        throw PathNotFound(rest);
     }
-    const std::size_t room = path.size() * kMaxBytesPerUnit + 1;
+    const std::size_t room = start.size() + rest.size() * kMaxBytesPerUnit + 1;
     if (room > kShortCapacity) {
         longBytes_.reset(new char[room]);  // not make_unique: it would clear what is overwritten at once
     }
-    size_ = encodeText(path, bytes());
-    if (size_ == kInvalidText) {
-        throw FileNameConversionFailure(path);
+    const std::size_t size = encodeText(rest, bytes() + start.copy(bytes(), start.size()));
+    if (size == kInvalidText) {
+        throw FileNameConversionFailure(rest);
     }
+    size_ = start.size() + size;
     while (size_ > 1 && bytes()[size_ - 1] == '/') {
         --size_;
     }
@@ -33,6 +38,12 @@ NativePath::NativePath(const std::u16string& path) : text_(path) {
 }
 
 Place::Place(const std::u16string& path) : path_(path), rest_(path_.bytes()), directory_(AT_FDCWD) {
+    walkIfLong();
+}
+
+Place::Place(BelowRoot place) : path_(place), rest_(path_.bytes()), directory_(AT_FDCWD) { walkIfLong(); }
+
+void Place::walkIfLong() {
     if (path_.size() >= PATH_MAX) {
         walk();
     }

@@ -5,8 +5,14 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace fl::filesystem::posix {
+
+/// A path that is given without the separator of the root; empty for the root itself.
+struct BelowRoot {
+    const std::u16string& path;
+};
 
 /// A path as the bytes that the system takes: NUL-terminated, without trailing separators (so that a link is
 /// itself and not what it points to), in the object itself unless it is long.
@@ -14,6 +20,7 @@ class NativePath {
 public:
     /// FileNameConversionFailure for a NUL or a text without a form in bytes; PathNotFound for an empty path.
     explicit NativePath(const std::u16string& path);
+    explicit NativePath(BelowRoot place);
     NativePath(const NativePath&) = delete;
     NativePath& operator=(const NativePath&) = delete;
 
@@ -25,6 +32,8 @@ public:
     const std::u16string& text() const noexcept { return text_; }
 
 private:
+    NativePath(std::string_view start, const std::u16string& rest);
+
     static constexpr std::size_t kShortCapacity = 1024;
 
     const std::u16string& text_;
@@ -38,7 +47,10 @@ private:
 class Place {
 public:
     /// Of a path as it is. Walking a long one can fail: see error().
+    /// @{
     explicit Place(const std::u16string& path);
+    explicit Place(BelowRoot place);
+    /// @}
     Place(const Place&) = delete;
     Place& operator=(const Place&) = delete;
 
@@ -57,6 +69,7 @@ public:
     bool endsInDots() const noexcept;
 
 private:
+    void walkIfLong();
     void walk();
 
     NativePath path_;

@@ -18,6 +18,10 @@ std::size_t widenAsciiRun(const char* in, std::size_t length, char16_t* out) noe
 /// Copies the run with A to Z turned into a to z.
 std::size_t lowerAsciiRun(const char16_t* in, std::size_t length, char16_t* out) noexcept;
 
+/// Where the first code unit that is `unit` stands; `length` where there is none. Of the whole text, as
+/// below.
+std::size_t findUnit(const char16_t* in, std::size_t length, char16_t unit) noexcept;
+
 /// Whether any code unit is a NUL; of the whole text, not of its ASCII alone.
 bool holdsNul(const char16_t* in, std::size_t length) noexcept;
 

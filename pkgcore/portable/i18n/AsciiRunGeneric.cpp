@@ -18,6 +18,10 @@ std::size_t lowerAsciiRun(const char16_t* in, std::size_t length, char16_t* out)
     return lowerAsciiUnits(in, length, out);
 }
 
+std::size_t findUnit(const char16_t* in, std::size_t length, char16_t unit) noexcept {
+    return findOneByOne(in, length, unit);
+}
+
 bool holdsNul(const char16_t* in, std::size_t length) noexcept { return holdsNulUnit(in, length); }
 
 }  // namespace fl::i18n::portable

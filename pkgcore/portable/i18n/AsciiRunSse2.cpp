@@ -122,6 +122,21 @@ std::size_t lowerAsciiRun(const char16_t* in, std::size_t length, char16_t* out)
     return run<LowerStep>(in, 0, length, out);
 }
 
+std::size_t findUnit(const char16_t* in, std::size_t length, char16_t unit) noexcept {
+    if (length < kUnits) return findOneByOne(in, length, unit);
+    const __m128i wanted = _mm_set1_epi16(static_cast<short>(unit));
+    const auto find = [&](std::size_t at) {
+        return firstUnit(static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(load(in + at), wanted))));
+    };
+    for (std::size_t i = 0; i + kUnits < length; i += kUnits) {
+        const std::size_t found = find(i);
+        if (found != kNoStop) return i + found;
+    }
+    const std::size_t last = length - kUnits;
+    const std::size_t found = find(last);
+    return found == kNoStop ? length : last + found;
+}
+
 bool holdsNul(const char16_t* in, std::size_t length) noexcept {
     if (length < kUnits) return holdsNulUnit(in, length);
     const __m128i nul = _mm_setzero_si128();

@@ -38,8 +38,12 @@ inline std::size_t lowerAsciiUnits(const char16_t* in, std::size_t length, char1
     return i;
 }
 
+inline std::size_t findOneByOne(const char16_t* in, std::size_t length, char16_t unit) noexcept {
+    return static_cast<std::size_t>(std::find(in, in + length, unit) - in);
+}
+
 inline bool holdsNulUnit(const char16_t* in, std::size_t length) noexcept {
-    return std::find(in, in + length, u'\0') != in + length;
+    return findOneByOne(in, length, u'\0') != length;
 }
 
 }  // namespace fl::i18n::portable

@@ -7,9 +7,18 @@
 
 namespace foundation::storage::vfs {
 
-CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(const std::u16string& text)
-    : AbsoluteIRI(CheckedIRI{
-          portable::isPlainIRI(text) ? text : portable::canonicalIRI(portable::checkedIRI(text))}) {}
+namespace {
+
+CheckedIRI canonical(const std::u16string& text) {
+    if (portable::isPlainIRI(text)) {
+        return {text, true};
+    }
+    return {portable::canonicalIRI(portable::checkedIRI(text))};
+}
+
+}  // namespace
+
+CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(const std::u16string& text) : AbsoluteIRI(canonical(text)) {}
 
 CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(const AbsoluteIRI& iri)
     : AbsoluteIRI(CheckedIRI{portable::canonicalIRI(iri.toString())}) {}

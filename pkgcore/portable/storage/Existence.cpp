@@ -8,7 +8,7 @@ namespace foundation::storage::vfs {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): a handle goes by value throughout this interface
 ExistenceType exists(CanonicalAbsoluteIRI location, StorageSystemReference storage) {
-    const std::optional<provider::Item> found = portable::findSpot(std::move(location), storage).find();
+    const std::optional<provider::Item> found = storage.get()->find(std::move(location)).find();
     if (!found) {
         return ExistenceType::Nothing;
     }

@@ -56,16 +56,6 @@ std::size_t LiteralSet::asciiRun(std::u16string_view text) const noexcept {
     return static_cast<std::size_t>(end - text.begin());
 }
 
-bool isAsciiLetter(char32_t point) noexcept {
-    return (point >= U'a' && point <= U'z') || (point >= U'A' && point <= U'Z');
-}
-
-bool isAsciiDigit(char32_t point) noexcept { return point >= U'0' && point <= U'9'; }
-
-bool isSchemeCharacter(char32_t point) noexcept {
-    return isAsciiLetter(point) || isAsciiDigit(point) || point == U'+' || point == U'-' || point == U'.';
-}
-
 bool isAddressCharacter(char32_t point) noexcept {
     return hexDigitValue(point) >= 0 || point == U':' || point == U'.';
 }
@@ -76,10 +66,6 @@ int hexDigitValue(char32_t point) noexcept {
     }
     const char32_t letter = point | 0x20;
     return point < 0x80 && letter >= U'a' && letter <= U'f' ? static_cast<int>(letter - U'a') + 10 : -1;
-}
-
-char16_t lowered(char16_t unit) noexcept {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
 }
 
 }  // namespace foundation::storage::portable

@@ -8,11 +8,16 @@
 /// upper planes have their own.
 namespace foundation::storage::portable {
 
-bool isAsciiLetter(char32_t point) noexcept;
-bool isAsciiDigit(char32_t point) noexcept;
+constexpr bool isAsciiLetter(char32_t point) noexcept {
+    return (point >= U'a' && point <= U'z') || (point >= U'A' && point <= U'Z');
+}
+
+constexpr bool isAsciiDigit(char32_t point) noexcept { return point >= U'0' && point <= U'9'; }
 
 /// What a scheme goes on with; it begins with a letter.
-bool isSchemeCharacter(char32_t point) noexcept;
+constexpr bool isSchemeCharacter(char32_t point) noexcept {
+    return isAsciiLetter(point) || isAsciiDigit(point) || point == U'+' || point == U'-' || point == U'.';
+}
 
 /// Characters that may stand for themselves: some of ASCII, and beyond it iunreserved without the formatting
 /// characters that turn the direction of the text, which RFC 3987 (4.1) keeps out.
@@ -53,6 +58,8 @@ bool isAddressCharacter(char32_t point) noexcept;
 int hexDigitValue(char32_t point) noexcept;
 
 /// ASCII alone, as schemes and hosts are compared.
-char16_t lowered(char16_t unit) noexcept;
+constexpr char16_t lowered(char16_t unit) noexcept {
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
+}
 
 }  // namespace foundation::storage::portable

@@ -35,6 +35,12 @@ std::size_t endOfLowerOrDigits(std::u16string_view text, std::size_t from) noexc
     return from;
 }
 
+/// Whether "://" stands there.
+bool isMarkAt(std::u16string_view text, std::size_t at) noexcept {
+    return text.size() - at >= kMark.size() && text[at] == u':' && text[at + 1] == u'/' &&
+           text[at + 2] == u'/';
+}
+
 /// The digits of triplets stay capital.
 std::u16string loweredAuthority(std::u16string_view authority) {
     std::u16string result;
@@ -90,17 +96,17 @@ void requireEncodable(std::u16string_view plain, bool mayHoldBytes) {
 
 IRIParts partsOf(std::u16string_view checked) noexcept {
     const std::size_t mark = std::min(checked.find(u':'), checked.size());
-    const std::size_t authority = mark + kMark.size();
-    if (checked.substr(mark, kMark.size()) != kMark) {
+    if (!isMarkAt(checked, mark)) {
         return {};
     }
+    const std::size_t authority = mark + kMark.size();
     const std::size_t path = std::min(checked.find(u'/', authority), checked.size());
     return {checked.substr(0, mark), checked.substr(authority, path - authority), checked.substr(path)};
 }
 
 bool isPlainIRI(std::u16string_view text) noexcept {
     const std::size_t mark = endOfLowerOrDigits(text, 0);
-    if (text.substr(mark, kMark.size()) != kMark) {
+    if (!isMarkAt(text, mark)) {
         return false;
     }
     const std::size_t host = mark + kMark.size();

@@ -1,12 +1,11 @@
 #include <pkgcore/portable/storage/iri/PercentEncoding.hpp>
 
 #include <pkgcore/portable/filesystem/PathText.hpp>
+#include <pkgcore/portable/i18n/AsciiRun.hpp>
 #include <pkgcore/portable/i18n/CodePoints.hpp>
 #include <pkgcore/portable/storage/iri/IRICharacters.hpp>
 
 #include <unicode/utf16.h>
-
-#include <cstring>
 
 namespace foundation::storage::portable {
 
@@ -53,22 +52,9 @@ std::string bytesAt(std::u16string_view encoded, std::size_t& at) {
     return bytes;
 }
 
-/// The first triplet from `from` on, or the end. Goes over bytes, since that is what the C library has
-/// vectors for.
+/// The first triplet from `from` on, or the end.
 std::size_t findTriplet(std::u16string_view encoded, std::size_t from) noexcept {
-    const auto* const bytes = reinterpret_cast<const char*>(encoded.data());
-    const std::size_t size = encoded.size() * sizeof(char16_t);
-    for (std::size_t at = from * sizeof(char16_t); at < size; ++at) {
-        const void* const found = std::memchr(bytes + at, u'%', size - at);
-        if (found == nullptr) {
-            break;
-        }
-        at = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
-        if (encoded[at / sizeof(char16_t)] == u'%') {
-            return at / sizeof(char16_t);
-        }
-    }
-    return encoded.size();
+    return from + fl::i18n::portable::findUnit(encoded.data() + from, encoded.size() - from, u'%');
 }
 
 }  // namespace

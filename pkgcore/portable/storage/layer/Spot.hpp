@@ -22,7 +22,7 @@ struct Store {
 /// throw has the IRI as its location, and a code that the storage system knows.
 class Spot {
 public:
-    Spot(std::shared_ptr<const Store> store, provider::Path path, vfs::CanonicalAbsoluteIRI iri)
+    Spot(std::shared_ptr<const Store> store, provider::Path&& path, vfs::CanonicalAbsoluteIRI&& iri)
         : store_(std::move(store)), path_(std::move(path)), iri_(std::move(iri)) {}
 
     const provider::Path& path() const noexcept { return path_; }
@@ -55,6 +55,7 @@ public:
     void moveTo(const Spot& to, provider::ReplacementPolicy policy) const;
     void setWritable(bool isWritable) const;
     void setLastModified(const boost::posix_time::ptime& time) const;
+    void sync() const;
 
     /// Throws the code with this place.
     [[noreturn]] void fail(vfs::ErrorCode code) const;

@@ -2,6 +2,7 @@
 
 #include <pkgcore/platform/storage/CanonicalAbsoluteIRI.hpp>
 #include <pkgcore/platform/storage/StorageSystemReference.hpp>
+#include <pkgcore/portable/storage/iri/IRIText.hpp>
 #include <pkgcore/portable/storage/layer/Spot.hpp>
 
 #include <functional>
@@ -10,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace foundation::storage::vfs {
 
@@ -25,7 +27,7 @@ public:
 
     /// UnsupportedIRISchemeException for a scheme without a mount, NoSuchStorage for an authority without
     /// one.
-    portable::Spot find(CanonicalAbsoluteIRI iri) const;
+    portable::Spot find(CanonicalAbsoluteIRI&& iri) const;
 
 private:
     using Mounted = std::shared_ptr<const portable::Store>;
@@ -35,7 +37,15 @@ private:
         Mounted others;  ///< for all other authorities; null for none
     };
 
-    std::map<std::u16string, Mounts, std::less<>> schemes_;
+    struct Scheme {
+        std::u16string name;
+        Mounts mounts;
+    };
+
+    Mounts& mountsOf(const std::u16string& scheme);
+    const Mounted& storeFor(const CanonicalAbsoluteIRI& iri, const portable::IRIParts& parts) const;
+
+    std::vector<Scheme> schemes_;  ///< so few that none is found faster than the first ones
 };
 
 }  // namespace foundation::storage::vfs

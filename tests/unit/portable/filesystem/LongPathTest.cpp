@@ -14,6 +14,7 @@
 namespace {
 
 using namespace fl::filesystem;
+using fl::filesystem::posix::BelowRoot;
 using fl::filesystem::posix::NativePath;
 using fl::filesystem::posix::Place;
 using test::failedPath;
@@ -65,6 +66,24 @@ TEST(NativePath, AnyLengthFits) {
     for (std::size_t length = 330; length < 360; ++length) {
         const std::u16string text(length, u'\u20AC');  // three bytes each, the most that a unit can need
         EXPECT_EQ(repeated("\xE2\x82\xAC", static_cast<int>(length)), NativePath(text).bytes());
+    }
+}
+
+TEST(NativePath, BelowTheRootBeginsWithItsSeparator) {
+    const std::pair<std::u16string, std::string> paths[] = {{u"", "/"}, {u"a/b", "/a/b"}, {u"a//", "/a"}};
+    for (const auto& [text, bytes] : paths) {
+        const NativePath path(BelowRoot{text});
+        EXPECT_EQ(bytes, path.bytes());
+        EXPECT_EQ(bytes.size(), path.size());
+        EXPECT_EQ(text, path.text());
+    }
+}
+
+TEST(NativePath, BelowTheRootAnyLengthFits) {
+    for (std::size_t length = 330; length < 360; ++length) {
+        const std::u16string text(length, u'\u20AC');
+        EXPECT_EQ('/' + repeated("\xE2\x82\xAC", static_cast<int>(length)),
+                  NativePath(BelowRoot{text}).bytes());
     }
 }
 

@@ -109,6 +109,21 @@ TEST(AsciiUnits, AgreeWithTheVectors) {
     expectRunsAroundEachPosition<char16_t>(widenAsciiUnits, '\x80', same);
 }
 
+TEST(FindUnit, FindsTheFirstAtEachPlaceOfEachLength) {
+    for (const char16_t unit : {u'/', u'\0', u'\xFF2F'}) {
+        for (std::size_t length = 0; length < 40; ++length) {
+            std::u16string text(length,
+                                u'\u2F00');  // both halves are those of a slash, but not in this order
+            EXPECT_EQ(findUnit(text.data(), length, unit), length);
+            for (std::size_t at = length; at-- > 0;) {
+                text[at] = unit;
+                EXPECT_EQ(findUnit(text.data(), length, unit), at) << length;
+                EXPECT_EQ(findUnit(text.data(), at, unit), at) << length;
+            }
+        }
+    }
+}
+
 TEST(HoldsNul, FindsOneAtEachPlaceOfEachLength) {
     for (std::size_t length = 0; length < 70; ++length) {
         std::u16string text(length, u'\u0100');  // its lower half is a NUL byte, and no NUL

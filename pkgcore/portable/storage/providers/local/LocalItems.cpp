@@ -23,8 +23,7 @@ bool leadsNowhere(int error) noexcept { return error == ENOENT || error == ENOTD
 
 }  // namespace
 
-std::optional<LocalStatus> localStatus(const std::u16string& path) {
-    const posix::Place place(path);
+std::optional<LocalStatus> localStatus(const posix::Place& place) {
     LocalStatus found{};
     int error = place.error() != 0 ? place.error() : posix::readStatus(posix::itemAt(place), found.status);
     if (error == ENOENT || error == ENOTDIR) {
@@ -40,7 +39,7 @@ std::optional<LocalStatus> localStatus(const std::u16string& path) {
         }
     }
     if (error != 0 && !found.isDangling) {
-        posix::throwError(error, path);
+        posix::throwError(error, place.text());
     }
     return found;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <pkgcore/portable/filesystem/NativePath.hpp>
 #include <pkgcore/portable/storage/ProviderTypes.hpp>
 
 #include <sys/stat.h>
@@ -18,7 +19,7 @@ struct LocalStatus {
 };
 
 /// None where nothing is, or the path leads through something that is no folder.
-std::optional<LocalStatus> localStatus(const std::u16string& path);
+std::optional<LocalStatus> localStatus(const fl::filesystem::posix::Place& place);
 
 provider::Item itemOf(const LocalStatus& found);
 

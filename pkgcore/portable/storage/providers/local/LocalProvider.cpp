@@ -28,26 +28,28 @@ using portable::Purpose;
 
 std::u16string nativePath(const Path& path) { return u'/' + path.text(); }
 
+/// The same without a text that only the system would read.
+posix::Place placeOf(const Path& path) { return posix::Place(posix::BelowRoot{path.text()}); }
+
 LocalStatus require(const std::u16string& path) {
-    const std::optional<LocalStatus> found = portable::localStatus(path);
+    const std::optional<LocalStatus> found = portable::localStatus(posix::Place(path));
     if (!found) {
         throw fs::PathNotFound(path);
     }
     return *found;
 }
 
-posix::FileDescriptor openLocal(const std::u16string& path, int flags) {
-    const posix::Place place(path);
+posix::FileDescriptor openLocal(const posix::Place& place, int flags) {
     posix::FileDescriptor opened =
         posix::openAt(place.orThrow().directory(), place.path(), flags | O_RDONLY | O_NOCTTY);
     if (!opened.isOpen()) {
-        posix::throwError(errno, path);
+        posix::throwError(errno, place.text());
     }
     return opened;
 }
 
 bool leadsToFolder(const std::u16string& path) {
-    const std::optional<LocalStatus> found = portable::localStatus(path);
+    const std::optional<LocalStatus> found = portable::localStatus(posix::Place(path));
     return found && S_ISDIR(found->status.st_mode);
 }
 
@@ -57,7 +59,7 @@ public:
 
     std::optional<Item> find(const Path& path) override {
         return asStorage(Purpose::Reading, [&]() -> std::optional<Item> {
-            const std::optional<LocalStatus> found = portable::localStatus(nativePath(path));
+            const std::optional<LocalStatus> found = portable::localStatus(placeOf(path));
             return found ? std::optional<Item>(portable::itemOf(*found)) : std::nullopt;
         });
     }
@@ -65,7 +67,7 @@ public:
     std::unique_ptr<Lister> list(const Path& folder) override {
         return asStorage(Purpose::Reading, [&] {
             const std::u16string native = nativePath(folder);
-            const auto open = [native] { return openLocal(native, O_DIRECTORY); };
+            const auto open = [native] { return openLocal(posix::Place(native), O_DIRECTORY); };
             open();
             return std::make_unique<portable::NativeLister>(
                 open, [native](const std::u16string& name) { return leadsToFolder(native + u'/' + name); });
@@ -74,14 +76,14 @@ public:
 
     std::unique_ptr<Reader> openReader(const Path& file) override {
         return asStorage(Purpose::Reading, [&] {
-            return std::make_unique<portable::NativeReader>(openLocal(nativePath(file), 0));
+            return std::make_unique<portable::NativeReader>(openLocal(placeOf(file), 0));
         });
     }
 
     std::unique_ptr<Writer> openWriter(const Path& file, WriteMode mode) override {
         return asStorage(Purpose::Creating, [&] {
             const std::u16string native = portable::resolvedLink(nativePath(file));
-            const std::optional<LocalStatus> found = portable::localStatus(native);
+            const std::optional<LocalStatus> found = portable::localStatus(posix::Place(native));
             if (found && S_ISDIR(found->status.st_mode)) {
                 throw fs::FileExistsError(native);
             }
@@ -131,6 +133,12 @@ public:
     void setLastModified(const Path& path, const boost::posix_time::ptime& time) override {
         asStorage(Purpose::Reading,
                   [&] { fs::last_write_time(portable::resolvedLink(nativePath(path)), time); });
+    }
+
+    void sync(const Path& path) override {
+        asStorage(Purpose::Creating, [&] {
+            portable::syncFileSystemOf(portable::heldItem(portable::resolvedLink(nativePath(path))).item());
+        });
     }
 };
 

@@ -4,17 +4,14 @@
 
 namespace foundation::storage::portable {
 
-const MemoryChildren::Ordered& MemoryChildren::ordered() const noexcept {
-    static const Ordered kNone;
+const MemoryEntries& MemoryChildren::ordered() const noexcept {
+    static const MemoryEntries kNone;
     return entries_ ? entries_->ordered : kNone;
 }
 
-const SharedNode* MemoryChildren::find(std::u16string_view name) const {
-    if (!entries_) {
-        return nullptr;
-    }
-    const auto known = entries_->byName.find(name);
-    return known == entries_->byName.end() ? nullptr : &known->second->second;
+const SharedNode* MemoryChildren::find(std::u16string_view name) const noexcept {
+    const MemoryNames::Entry* const known = entries_ ? entries_->byName.find(name) : nullptr;
+    return known == nullptr ? nullptr : &(*known)->second;
 }
 
 void MemoryChildren::put(std::u16string_view name, SharedNode node) {
@@ -22,31 +19,25 @@ void MemoryChildren::put(std::u16string_view name, SharedNode node) {
         entries_ = std::make_unique<Entries>();
     }
     auto& [ordered, byName] = *entries_;
-    if (const auto known = byName.find(name); known != byName.end()) {
-        known->second->second = std::move(node);
+    if (const MemoryNames::Entry* const known = byName.find(name)) {
+        (*known)->second = std::move(node);
         return;
     }
-    const auto entry = ordered.emplace(name, std::move(node)).first;
-    try {
-        byName.emplace(entry->first, entry);
-    } catch (...) {
-        ordered.erase(entry);
-        throw;
-    }
+    byName.makeRoom();
+    byName.add(ordered.emplace(name, std::move(node)).first);
 }
 
-SharedNode MemoryChildren::take(Names::iterator known) noexcept {
-    const Ordered::iterator entry = known->second;
-    entries_->byName.erase(known);
+SharedNode MemoryChildren::take(MemoryEntries::iterator entry) noexcept {
+    entries_->byName.remove(entry);
     SharedNode node = std::move(entry->second);
     entries_->ordered.erase(entry);
     return node;
 }
 
 SharedNode MemoryChildren::take(std::u16string_view name) noexcept {
-    return take(entries_->byName.find(name));
+    return take(*entries_->byName.find(name));
 }
 
-SharedNode MemoryChildren::takeAny() noexcept { return take(entries_->byName.begin()); }
+SharedNode MemoryChildren::takeAny() noexcept { return take(entries_->ordered.begin()); }
 
 }  // namespace foundation::storage::portable

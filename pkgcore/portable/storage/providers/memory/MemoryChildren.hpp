@@ -1,24 +1,18 @@
 #pragma once
 
-#include <map>
+#include <pkgcore/portable/storage/providers/memory/MemoryNames.hpp>
+
 #include <memory>
-#include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace foundation::storage::portable {
-
-struct MemoryNode;
-using SharedNode = std::shared_ptr<MemoryNode>;
 
 /// The entries of a folder in memory: in the order of the UTF-16 units of their names, and by the hash of a
 /// name, since a folder is asked for single names far more often than it is listed. Without entries, as in
 /// all files, it is a null pointer.
 class MemoryChildren {
-    using Ordered = std::map<std::u16string, SharedNode, std::less<>>;
-
 public:
-    using Iterator = Ordered::const_iterator;
+    using Iterator = MemoryEntries::const_iterator;
 
     bool empty() const noexcept { return !entries_ || entries_->ordered.empty(); }
     std::size_t size() const noexcept { return ordered().size(); }
@@ -29,7 +23,7 @@ public:
     Iterator behind(std::u16string_view name) const { return ordered().upper_bound(name); }
 
     /// Null where there is none. Stays valid until the entry is changed.
-    const SharedNode* find(std::u16string_view name) const;
+    const SharedNode* find(std::u16string_view name) const noexcept;
 
     /// Adds an entry, or gives another node to the one of this name.
     void put(std::u16string_view name, SharedNode node);
@@ -41,15 +35,13 @@ public:
     SharedNode takeAny() noexcept;
 
 private:
-    using Names = std::unordered_map<std::u16string_view, Ordered::iterator>;
-
     struct Entries {
-        Ordered ordered;
-        Names byName;  ///< the names are those in the map
+        MemoryEntries ordered;
+        MemoryNames byName;
     };
 
-    const Ordered& ordered() const noexcept;
-    SharedNode take(Names::iterator known) noexcept;
+    const MemoryEntries& ordered() const noexcept;
+    SharedNode take(MemoryEntries::iterator entry) noexcept;
 
     std::unique_ptr<Entries> entries_;
 };

@@ -1,6 +1,7 @@
 #include <pkgcore/portable/storage/providers/memory/MemoryTree.hpp>
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/i18n/AsciiRun.hpp>
 
 #include <algorithm>
 #include <string_view>
@@ -22,7 +23,7 @@ const SharedNode kNothing;
 
 /// The first name of a path, which goes on behind it.
 std::u16string_view takeName(std::u16string_view& path) {
-    const auto end = static_cast<std::size_t>(std::find(path.begin(), path.end(), u'/') - path.begin());
+    const std::size_t end = fl::i18n::portable::findUnit(path.data(), path.size(), u'/');
     const std::u16string_view name = path.substr(0, end);
     path.remove_prefix(std::min(end + 1, path.size()));
     return name;
@@ -85,8 +86,8 @@ SharedNode MemoryTree::newNode(Kind kind) const {
 }
 
 const SharedNode& MemoryTree::root(const std::u16string& authority) const {
-    const auto found = roots_.find(authority);
-    return found == roots_.end() || !found->second ? emptyRoot_ : found->second;
+    const SharedNode* const found = roots_.find(authority);
+    return found == nullptr ? emptyRoot_ : *found;
 }
 
 /// What is at a path, or null. Stays valid until the tree is changed.
@@ -134,9 +135,8 @@ SharedNode MemoryTree::parentForCreation(const Path& path) const {
 
 /// Gives an authority a root of its own, before anything in it is changed.
 void MemoryTree::makeRoot(const Path& path) {
-    SharedNode& root = roots_[path.authority()];
-    if (!root) {
-        root = newNode(Kind::Folder);
+    if (roots_.find(path.authority()) == nullptr) {
+        roots_.put(path.authority(), newNode(Kind::Folder));
     }
 }
 

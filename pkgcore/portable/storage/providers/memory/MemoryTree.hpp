@@ -6,7 +6,6 @@
 #include <pkgcore/portable/storage/providers/memory/MemoryContent.hpp>
 
 #include <functional>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
@@ -82,7 +81,7 @@ private:
     mutable std::shared_mutex mutex_;
     Clock clock_;
     SharedNode emptyRoot_;  ///< of an authority in which nothing was made so far
-    std::map<std::u16string, SharedNode, std::less<>> roots_;
+    MemoryChildren roots_;  ///< by their authorities
 };
 
 }  // namespace foundation::storage::portable

@@ -71,6 +71,24 @@ const char* durabilityPragma(SqliteDurability durability) noexcept {
     return hasSafeLog() ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = EXTRA";
 }
 
+/// Lets no change of a connection return before it is on the disk.
+class FullDurability {
+public:
+    explicit FullDurability(Connection& connection) : connection_(connection) {
+        connection_.execute(durabilityPragma(SqliteDurability::Full));
+    }
+    // A failure would leave the connection slower than it need be.
+    ~FullDurability() {
+        sqlite3_exec(connection_.get(), durabilityPragma(SqliteDurability::Normal), nullptr, nullptr,
+                     nullptr);
+    }
+    FullDurability(const FullDurability&) = delete;
+    FullDurability& operator=(const FullDurability&) = delete;
+
+private:
+    Connection& connection_;
+};
+
 provider::Identity identityOfFile(const std::string& path) {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
@@ -118,6 +136,20 @@ void Store::prepareToWrite(Connection& connection) const {
         setJournal(connection, options_.durability, options_.busyTime);
         connection.execute(durabilityPragma(options_.durability));
     }
+}
+
+// Full durability for one change brings those before it to the disk as well. Where no byte of a row becomes
+// another, SQLite writes nothing; the header of the file it always writes.
+void Store::sync() {
+    if (options_.isReadOnly || options_.durability == SqliteDurability::Full) {
+        return;
+    }
+    const Passage passage(gate_, options_.busyTime);
+    Lease lease(*this);
+    const FullDurability durability(lease.connection());
+    Transaction transaction(lease.connection(), Access::Write);
+    markVersion(lease.connection());
+    transaction.commit();
 }
 
 void Store::requireWritable() const {

@@ -88,6 +88,15 @@ TEST(CanonicalIRI, IsTheCanonicalFormOfItself) {
     }
 }
 
+TEST(CanonicalIRI, IsKnownToBePlainOnlyWhereNothingIsEncoded) {
+    for (const Canonical& row : kCanonical) {
+        const bool isEncoded = row.canonical.find(u'%') != std::u16string::npos;
+        EXPECT_FALSE(isEncoded && CanonicalAbsoluteIRI(row.canonical).isPlain()) << shown(row.canonical);
+    }
+    EXPECT_TRUE(CanonicalAbsoluteIRI(u"mem://store/folder/file.txt").isPlain());
+    EXPECT_FALSE(CanonicalAbsoluteIRI(u"mem://store/100%25").isPlain());
+}
+
 TEST(CanonicalIRI, ComparesByPlace) {
     EXPECT_EQ(CanonicalAbsoluteIRI(u"MEM://S/a/../%62/"), CanonicalAbsoluteIRI(u"mem://s/b"));
     EXPECT_NE(CanonicalAbsoluteIRI(u"mem://s/b"), CanonicalAbsoluteIRI(u"mem://s/B"));

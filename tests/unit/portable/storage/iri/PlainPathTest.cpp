@@ -14,7 +14,7 @@ using foundation::storage::portable::isPlainPath;
 using foundation::storage::vfs::CanonicalAbsoluteIRI;
 
 /// Longer than a few vectors.
-constexpr std::size_t kLongest = 36;
+constexpr std::size_t kLongest = 50;
 
 /// All of ASCII, and units that end like some of it.
 std::vector<char16_t> interestingUnits() {
