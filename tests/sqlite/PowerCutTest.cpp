@@ -127,6 +127,8 @@ struct Case {
     SqliteDurability durability;
     Loss loss;
     bool syncs = false;  ///< after each change
+    std::size_t largeSize = 80'000;
+    unsigned step = 1;  ///< from one cut to the next one
 };
 
 class SqlitePowerCut : public testing::TestWithParam<Case> {
@@ -174,7 +176,7 @@ private:
     void makeChanges() {
         try {
             const auto store = file_.open(options());
-            for (const Change& change : allKinds(80'000)) {
+            for (const Change& change : allKinds(GetParam().largeSize)) {
                 Tree next = states_.back();
                 ASSERT_TRUE(change.makeIn(next));
                 isLastOpen_ = true;
@@ -207,7 +209,7 @@ private:
 
 TEST_P(SqlitePowerCut, LeavesWhatWasPromised) {
     unsigned number = 1;
-    while (run(number) && !HasFailure()) ++number;
+    while (run(number) && !HasFailure()) number += GetParam().step;
     RecordProperty("cuts", static_cast<int>(number - 1));
     EXPECT_GE(number, 50U) << "so often at least is a file changed";
 }
@@ -222,6 +224,9 @@ constexpr Case kCases[] = {
     {"NormalWithSomeLostInAnyOrder", SqliteDurability::Normal, Loss::SomeInAnyOrder},
     {"SyncedWithAllLost", SqliteDurability::Normal, Loss::All, true},
     {"SyncedWithSomeLost", SqliteDurability::Normal, Loss::Some, true},
+    // With what is stored before it is published.
+    {"FullAndLargeWithSomeLost", SqliteDurability::Full, Loss::SomeInAnyOrder, false, 4'400'000, 101},
+    {"NormalAndLargeWithSomeLost", SqliteDurability::Normal, Loss::SomeInAnyOrder, false, 4'400'000, 101},
 };
 
 INSTANTIATE_TEST_SUITE_P(Loss, SqlitePowerCut, testing::ValuesIn(kCases),
