@@ -1,4 +1,5 @@
-# `cpack -G DEB` in a build folder: one package with the library, one with what is needed to build against it. Configure with
+# `cpack -G DEB` in a build folder: one package with the library, one with the store in an SQLite database, so that only its
+# users need SQLite, and one with what is needed to build against them. Configure with
 # -DCMAKE_INSTALL_PREFIX=/usr for Debian's folder of the architecture.
 
 set(CPACK_GENERATOR DEB)
@@ -26,9 +27,25 @@ set(CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_RECOMMENDS tzdata)
 set(CPACK_COMPONENT_PKGCORE_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: headers, CMake package, pkg-config file")
 set(CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_NAME libpkgcore-dev)
 set(CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(pkgcore_debian_libraries "${CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+
+if(PKGCORE_BUILD_SQLITE)
+  list(APPEND CPACK_COMPONENTS_ALL pkgcore_sqlite_runtime)
+  set(CPACK_COMPONENT_PKGCORE_SQLITE_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}: a store in an SQLite database")
+  set(CPACK_DEBIAN_PKGCORE_SQLITE_RUNTIME_PACKAGE_NAME "libpkgcore-sqlite${PROJECT_VERSION_MAJOR}")
+  set(CPACK_DEBIAN_PKGCORE_SQLITE_RUNTIME_PACKAGE_SECTION libs)
+  set(CPACK_DEBIAN_PKGCORE_SQLITE_RUNTIME_PACKAGE_SHLIBDEPS ON)
+  # The library that it stands on is in no package yet; the line below names that package.
+  get_target_property(pkgcore_library_dir pkgcore BINARY_DIR)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${pkgcore_library_dir}")
+  set(CPACK_DEBIAN_PKGCORE_SQLITE_RUNTIME_PACKAGE_DEPENDS "${pkgcore_debian_libraries}")
+  list(APPEND pkgcore_debian_libraries
+       "${CPACK_DEBIAN_PKGCORE_SQLITE_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+endif()
+
 string(
   JOIN ", " CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_DEPENDS
-  "${CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})"
+  ${pkgcore_debian_libraries}
   "libboost-dev (>= ${PKGCORE_BOOST_VERSION})"
   libboost-filesystem-dev
   libboost-thread-dev)

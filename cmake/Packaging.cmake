@@ -19,8 +19,8 @@ if(PKGCORE_BUILD_SQLITE)
   install(
     TARGETS pkgcore_sqlite
     EXPORT pkgcoreTargets
-    RUNTIME COMPONENT pkgcore_runtime
-    LIBRARY COMPONENT pkgcore_runtime NAMELINK_COMPONENT pkgcore_development
+    RUNTIME COMPONENT pkgcore_sqlite_runtime
+    LIBRARY COMPONENT pkgcore_sqlite_runtime NAMELINK_COMPONENT pkgcore_development
     ARCHIVE COMPONENT pkgcore_development
     FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT pkgcore_development)
 endif()

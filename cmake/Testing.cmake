@@ -8,7 +8,7 @@ add_custom_target(pkgcore_concurrent_tests)
 # pkgcore_add_test(NAME <name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...])
 #
 # Makes a GoogleTest program and registers each of its tests with CTest as <name>/<Suite>.<Test>, or the program as a whole in a
-# build with sanitizers. LIBRARIES says what is tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted
+# build with sanitizers or for coverage. LIBRARIES says what is tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted
 # platform, or pkgcore::pkgcore. Each test carries the first folder below tests/ as a label, in addition to LABELS.
 function(pkgcore_add_test)
   cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES;LABELS")
@@ -28,8 +28,8 @@ function(pkgcore_add_test)
   if("concurrent" IN_LIST labels)
     add_dependencies(pkgcore_concurrent_tests ${arg_NAME})
   endif()
-  # A sanitizer makes starting a program dear: there each program is one test.
-  if(PKGCORE_SANITIZE)
+  # A sanitizer, or the counters of coverage, make starting a program dear: there each program is one test.
+  if(PKGCORE_SANITIZE OR PKGCORE_COVERAGE)
     add_test(NAME ${arg_NAME} COMMAND ${arg_NAME} --gtest_brief=1)
     set_tests_properties(${arg_NAME} PROPERTIES LABELS "${labels}" TIMEOUT 1200)
     return()

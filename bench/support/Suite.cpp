@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <numeric>
 #include <random>
 
@@ -43,12 +45,30 @@ std::string timeText(double seconds) {
     return text;
 }
 
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char character : text) {
+        if (character == '"' || character == '\\') result += '\\';
+        result += character;
+    }
+    return result + '"';
+}
+
+/// A member of an object, with a comma behind it.
+std::string member(const char* name, double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, "\"%s\": %.6g, ", name, value);
+    return text;
+}
+
 }  // namespace
 
-Session::Session(int argc, char** argv) {
+Session::Session(int argc, char** argv) : program_(argv[0]) {
     for (int i = 1; i < argc; ++i) {
         if (!take(argv[i])) {
-            std::fprintf(stderr, "usage: %s [--quick] [--rounds=N] [--filter=TEXT] [--cpu] [--check]\n",
+            std::fprintf(stderr,
+                         "usage: %s [--quick] [--large] [--rounds=N] [--filter=TEXT] [--cpu] [--check] "
+                         "[--json=FILE]\n",
                          argv[0]);
             std::exit(2);
         }
@@ -61,6 +81,8 @@ bool Session::take(const std::string& argument) {
         name.size() < argument.size() ? argument.substr(name.size() + 1) : std::string();
     if (name == "--quick") {
         quick_ = true;
+    } else if (name == "--large") {
+        isLarge_ = true;
     } else if (name == "--cpu") {
         clock_ = CLOCK_PROCESS_CPUTIME_ID;
     } else if (name == "--check") {
@@ -70,6 +92,9 @@ bool Session::take(const std::string& argument) {
         return rounds_ > 0;
     } else if (name == "--filter") {
         filter_ = value;
+    } else if (name == "--json") {
+        json_ = value;
+        return !value.empty();
     } else {
         return false;
     }
@@ -81,6 +106,13 @@ std::size_t Session::rounds(std::size_t full) const noexcept {
         return rounds_;
     }
     return quick_ ? std::max(kLeastRounds, full / 4) : full;
+}
+
+void Session::record(const std::string& json) const {
+    if (!json_.empty() && !(std::ofstream(json_, std::ios::app) << json << std::endl)) {
+        std::fprintf(stderr, "cannot write to %s\n", json_.c_str());
+        std::exit(2);
+    }
 }
 
 double Row::sample(std::size_t count, clockid_t clock) const {
@@ -127,6 +159,14 @@ void Suite::run() {
         measureRound(batch, times);
     }
     print(times);
+    session_.record(json(times));
+}
+
+std::string Suite::nameOf(std::size_t index) const {
+    if (index == rows_.size()) {
+        return "(limit again: noise)";
+    }
+    return (index == 0 ? "limit: " : "") + rows_[index].name();
 }
 
 void Suite::print(const std::vector<Samples>& times) const {
@@ -135,14 +175,24 @@ void Suite::print(const std::vector<Samples>& times) const {
     std::printf("|%s|%s|%s|%s|%s|%s|\n", std::string(46, '-').c_str(),
                 "-----------:", "-------:", "-------:", "-------:", std::string(14, '-').c_str());
     for (std::size_t index = 0; index < times.size(); ++index) {
-        const Row& row = timedRow(index);
-        const bool again = index == rows_.size();
-        const std::string name = again        ? "(limit again: noise)"
-                                 : index == 0 ? "limit: " + row.name()
-                                              : row.name();
-        printRow(row, name, times[index], ratios(times[index], times.front()));
+        printRow(timedRow(index), nameOf(index), times[index], ratios(times[index], times.front()));
     }
     std::fflush(stdout);
+}
+
+std::string Suite::json(const std::vector<Samples>& times) const {
+    std::string rows;
+    for (std::size_t index = 0; index < times.size(); ++index) {
+        const Samples relative = ratios(times[index], times.front());
+        rows += (rows.empty() ? "{" : ", {") + member("seconds", quantile(times[index], 0.5)) +
+                member("median", quantile(relative, 0.5)) + member("p25", quantile(relative, 0.25)) +
+                member("p75", quantile(relative, 0.75)) + member("goal", timedRow(index).goal()) +
+                "\"name\": " + quoted(nameOf(index)) + '}';
+    }
+    const char* const clock = session_.clock() == CLOCK_MONOTONIC ? "wall" : "processor";
+    return "{\"program\": " + quoted(std::filesystem::path(session_.program()).filename().string()) +
+           ", \"suite\": " + quoted(title_) + ", \"clock\": " + quoted(clock) + ", " +
+           member("rounds", static_cast<double>(rounds_)) + "\"rows\": [" + rows + "]}";
 }
 
 void Suite::printRow(const Row& row, const std::string& name, const Samples& times,

@@ -22,26 +22,39 @@ namespace bench {
 class Session {
 public:
     /// Understands `--quick` (fewer rounds), `--rounds=N`, `--filter=TEXT` (only suites whose title holds
-    /// it),
+    /// it), `--large` (as much data as the goals name, where less is measured otherwise),
     /// `--cpu` (the processor time of the program instead of the time that passes: steadier on a machine that
-    /// does other things as well, but blind to waiting) and `--check` (a missed goal makes exitCode() 1);
-    /// ends the process with a usage text on anything else.
+    /// does other things as well, but blind to waiting), `--check` (a missed goal makes exitCode() 1) and
+    /// `--json=FILE` (a line is added to the file for each suite, in the form that record() takes); ends the
+    /// process with a usage text on anything else.
     Session(int argc, char** argv);
 
     bool selects(const std::string& title) const { return title.find(filter_) != std::string::npos; }
     /// The rounds to run where `full` are right for a thorough measurement.
     std::size_t rounds(std::size_t full) const noexcept;
     clockid_t clock() const noexcept { return clock_; }
+    /// How much to measure where `large` is what a goal names and `usual` takes a bearable time.
+    std::size_t amount(std::size_t usual, std::size_t large) const noexcept {
+        return isLarge_ ? large : usual;
+    }
     void noteMissedGoal() noexcept { missed_ = true; }
+    /// Adds a line to the file of `--json`, if one was asked for: an object with "program", "suite", "clock",
+    /// "rounds" and "rows", each with "name", "seconds", "median", "p25", "p75" and "goal" (0: none), the
+    /// limit first.
+    void record(const std::string& json) const;
+    const std::string& program() const noexcept { return program_; }
     int exitCode() const noexcept { return check_ && missed_ ? 1 : 0; }
 
 private:
     bool take(const std::string& argument);
 
+    std::string program_;
     std::string filter_;
+    std::string json_;
     std::size_t rounds_ = 0;  // 0: not given
     clockid_t clock_ = CLOCK_MONOTONIC;
     bool quick_ = false;
+    bool isLarge_ = false;
     bool check_ = false;
     bool missed_ = false;
 };
@@ -126,6 +139,8 @@ private:
     void measureRound(std::size_t batch, std::vector<Samples>& times) const;
     void print(const std::vector<Samples>& times) const;
     void printRow(const Row& row, const std::string& name, const Samples& times, const Samples& ratios) const;
+    std::string json(const std::vector<Samples>& times) const;
+    std::string nameOf(std::size_t index) const;
     const Row& timedRow(std::size_t index) const {
         return index < rows_.size() ? rows_[index] : rows_.front();
     }

@@ -43,9 +43,10 @@ enum class Verb : unsigned char {
     Move,             ///< Provider::move
     SetWritable,      ///< Provider::setWritable
     SetLastModified,  ///< Provider::setLastModified
+    Sync,             ///< Provider::sync
 };
 /// How many verbs there are, for tables of them.
-inline constexpr std::size_t kVerbCount = static_cast<std::size_t>(Verb::SetLastModified) + 1;
+inline constexpr std::size_t kVerbCount = static_cast<std::size_t>(Verb::Sync) + 1;
 
 /// What becomes of a call that a fault strikes.
 enum class Effect : unsigned char {
@@ -227,6 +228,9 @@ public:
     }
     void setLastModified(const Path& path, const boost::posix_time::ptime& time) override {
         plan_->run(Verb::SetLastModified, [&] { store_->setLastModified(path, time); });
+    }
+    void sync(const Path& path) override {
+        plan_->run(Verb::Sync, [&] { store_->sync(path); });
     }
 
 private:

@@ -68,6 +68,11 @@ const std::vector<Backend>& emulatedStores() {
         hiding("appends", [](provider::Traits& traits) { traits.appends = false; }),
         hiding("marks",
                [](provider::Traits& traits) { traits.setsWritable = traits.setsLastModified = false; }),
+        hiding("largeFiles",
+               [](provider::Traits& traits) {
+                   hideTransfers(traits);
+                   traits.maxFileSize = 500'000;
+               }),
         hiding("removal", [](provider::Traits& traits) { traits.removes = traits.removesTrees = false; }),
     };
     return stores;

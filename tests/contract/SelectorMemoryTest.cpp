@@ -2,6 +2,8 @@
 // back. This program replaces operator new.
 
 #include <pkgcore/filesystem/FileSystemOpsSelector.hpp>
+#include <pkgcore/filesystem/LocalFileSystemOps.hpp>
+#include <pkgcore/filesystem/VirtualFileSystemOps.hpp>
 
 #include "tests/fault/AllocationCounter.hpp"
 #include "tests/support/scripted_platform/StorageScript.hpp"
@@ -73,6 +75,15 @@ TEST(SelectorMemory, OfABackEndThatCannotBeMadeNothingIsLeft) {
         EXPECT_EQ(memory.kept(), 0) << at;
         EXPECT_EQ(system.use_count(), 2) << at;
     }
+}
+
+TEST(SelectorMemory, TheLocalBackEndIsMadeBeforeTheVirtualOne) {
+    static_assert(sizeof(opc::LocalFileSystemOps) != sizeof(opc::VirtualFileSystemOps));
+    const StorageSystemReference storage = scripted::storageSystem("S");
+    canBeMadeWithout(2, storage);
+    EXPECT_EQ(ScarceMemory::refusedBytes(), sizeof(opc::LocalFileSystemOps));
+    canBeMadeWithout(3, storage);
+    EXPECT_EQ(ScarceMemory::refusedBytes(), sizeof(opc::VirtualFileSystemOps));
 }
 
 TEST(SelectorMemory, TheVirtualBackEndGoesBeforeTheLocalOne) {

@@ -17,22 +17,24 @@ struct Memory {
     bool persistent = false;
     long left = 0;  // allocations until the one that fails
     bool reached = false;
+    std::size_t refused = 0;
 };
 
 thread_local Memory memory;
 
-bool runsOut() noexcept {
+bool runsOut(std::size_t size) noexcept {
     if (!memory.scarce) {
         return false;
     }
     --memory.left;
     const bool now = memory.left == 0 || (memory.persistent && memory.left < 0);
     memory.reached |= now;
+    memory.refused = now ? size : memory.refused;
     return now;
 }
 
 void* take(std::size_t size) noexcept {
-    void* const block = runsOut() ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
+    void* const block = runsOut(size) ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
     if (block != nullptr) {
         memory.used += static_cast<std::ptrdiff_t>(malloc_usable_size(block));
         memory.peak = std::max(memory.peak, memory.used);
@@ -67,6 +69,8 @@ ScarceMemory::ScarceMemory(long at, bool persistent) noexcept {
 ScarceMemory::~ScarceMemory() { memory.scarce = false; }
 
 bool ScarceMemory::wasReached() noexcept { return memory.reached; }
+
+std::size_t ScarceMemory::refusedBytes() noexcept { return memory.refused; }
 
 PeakMemory::PeakMemory() noexcept : start_(memory.used) { memory.peak = memory.used; }
 

@@ -17,6 +17,9 @@ public:
 
     /// Whether the allocation that had to fail was asked for.
     static bool wasReached() noexcept;
+
+    /// How many bytes the last allocation that failed asked for.
+    static std::size_t refusedBytes() noexcept;
 };
 
 /// Bytes in use more than at the beginning of the scope, at the moment when they were most.

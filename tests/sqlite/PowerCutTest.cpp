@@ -19,6 +19,7 @@ namespace test {
 
 namespace {
 
+namespace provider = foundation::storage::provider;
 namespace vfs = foundation::storage::vfs;
 using foundation::storage::provider::SqliteDurability;
 using Kind = VfsCall::Kind;
@@ -125,6 +126,7 @@ struct Case {
     const char* name;
     SqliteDurability durability;
     Loss loss;
+    bool syncs = false;  ///< after each change
 };
 
 class SqlitePowerCut : public testing::TestWithParam<Case> {
@@ -178,6 +180,7 @@ private:
                 isLastOpen_ = true;
                 states_.push_back(next);
                 change.makeIn(*store);
+                if (GetParam().syncs) store->sync(provider::Path());
                 isLastOpen_ = false;
             }
         } catch (const vfs::Exception&) {
@@ -187,8 +190,8 @@ private:
 
     void compare() {
         const Tree found = contentsOf(*file_.open(options()));
-        const bool isFull = GetParam().durability == SqliteDurability::Full;
-        const std::size_t oldest = isFull ? states_.size() - (isLastOpen_ ? 2 : 1) : 0;
+        const bool lasts = GetParam().durability == SqliteDurability::Full || GetParam().syncs;
+        const std::size_t oldest = lasts ? states_.size() - (isLastOpen_ ? 2 : 1) : 0;
         const auto first = states_.begin() + static_cast<std::ptrdiff_t>(oldest);
         const bool isKnown = std::any_of(
             first, states_.end(), [&found](const Tree& tree) { return difference(tree, found).empty(); });
@@ -217,6 +220,8 @@ constexpr Case kCases[] = {
     {"NormalWithAllLost", SqliteDurability::Normal, Loss::All},
     {"NormalWithSomeLost", SqliteDurability::Normal, Loss::Some},
     {"NormalWithSomeLostInAnyOrder", SqliteDurability::Normal, Loss::SomeInAnyOrder},
+    {"SyncedWithAllLost", SqliteDurability::Normal, Loss::All, true},
+    {"SyncedWithSomeLost", SqliteDurability::Normal, Loss::Some, true},
 };
 
 INSTANTIATE_TEST_SUITE_P(Loss, SqlitePowerCut, testing::ValuesIn(kCases),

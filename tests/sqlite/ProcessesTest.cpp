@@ -161,6 +161,17 @@ TEST(SqliteProcesses, NoUpdateIsLost) {
     expectSound(file);
 }
 
+TEST(SqliteProcesses, ManyThreadsMakeOneStore) {
+    const StoreFile file;
+    std::vector<std::thread> threads;
+    for (char16_t name = u'a'; name < u'i'; ++name) {
+        threads.emplace_back([&file, name] { file.open()->createFolder(Path(std::u16string(1, name))); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(file.open()->list(Path())->next().size(), 8U);
+    expectSound(file);
+}
+
 TEST(SqliteProcesses, OneMakesAFileOfThatName) {
     const StoreFile file;
     file.open();

@@ -68,11 +68,11 @@ public:
 
     /// Moves the folder with all that it holds, also into another store. A missing folder around the
     /// destination is NotFound, a folder into itself NotSupported before anything is changed; onto its own
-    /// place it changes nothing. Nothing is lost: a failure leaves the source whole, or, where it could not
-    /// be cleared after a copy into another store, a whole destination and a rest of the source. That rest
-    /// has the name of the form ".<20 characters>.tmp" that the failure tells; only in a store that does not
-    /// move folders it keeps the name of the source. Remove it then: moved again with replacement, it would
-    /// take the place of the whole.
+    /// place it changes nothing. Nothing is lost: a failure leaves the source whole, or a whole destination
+    /// and a rest of what could not be removed: of the old destination, or of the source after a copy into
+    /// another store or file system. That rest has the name of the form ".<20 characters>.tmp" that the
+    /// failure tells; only in a store that does not move folders it keeps the name of the source. Remove it
+    /// then: moved again with replacement, it would take the place of the whole.
     void moveFolder(const Folder& destination, provider::ReplacementPolicy policy) const;
 
 private:

@@ -39,4 +39,6 @@ void Provider::setWritable(const Path& /*path*/, bool /*isWritable*/) { refuse()
 
 void Provider::setLastModified(const Path& /*path*/, const boost::posix_time::ptime& /*time*/) { refuse(); }
 
+void Provider::sync(const Path& /*path*/) {}
+
 }  // namespace foundation::storage::provider

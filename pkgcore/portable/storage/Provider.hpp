@@ -87,8 +87,8 @@ public:
     virtual std::size_t fill(std::vector<ListItem>& page);
 };
 
-/// A store. The verbs that are not pure throw "unsupported" unless they are overridden, and Traits say which
-/// are.
+/// A store. The verbs that are not pure throw "unsupported" unless they are overridden, but for sync(), and
+/// Traits say which are.
 class PKGCORE_PLATFORM_API Provider {
 public:
     Provider() = default;
@@ -133,7 +133,8 @@ public:
     virtual void copy(const Path& from, const Path& to, ReplacementPolicy policy);
 
     /// Gives a file or folder another place; as copy(), but it keeps its time, and after a failure everything
-    /// is where it was.
+    /// is where it was. Where all that could not be done is to remove what a folder has replaced, the new one
+    /// is in place, the rest has a temporary name, and the failure tells it.
     virtual void move(const Path& from, const Path& to, ReplacementPolicy policy);
 
     /// Marks a file or a folder. A file that is not writable may still be read, moved, replaced and removed.
@@ -142,6 +143,12 @@ public:
     /// Sets the time, kept to Traits::timeStep; a special time, and one that the store cannot keep, is
     /// "unsupported".
     virtual void setLastModified(const Path& path, const boost::posix_time::ptime& time);
+
+    /// Returns when what is at the path outlives a loss of power, with all names on the way to it and all
+    /// that is in a folder. The storage system asks for it when it has copied something here in order to move
+    /// it, and removes the source in the other store then. Unless overridden it does nothing, which is right
+    /// for a store whose changes all last as soon as they are made, and for one that ends with its process.
+    virtual void sync(const Path& path);
 };
 
 }  // namespace foundation::storage::provider

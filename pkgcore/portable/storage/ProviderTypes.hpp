@@ -144,7 +144,8 @@ struct Traits {
 
     /// In UTF-16 units; a longer name is refused as unsupported.
     std::size_t maxNameLength = std::numeric_limits<std::size_t>::max();
-    /// In bytes. The store itself throws "too large" for what goes beyond it.
+    /// In bytes. The store itself throws "too large" for what goes beyond it, when it is written or
+    /// committed; the storage system does not begin to copy a file that is known to be larger.
     std::uint64_t maxFileSize = std::numeric_limits<std::uint64_t>::max();
     /// The smallest difference between two times that the store keeps; not_a_date_time where it keeps none.
     boost::posix_time::time_duration timeStep = boost::posix_time::microseconds(1);

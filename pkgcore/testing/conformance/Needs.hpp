@@ -54,6 +54,13 @@ protected:
         return files;
     }
 
+    /// Without the storage system around the store.
+    void writeDirectly(const std::u16string& name, const std::string& content) const {
+        const auto writer = store().openWriter(at(name), provider::WriteMode::Create);
+        writer->write(content.data(), content.size());
+        writer->commit();
+    }
+
 private:
     bool does(Need need) const {
         const provider::Traits has = traits();

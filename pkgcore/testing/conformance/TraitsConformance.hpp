@@ -115,4 +115,18 @@ TEST_P(ProviderConformance, NamesAreTakenUpToTheirLimit) {
     EXPECT_EQ(list(u""), Names{longest + u"/"});
 }
 
+TEST_P(ProviderConformance, FilesAreTakenUpToTheirLimit) {
+    PKGCORE_NEEDS(Need::Writing);
+    const std::uint64_t limit = std::min<std::uint64_t>(traits().maxFileSize, 1'000'000);
+    const std::string largest = someBytes(static_cast<std::size_t>(limit));
+    ASSERT_TRUE(write(u"f", largest));
+    if (limit == traits().maxFileSize) {
+        PKGCORE_EXPECT_FAILURE(FileTooLarge, writeDirectly(u"g", largest + 'x'));
+        EXPECT_FALSE(write(u"f", largest + 'x'));
+        EXPECT_FALSE(write(u"f", "x", std::ios_base::app));
+    }
+    EXPECT_EQ(read(u"f"), largest);
+    EXPECT_EQ(list(u""), Names{u"f"});
+}
+
 }  // namespace foundation::storage::conformance

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <pkgcore/portable/storage/Provider.hpp>
+#include <pkgcore/portable/storage/ProviderParts.hpp>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -16,7 +18,7 @@ public:
     using Path = foundation::storage::provider::Path;
     using Policy = foundation::storage::provider::ReplacementPolicy;
 
-    /// `hide` sets flags of the traits to false.
+    /// `hide` sets flags of the traits to false, or the greatest size of files to a smaller one.
     BareProvider(std::shared_ptr<Provider> store, const std::function<void(Traits&)>& hide)
         : store_(std::move(store)), traits_(store_->traits()) {
         hide(traits_);
@@ -36,8 +38,11 @@ public:
     std::unique_ptr<foundation::storage::provider::Writer> openWriter(
         const Path& file, foundation::storage::provider::WriteMode mode) override {
         const bool isAppending = mode == foundation::storage::provider::WriteMode::Append;
-        return (isAppending ? traits_.appends : traits_.writes) ? store_->openWriter(file, mode)
-                                                                : Provider::openWriter(file, mode);
+        if (!(isAppending ? traits_.appends : traits_.writes)) {
+            return Provider::openWriter(file, mode);
+        }
+        const std::uint64_t size = isAppending && store_->find(file) ? *store_->openReader(file)->size() : 0;
+        return std::make_unique<LimitedWriter>(store_->openWriter(file, mode), size, traits_.maxFileSize);
     }
     void createFolder(const Path& folder) override {
         traits_.createsFolders ? store_->createFolder(folder) : Provider::createFolder(folder);
@@ -64,6 +69,7 @@ public:
         traits_.setsLastModified ? store_->setLastModified(path, time)
                                  : Provider::setLastModified(path, time);
     }
+    void sync(const Path& path) override { store_->sync(path); }
 
 private:
     /// Reads in order alone and does not know the size.
@@ -76,6 +82,26 @@ private:
 
     private:
         std::unique_ptr<foundation::storage::provider::Reader> reader_;
+    };
+
+    /// Takes no more than the traits say.
+    class LimitedWriter : public foundation::storage::provider::Writer {
+    public:
+        LimitedWriter(std::unique_ptr<foundation::storage::provider::Writer> writer, std::uint64_t size,
+                      std::uint64_t limit)
+            : writer_(std::move(writer)), left_(limit - std::min(limit, size)) {}
+        void write(const char* bytes, std::size_t count) override {
+            foundation::storage::provider::require(count <= left_,
+                                                   foundation::storage::vfs::ErrorCode::FileTooLarge);
+            writer_->write(bytes, count);
+            left_ -= count;
+        }
+        void commit() override { writer_->commit(); }
+        void discard() noexcept override { writer_->discard(); }
+
+    private:
+        std::unique_ptr<foundation::storage::provider::Writer> writer_;
+        std::uint64_t left_;
     };
 
     bool does(const Path& path, bool files, bool folders) {

@@ -1,5 +1,7 @@
 #include <pkgcore/portable/storage/layer/Content.hpp>
 
+#include <pkgcore/portable/storage/layer/Reading.hpp>
+
 #include <cstring>
 
 namespace foundation::storage::portable {
@@ -17,13 +19,21 @@ public:
 
     /// How many bytes were read; fewer than a block at the end alone.
     std::size_t fill(const Spot& from, Reader& reader) {
-        return from.located([&] { return reader.read(bytes_.get(), kBlockSize); });
+        return from.located([&] { return readNext(reader, bytes_.get(), kBlockSize); });
     }
     const char* data() const noexcept { return bytes_.get(); }
 
 private:
     std::unique_ptr<char[]> bytes_;
 };
+
+/// Rather before all of it was written than after.
+void refuseTooLarge(const Reader& reader, const Spot& to) {
+    const std::optional<std::uint64_t> size = reader.size();
+    if (size && *size > to.traits().maxFileSize) {
+        to.fail(vfs::ErrorCode::FileTooLarge);
+    }
+}
 
 }  // namespace
 
@@ -36,6 +46,7 @@ void pour(const Spot& from, Reader& reader, const Spot& to, Writer& writer) {
 
 void copyContent(const Spot& from, const Spot& to, provider::WriteMode mode) {
     const std::unique_ptr<Reader> reader = from.openReader();
+    refuseTooLarge(*reader, to);
     const std::unique_ptr<Writer> writer = to.openWriter(mode);
     pour(from, *reader, to, *writer);
     to.located([&writer] { writer->commit(); });

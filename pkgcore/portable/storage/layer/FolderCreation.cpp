@@ -2,6 +2,7 @@
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
 
+#include <string>
 #include <vector>
 
 namespace foundation::storage::portable {
@@ -33,17 +34,19 @@ void createUnlessThere(const Spot& folder) {
 }  // namespace
 
 void createFolders(const Spot& folder) {
-    std::vector<Spot> missing;
+    std::vector<std::u16string> missing;  // names alone: paths would need memory by the square of the depth
     Spot spot = folder;
     while (!isFolder(spot)) {
-        missing.push_back(spot);
         if (spot.path().isRoot()) {
+            createUnlessThere(spot);
             break;
         }
+        missing.emplace_back(spot.path().name());
         spot = spot.parent();
     }
-    for (auto it = missing.rbegin(); it != missing.rend(); ++it) {
-        createUnlessThere(*it);
+    for (auto name = missing.rbegin(); name != missing.rend(); ++name) {
+        spot = spot.child(*name);
+        createUnlessThere(spot);
     }
 }
 

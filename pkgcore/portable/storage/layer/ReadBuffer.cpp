@@ -1,5 +1,7 @@
 #include <pkgcore/portable/storage/layer/ReadBuffer.hpp>
 
+#include <pkgcore/portable/storage/layer/Reading.hpp>
+
 #include <algorithm>
 #include <cstring>
 
@@ -24,8 +26,8 @@ ReadBuffer::ReadBuffer(std::unique_ptr<provider::Reader> reader, bool canSeek)
     : reader_(std::move(reader)), canSeek_(canSeek) {}
 
 std::size_t ReadBuffer::readSome(char* out, std::size_t count) {
-    const std::size_t taken =
-        canSeek_ ? reader_->readAt(static_cast<std::uint64_t>(end_), out, count) : reader_->read(out, count);
+    const std::size_t taken = canSeek_ ? readFrom(*reader_, static_cast<std::uint64_t>(end_), out, count)
+                                       : readNext(*reader_, out, count);
     end_ += static_cast<off_type>(taken);
     readsOn_ = true;
     return taken;

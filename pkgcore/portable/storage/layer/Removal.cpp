@@ -19,7 +19,7 @@ public:
     void attempt(Call call) {
         try {
             call();
-        } catch (const std::exception&) {
+        } catch (...) {
             if (!first_) first_ = std::current_exception();
         }
     }
@@ -91,7 +91,7 @@ void removeEntry(const Spot& spot) {
 void removeRemains(const Spot& spot) noexcept {
     try {
         removeEntry(spot);
-    } catch (const std::exception&) {
+    } catch (...) {
         // The failure that brought us here is on its way.
     }
 }

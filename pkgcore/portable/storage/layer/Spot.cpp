@@ -90,6 +90,10 @@ void Spot::setLastModified(const boost::posix_time::ptime& time) const {
     located([this, &time] { store_->provider->setLastModified(path_, time); });
 }
 
+void Spot::sync() const {
+    located([this] { store_->provider->sync(path_); });
+}
+
 void Spot::fail(ErrorCode code) const { throw vfs::Exception(code, iri_); }
 
 void Spot::rethrowLocated() const {

@@ -55,6 +55,7 @@ public:
     void moveTo(const Spot& to, provider::ReplacementPolicy policy) const;
     void setWritable(bool isWritable) const;
     void setLastModified(const boost::posix_time::ptime& time) const;
+    void sync() const;
 
     /// Throws the code with this place.
     [[noreturn]] void fail(vfs::ErrorCode code) const;

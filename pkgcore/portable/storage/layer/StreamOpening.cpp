@@ -1,6 +1,7 @@
 #include <pkgcore/portable/storage/layer/StreamOpening.hpp>
 
 #include <pkgcore/portable/storage/layer/Content.hpp>
+#include <pkgcore/portable/storage/layer/Reading.hpp>
 #include <pkgcore/portable/storage/layer/UpdateBuffer.hpp>
 #include <pkgcore/portable/storage/layer/WriteBuffer.hpp>
 
@@ -73,7 +74,7 @@ Position sizeOf(const Spot& file, provider::Reader& reader) {
     }
     char bytes[4096];
     Position size = 0;
-    while (const std::size_t count = file.located([&] { return reader.read(bytes, sizeof bytes); })) {
+    while (const std::size_t count = file.located([&] { return readNext(reader, bytes, sizeof bytes); })) {
         size += static_cast<Position>(count);
     }
     return size;

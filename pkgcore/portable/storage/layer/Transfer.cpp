@@ -110,6 +110,7 @@ void moveEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy po
         from.fail(ErrorCode::NotSupported);
     }
     copyByHand(from, to, kind, policy, Carry::Everything);
+    to.sync();
     requireUnchanged(from, source);
     removeSource(from, kind);
 }

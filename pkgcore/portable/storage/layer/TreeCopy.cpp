@@ -5,7 +5,6 @@
 #include <pkgcore/portable/storage/layer/Removal.hpp>
 #include <pkgcore/portable/storage/layer/TreeWalk.hpp>
 
-#include <exception>
 #include <optional>
 
 namespace foundation::storage::portable {
@@ -33,7 +32,7 @@ void carryMarks(const Item& source, const Spot& to, Carry carry) {
 void restoreMark(const Spot& spot, const Item& old) noexcept {
     try {
         spot.setWritable(old.isWritable);
-    } catch (const std::exception&) {
+    } catch (...) {
         return;
     }
 }
@@ -53,7 +52,7 @@ void replaceContent(const Spot& from, const Spot& to, const Item& source, const 
             to.setWritable(source.isWritable);
         }
         copyContent(from, to, WriteMode::Create);
-    } catch (const std::exception&) {
+    } catch (...) {
         if (changesMark) {
             restoreMark(to, old);
         }
@@ -65,7 +64,7 @@ void replaceContent(const Spot& from, const Spot& to, const Item& source, const 
 void carryMarksOrRemove(const Item& source, const Spot& to, Carry carry) {
     try {
         carryMarks(source, to, carry);
-    } catch (const std::exception&) {
+    } catch (...) {
         removeRemains(to);
         throw;
     }

@@ -2,9 +2,30 @@
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace foundation::storage::portable {
+
+namespace {
+
+bool isName(std::u16string_view name) noexcept {
+    return !name.empty() && name != u"." && name != u".." &&
+           std::none_of(name.begin(), name.end(),
+                        [](char16_t unit) { return unit == u'/' || unit == u'\0'; });
+}
+
+/// A name that leads elsewhere must not take a copy, or a removal, out of its folder.
+void requireNames(const Spot& folder, const std::vector<provider::ListItem>& page, std::size_t count) {
+    const bool areNames = std::all_of(page.begin(), page.begin() + static_cast<std::ptrdiff_t>(count),
+                                      [](const provider::ListItem& item) { return isName(item.name); });
+    if (!areNames) {
+        throw vfs::Exception(vfs::ErrorCode::NotRecoverable, "The store lists what is no name", folder.iri());
+    }
+}
+
+}  // namespace
 
 TreeWalk::TreeWalk(Spot root) { levels_.push_back(open(std::move(root))); }
 
@@ -33,6 +54,7 @@ TreeWalk::Step TreeWalk::next() {
     if (level.at == level.count) {
         level.count = level.folder.located([&level] { return level.lister->fill(level.page); });
         level.at = 0;
+        requireNames(level.folder, level.page, level.count);
     }
     if (level.count > 0) {
         return Step::Entry;

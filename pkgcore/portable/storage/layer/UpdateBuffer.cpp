@@ -5,6 +5,7 @@
 #include <pkgcore/platform/filesystem/Temporary.hpp>
 #include <pkgcore/platform/path/PathSyntax.hpp>
 #include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/storage/layer/Reading.hpp>
 
 #include <cstdio>
 
@@ -78,8 +79,8 @@ void UpdateBuffer::take(provider::Reader& reader) {
     bool fits = true;
     std::streamsize count = 0;
     do {
-        count =
-            static_cast<std::streamsize>(file_.located([&] { return reader.read(block.get(), kBlockSize); }));
+        count = static_cast<std::streamsize>(
+            file_.located([&] { return readNext(reader, block.get(), kBlockSize); }));
         fits = file_buffer::xsputn(block.get(), count) == count;
     } while (fits && count > 0);
     if (!fits || !goTo(0)) {
@@ -129,7 +130,7 @@ bool UpdateBuffer::publish() {
     try {
         publishDraft();
         isNews_ = false;
-    } catch (const std::exception&) {
+    } catch (...) {
         failed_ = true;
         writer_.reset();
     }

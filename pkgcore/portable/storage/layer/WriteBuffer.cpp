@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <exception>
 
 namespace foundation::storage::portable {
 
@@ -37,7 +36,7 @@ bool WriteBuffer::passOn(const char* bytes, std::size_t count) {
     }
     try {
         writer_->write(bytes, count);
-    } catch (const std::exception&) {
+    } catch (...) {
         discard();
         return false;
     }
@@ -64,7 +63,7 @@ bool WriteBuffer::publish() {
     }
     try {
         writer_->commit();
-    } catch (const std::exception&) {
+    } catch (...) {
         discard();
         return false;
     }
@@ -122,8 +121,8 @@ WriteBuffer::int_type WriteBuffer::overflow(int_type unit) {
 WriteBuffer::pos_type WriteBuffer::seekoff(off_type offset, std::ios_base::seekdir direction,
                                            std::ios_base::openmode which) {
     const off_type position = written_ + pending();
-    const off_type wanted = direction == std::ios_base::beg ? offset : position + offset;
-    if (failed() || (which & std::ios_base::out) == 0 || wanted != position) {
+    const bool isHere = offset == (direction == std::ios_base::beg ? position : 0);
+    if (failed() || (which & std::ios_base::out) == 0 || !isHere) {
         return kNoPosition;
     }
     return pos_type(position);

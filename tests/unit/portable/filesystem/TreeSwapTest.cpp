@@ -1,18 +1,17 @@
+#include <pkgcore/filesystem/LocalFileSystemOps.hpp>
 #include <pkgcore/platform/filesystem/Exceptions.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
 
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/Swapper.hpp"
 #include "tests/support/TempTree.hpp"
 #include "tests/support/TreeSnapshot.hpp"
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <stdio.h>
-
-#include <atomic>
-#include <thread>
+#include <functional>
+#include <vector>
 
 namespace {
 
@@ -20,37 +19,10 @@ using test::makeFile;
 using test::makeFolder;
 using test::makeLink;
 using test::snapshot;
+using test::Swapper;
 using test::TempTree;
 
-/// Exchanges two names over and over on a thread of its own, until the end of the scope.
-class Swapper {
-public:
-    Swapper(std::string one, std::string other)
-        : one_(std::move(one)), other_(std::move(other)), thread_([this] { run(); }) {}
-    ~Swapper() {
-        stop_ = true;
-        thread_.join();
-    }
-    Swapper(const Swapper&) = delete;
-    Swapper& operator=(const Swapper&) = delete;
-
-    long swaps() const { return swaps_; }
-
-private:
-    void run() {
-        while (!stop_) {
-            swaps_ += ::renameat2(AT_FDCWD, one_.c_str(), AT_FDCWD, other_.c_str(), RENAME_EXCHANGE) == 0;
-        }
-    }
-
-    std::string one_;
-    std::string other_;
-    std::atomic<bool> stop_{false};
-    std::atomic<long> swaps_{0};
-    std::thread thread_;
-};
-
-constexpr long kSwaps = 3000;
+const long kSwaps = test::Swapper::wanted();
 constexpr int kFiles = 20;
 
 /// A folder in a tree that takes turns with a link to a canary.
@@ -140,6 +112,19 @@ TEST_F(TreeSwap, NeverLeadsCopyDirectoryToReadElsewhere) {
             ASSERT_EQ(std::string::npos, description.find("'canary'")) << name;
         }
         fl::filesystem::remove_all(tree.text("copy"));
+    }
+}
+
+TEST_F(TreeSwap, NeverLeadsAListingToShowWhatIsElsewhere) {
+    makeFile(tree / "canary/inner/only here");
+    fillVictim("top");
+    makeLink(tree / "canary", tree / "link");
+    const Swapper swapper(tree / "top/swapped", tree / "link");
+    while (swapper.swaps() < kSwaps) {
+        std::vector<opc::ustring> files;
+        boost::system::error_code error;
+        opc::LocalFileSystemOps().getFiles(tree.text("top"), files, true, error);
+        for (const opc::ustring& file : files) ASSERT_EQ(opc::ustring::npos, file.find(u"only here"));
     }
 }
 

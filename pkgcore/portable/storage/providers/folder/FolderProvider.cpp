@@ -170,6 +170,10 @@ public:
         });
     }
 
+    void sync(const Path& path) override {
+        asStorage(Purpose::Creating, [&] { portable::syncFileSystemOf(folder_->hold(path).item()); });
+    }
+
 private:
     std::shared_ptr<const ClosedFolder> folder_;
 };

@@ -134,6 +134,12 @@ public:
         asStorage(Purpose::Reading,
                   [&] { fs::last_write_time(portable::resolvedLink(nativePath(path)), time); });
     }
+
+    void sync(const Path& path) override {
+        asStorage(Purpose::Creating, [&] {
+            portable::syncFileSystemOf(portable::heldItem(portable::resolvedLink(nativePath(path))).item());
+        });
+    }
 };
 
 }  // namespace

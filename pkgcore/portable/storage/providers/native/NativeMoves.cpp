@@ -1,14 +1,17 @@
 #include <pkgcore/portable/storage/providers/native/NativeMoves.hpp>
 
+#include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/filesystem/Errors.hpp>
 #include <pkgcore/portable/filesystem/LinkCopy.hpp>
 #include <pkgcore/portable/filesystem/MoveSafety.hpp>
 #include <pkgcore/portable/filesystem/TemporarySibling.hpp>
 #include <pkgcore/portable/filesystem/TreeCopy.hpp>
 #include <pkgcore/portable/filesystem/TreeRemoval.hpp>
+#include <pkgcore/portable/storage/providers/native/NativeErrors.hpp>
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 namespace foundation::storage::portable {
 
@@ -53,24 +56,61 @@ bool areOneItem(Item one, Item other) noexcept {
            posix::isSameItem(first, second);
 }
 
+/// Makes a call whose failure leaves something under a temporary name: who is told of it must know the name.
+template <typename Call>
+void leaving(Item rest, Call call) {
+    try {
+        asStorage(Purpose::Creating, call);
+    } catch (const vfs::Exception& failure) {
+        throw vfs::Exception(failure.getErrorCode(),
+                             std::string(failure.what()) + "; what is left is called " + rest.name);
+    }
+}
+
+void removeRest(Item rest) {
+    leaving(rest, [&] { posix::removeTree(rest, kNoPath); });
+}
+
+/// Moves a folder out of the way to a temporary name and removes it: a rest under the name of a source, moved
+/// again with replacement, would take the place of the whole. `undo` is called where it keeps its name. The
+/// other name is drawn before anything is changed: that takes memory.
+template <typename Undo>
+void removeAside(Item folder, Item aside, const Undo& undo) {
+    if (const int error = renameNew(folder, aside); error != 0) {
+        undo();
+        throwIfFailed(error);
+    }
+    removeRest(aside);
+}
+
 /// The old folder is put away under another name until the new one is in place.
 void replaceByTurns(Item from, Item to) {
     const posix::TemporarySibling old(to.folder);
     throwIfFailed(posix::renameItem(to, old.item()));
     if (const int error = posix::renameItem(from, to); error != 0) {
-        throwIfFailed(posix::renameItem(old.item(), to));
+        leaving(old.item(), [&] { throwIfFailed(posix::renameItem(old.item(), to)); });
         throwIfFailed(error);
     }
-    posix::removeTree(old.item(), kNoPath);
+    removeRest(old.item());
 }
 
-/// Both change places in one step, and then the old one goes. It may hold the new one, where links on the way
-/// have hidden that.
+/// What goes may hold what comes, where links on the way have hidden that.
+void refuseWhatHolds(Item from, Item to) {
+    struct stat old;
+    const int error = posix::readStatus(to, old);
+    throwIfFailed(error == ENOENT ? 0 : error);
+    if (error == 0 && S_ISDIR(old.st_mode)) {
+        throwIfFailed(posix::refusalIfWithin(from.folder, old));
+    }
+}
+
+/// Both change places in one step, and then the old one goes.
 void replaceFolder(Item from, Item to) {
-    throwIfFailed(posix::refusalIfWithin(from.folder, statusOf(to)));
+    refuseWhatHolds(from, to);
+    const posix::TemporarySibling aside(from.folder);
     const int error = renameWith(from, to, RENAME_EXCHANGE);
     if (error == 0) {
-        posix::removeTree(from, kNoPath);
+        removeAside(from, aside.item(), [&] { renameWith(from, to, RENAME_EXCHANGE); });
     } else if (isUnknown(error)) {
         replaceByTurns(from, to);
     } else {
@@ -88,8 +128,12 @@ bool areOneName(Item one, Item other) noexcept {
 void dropName(Item from, Item to) {
     const posix::TemporarySibling aside(from.folder);
     throwIfFailed(renameNew(from, aside.item()));
-    throwIfFailed(areOneItem(aside.item(), to) ? posix::unlinkItem(aside.item(), 0)
-                                               : renameNew(aside.item(), from));
+    const bool hasOther = areOneItem(aside.item(), to);
+    const int error = hasOther ? posix::unlinkItem(aside.item(), 0) : 0;
+    if (!hasOther || error != 0) {
+        leaving(aside.item(), [&] { throwIfFailed(renameNew(aside.item(), from)); });
+    }
+    throwIfFailed(error);
 }
 
 /// Renaming leaves two names of one item as they are, unless they differ in letter case alone where that does
@@ -106,11 +150,16 @@ void moveOntoItself(Item from, Item to) {
 
 void moveToOtherDevice(Item from, Item to, ReplacementPolicy policy) {
     const struct stat source = statusOf(from);
+    const posix::TemporarySibling aside(from.folder);
     const posix::Disk disk(to.folder);
     copyItem(from, to, policy, posix::Times::Carried);
     throwIfFailed(disk.sync());
     throwIfFailed(posix::changeSince(source, from));
-    posix::removeTree(from, kNoPath);
+    if (S_ISDIR(source.st_mode)) {
+        removeAside(from, aside.item(), [] {});
+    } else {
+        posix::removeTree(from, kNoPath);
+    }
 }
 
 void copyContents(Item from, Item to, const struct stat& status, posix::Times times) {
@@ -158,11 +207,16 @@ void moveItem(Item from, Item to, ReplacementPolicy policy) {
 void copyItem(Item from, Item to, ReplacementPolicy policy, posix::Times times) {
     const struct stat status = statusOf(from);
     throwIfFailed(areOneItem(from, to) ? EINVAL : 0);
+    if (policy == ReplacementPolicy::ReplaceExisting) {
+        refuseWhatHolds(from, to);
+    }
     posix::TemporarySibling copy(to.folder);
     copy.setMade(true);
     copyContents(from, copy.item(), status, times);
     moveItem(copy.item(), to, policy);
     copy.setMade(false);
 }
+
+void syncFileSystemOf(Item item) { throwIfFailed(posix::Disk(item.folder).sync()); }
 
 }  // namespace foundation::storage::portable

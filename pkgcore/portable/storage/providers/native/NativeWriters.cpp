@@ -70,18 +70,34 @@ private:
     off_t ahead_ = 0;  ///< written since
 };
 
+/// What is written to a file that was replaced or removed meanwhile is seen by nobody, and lost in silence.
+void requireSameFile(int opened, Item place) {
+    struct stat own;
+    struct stat there;
+    throwIfFailed(posix::readStatus(opened, own));
+    throwIfFailed(posix::readStatus(place, there));
+    if (!posix::isSameItem(own, there)) {
+        throw vfs::Exception(vfs::ErrorCode::IOError, "The file was replaced while it was written");
+    }
+}
+
 class AppendingWriter : public provider::Writer {
 public:
-    explicit AppendingWriter(const HeldItem& file) : end_(openOrThrow(file.item(), O_APPEND)) {}
+    explicit AppendingWriter(HeldItem file)
+        : file_(std::move(file)), end_(openOrThrow(file_.item(), O_APPEND)) {}
     ~AppendingWriter() override { end_.discard(); }
 
     void write(const char* bytes, std::size_t count) override {
         asStorage(Purpose::Creating, [&] { end_.write(bytes, count); });
     }
-    void commit() override { end_.commit(); }
+    void commit() override {
+        asStorage(Purpose::Creating, [this] { requireSameFile(end_.get(), file_.item()); });
+        end_.commit();
+    }
     void discard() noexcept override { end_.discard(); }
 
 private:
+    HeldItem file_;
     FileEnd end_;
 };
 
@@ -103,7 +119,7 @@ public:
     void commit() override {
         asStorage(Purpose::Creating, [this] {
             if (isPublished_) {
-                requireOwnFile();
+                requireSameFile(end_.get(), file_.item());
             } else {
                 publish();
             }
@@ -147,17 +163,6 @@ private:
         isPublished_ = true;
     }
 
-    /// One who replaced the file after it was published first has the last word.
-    void requireOwnFile() {
-        struct stat own;
-        struct stat there;
-        throwIfFailed(posix::readStatus(end_.get(), own));
-        throwIfFailed(posix::readStatus(file_.item(), there));
-        if (!posix::isSameItem(own, there)) {
-            throw vfs::Exception(vfs::ErrorCode::IOError, "The file was replaced while it was written");
-        }
-    }
-
     HeldItem file_;
     posix::TemporarySibling sibling_;
     FileEnd end_;
@@ -172,7 +177,7 @@ std::unique_ptr<provider::Writer> replaceFile(HeldItem file, bool mayReplace) {
 }
 
 std::unique_ptr<provider::Writer> appendToFile(HeldItem file) {
-    return std::make_unique<AppendingWriter>(file);
+    return std::make_unique<AppendingWriter>(std::move(file));
 }
 
 }  // namespace foundation::storage::portable

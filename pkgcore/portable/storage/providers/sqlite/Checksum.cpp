@@ -1,6 +1,6 @@
 #include <pkgcore/portable/storage/providers/sqlite/Checksum.hpp>
 
-#include <xxhash.h>
+#include <pkgcore/portable/storage/providers/sqlite/Hash.hpp>
 
 namespace foundation::storage::sqlite {
 
@@ -9,21 +9,21 @@ namespace {
 constexpr int kBytes = 8;
 
 /// The same on every machine.
-void putNumber(unsigned char* out, std::int64_t number) noexcept {
+void putNumber(char* out, std::int64_t number) noexcept {
     auto rest = static_cast<std::uint64_t>(number);
     for (int i = 0; i < kBytes; ++i, rest >>= 8U) {
-        out[i] = static_cast<unsigned char>(rest);
+        out[i] = static_cast<char>(rest & 0xFFU);
     }
 }
 
 }  // namespace
 
 std::int64_t Sealer::seal(std::int64_t row, std::string_view bytes) const noexcept {
-    unsigned char place[2 * kBytes];
+    char place[2 * kBytes];
     putNumber(place, key_);
     putNumber(place + kBytes, row);
-    const XXH64_hash_t seed = XXH3_64bits(place, sizeof place);
-    return static_cast<std::int64_t>(XXH3_64bits_withSeed(bytes.data(), bytes.size(), seed));
+    const std::uint64_t seed = hashOf({place, sizeof place}, 0);
+    return static_cast<std::int64_t>(hashOf(bytes, seed));
 }
 
 }  // namespace foundation::storage::sqlite

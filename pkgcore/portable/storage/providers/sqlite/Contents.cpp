@@ -48,7 +48,7 @@ void Contents::putChunk(std::int64_t content, std::int64_t index, std::string_vi
     run(connection_.statement(Sql::PutChunk), id, connection_.sealer().seal(id, bytes), bytes);
 }
 
-void Contents::readChunk(std::int64_t content, std::int64_t index, std::size_t size, std::string& bytes) {
+void Contents::readChunk(std::int64_t content, std::int64_t index, char* out, std::size_t size) {
     const std::int64_t id = chunkId(content, index);
     Query row(connection_.statement(Sql::ReadChunk), id);
     if (!row.step()) {
@@ -59,7 +59,12 @@ void Contents::readChunk(std::int64_t content, std::int64_t index, std::size_t s
     if (!isWhole || row.integer(0) != connection_.sealer().seal(id, stored)) {
         failDamaged("a content does not fit its checksum");
     }
-    bytes.assign(stored.substr(0, size));
+    stored.copy(out, size);
+}
+
+void Contents::readChunk(std::int64_t content, std::int64_t index, std::size_t size, std::string& bytes) {
+    bytes.resize(size);
+    readChunk(content, index, bytes.data(), size);
 }
 
 bool Contents::eraseLastChunks(std::int64_t content, std::int64_t first, std::int64_t count) {

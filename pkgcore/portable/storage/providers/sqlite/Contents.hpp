@@ -29,7 +29,8 @@ public:
 
     void putChunk(std::int64_t content, std::int64_t index, std::string_view bytes);
 
-    /// Of a chunk that has `size` bytes or, while the file is being appended to, more.
+    /// The first `size` bytes of a chunk that has as many or, while the file is being appended to, more.
+    void readChunk(std::int64_t content, std::int64_t index, char* out, std::size_t size);
     void readChunk(std::int64_t content, std::int64_t index, std::size_t size, std::string& bytes);
 
     /// Erases the last ones of the chunks from `first` on, at most so many. True when none is left.

@@ -11,6 +11,9 @@ namespace foundation::storage::sqlite {
 
 namespace {
 
+/// So many chunks are read in one transaction, which keeps others from committing.
+constexpr std::size_t kReadAtOnce = 16;
+
 bool isSameContent(const Entry& one, const Entry& other) noexcept {
     return one.content == other.content && one.size == other.size;
 }
@@ -85,6 +88,25 @@ const std::string& OpenFile::chunk(std::int64_t index) {
     return bytes_;
 }
 
+/// Full chunks, each of them to where it is wanted; 0 if not even one is.
+std::size_t OpenFile::readFull(std::int64_t index, char* out, std::size_t count) {
+    const std::size_t chunks = std::min(count / kChunkSize, kReadAtOnce);
+    if (chunks > 0) {
+        store_->read([&](Connection& connection) {
+            Contents contents(connection);
+            for (std::size_t i = 0; i < chunks; ++i) {
+                contents.readChunk(entry_.content, index++, out + i * kChunkSize, kChunkSize);
+            }
+        });
+    }
+    return chunks * kChunkSize;
+}
+
+/// A part of a chunk.
+std::size_t OpenFile::readPart(std::int64_t index, std::size_t start, char* out, std::size_t count) {
+    return chunk(index).copy(out, count, start);
+}
+
 std::size_t OpenFile::readAt(std::uint64_t offset, char* out, std::size_t count) {
     if (offset >= size()) {
         return 0;
@@ -93,11 +115,10 @@ std::size_t OpenFile::readAt(std::uint64_t offset, char* out, std::size_t count)
     std::size_t done = 0;
     while (done < wanted) {
         const std::uint64_t at = offset + done;
-        const std::string& bytes = chunk(static_cast<std::int64_t>(at / kChunkSize));
+        const auto index = static_cast<std::int64_t>(at / kChunkSize);
         const auto start = static_cast<std::size_t>(at % kChunkSize);
-        const std::size_t taken = std::min(wanted - done, bytes.size() - start);
-        bytes.copy(out + done, taken, start);
-        done += taken;
+        const std::size_t full = start == 0 ? readFull(index, out + done, wanted - done) : 0;
+        done += full > 0 ? full : readPart(index, start, out + done, wanted - done);
     }
     return done;
 }

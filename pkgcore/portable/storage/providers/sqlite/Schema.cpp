@@ -75,13 +75,17 @@ void createSchema(Connection& connection) {
     connection.execute(kPreparation);
     Transaction transaction(connection, Access::Write);
     connection.execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
-    connection.execute(("PRAGMA user_version = " + std::to_string(kVersion)).c_str());
+    markVersion(connection);
     for (const char* const table : kTables) {
         connection.execute(table);
     }
     makeStoreRow(connection);
     Entries(connection).makeRoot();
     transaction.commit();
+}
+
+void markVersion(Connection& connection) {
+    connection.execute(("PRAGMA user_version = " + std::to_string(kVersion)).c_str());
 }
 
 void checkSchema(Connection& connection) {

@@ -36,6 +36,9 @@ struct StoreRow {
 /// Makes the tables of a store, with an empty root, in a database without any.
 void createSchema(Connection& connection);
 
+/// Writes the version to the header of the file, where it stands already.
+void markVersion(Connection& connection);
+
 /// Throws "damaged" unless the tables are those of a store; within a transaction.
 void checkSchema(Connection& connection);
 

@@ -165,6 +165,7 @@ public:
     void setLastModified(const Path& path, const boost::posix_time::ptime& time) override {
         sqlite::setLastModified(*store_, path, time);
     }
+    void sync(const Path& /*path*/) override { store_->sync(); }
 
 private:
     SharedStore store_;

@@ -6,6 +6,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <thread>
+
 namespace foundation::storage::sqlite {
 
 using provider::SqliteDurability;
@@ -36,11 +38,27 @@ const char* journalOf(SqliteDurability durability) noexcept {
     return durability == SqliteDurability::Full ? "truncate" : "delete";
 }
 
-void setJournal(Connection& connection, SqliteDurability durability) {
+/// The kind of journal that there is then.
+std::string tryJournal(Connection& connection, const std::string& wanted) {
+    try {
+        return connection.valueOf(("PRAGMA journal_mode = " + wanted).c_str());
+    } catch (const vfs::Exception& failure) {
+        if (failure.getErrorCode() != ErrorCode::TemporarilyBusy) throw;
+        return "unknown";
+    }
+}
+
+/// Of two connections that change the kind at once each may keep the other one from it, and SQLite lets
+/// neither wait then.
+void setJournal(Connection& connection, SqliteDurability durability, Milliseconds patience) {
     const std::string wanted = journalOf(durability);
-    const std::string set = connection.valueOf(("PRAGMA journal_mode = " + wanted).c_str());
-    if (set != wanted) {
-        fail(ErrorCode::TemporarilyBusy, "The store is in use with another kind of journal: " + set);
+    const auto end = std::chrono::steady_clock::now() + patience;
+    for (std::string set = tryJournal(connection, wanted); set != wanted;
+         set = tryJournal(connection, wanted)) {
+        if (std::chrono::steady_clock::now() > end) {
+            fail(ErrorCode::TemporarilyBusy, "The store is in use with another kind of journal: " + set);
+        }
+        std::this_thread::sleep_for(Milliseconds(1));
     }
 }
 
@@ -52,6 +70,24 @@ const char* durabilityPragma(SqliteDurability durability) noexcept {
     }
     return hasSafeLog() ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = EXTRA";
 }
+
+/// Lets no change of a connection return before it is on the disk.
+class FullDurability {
+public:
+    explicit FullDurability(Connection& connection) : connection_(connection) {
+        connection_.execute(durabilityPragma(SqliteDurability::Full));
+    }
+    // A failure would leave the connection slower than it need be.
+    ~FullDurability() {
+        sqlite3_exec(connection_.get(), durabilityPragma(SqliteDurability::Normal), nullptr, nullptr,
+                     nullptr);
+    }
+    FullDurability(const FullDurability&) = delete;
+    FullDurability& operator=(const FullDurability&) = delete;
+
+private:
+    Connection& connection_;
+};
 
 provider::Identity identityOfFile(const std::string& path) {
     struct stat status = {};
@@ -65,13 +101,14 @@ provider::Identity identityOfFile(const std::string& path) {
 
 Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options)
     : options_(options), path_(first->fullPath()), pins_(path_, options.busyTime, !options.isReadOnly) {
-    prepare(*first);
+    first->execute(kTuning);
     {
         Transaction transaction(*first, Access::Read);
         checkSchema(*first);
         key_ = readStoreRow(*first).key;
         transaction.commit();
     }
+    prepareToWrite(*first);  // which may change the file, and so comes behind all that may refuse it
     file_ = identityOfFile(path_);
     idle_.reserve(kMaxIdle);
     idle_.push_back(std::move(first));
@@ -81,22 +118,38 @@ provider::Identity Store::identityOf(std::int64_t entry) const noexcept {
     return {file_.device, file_.container, static_cast<std::uint64_t>(entry)};
 }
 
-// A journal file that holds nothing to be rolled back goes, unless another process needs it. It is looked for
-// when the kind of journal changes.
+// A log goes into the store and a journal file that holds nothing to be rolled back goes, unless another
+// process needs it: the store is one file then, which can be read where nothing can be written. The file is
+// looked for when the kind of journal changes.
 Store::~Store() {
-    if (!options_.isReadOnly && !hasSafeLog() && !idle_.empty()) {
+    if (!options_.isReadOnly && !idle_.empty()) {
+        // With one connection it is alone.
+        idle_.erase(idle_.begin() + 1, idle_.end());
         sqlite3_busy_timeout(idle_.back()->get(), 0);
         sqlite3_exec(idle_.back()->get(), "PRAGMA journal_mode = TRUNCATE; PRAGMA journal_mode = DELETE",
                      nullptr, nullptr, nullptr);
     }
 }
 
-void Store::prepare(Connection& connection) const {
-    connection.execute(kTuning);
+void Store::prepareToWrite(Connection& connection) const {
     if (!options_.isReadOnly) {
-        setJournal(connection, options_.durability);
+        setJournal(connection, options_.durability, options_.busyTime);
         connection.execute(durabilityPragma(options_.durability));
     }
+}
+
+// Full durability for one change brings those before it to the disk as well. Where no byte of a row becomes
+// another, SQLite writes nothing; the header of the file it always writes.
+void Store::sync() {
+    if (options_.isReadOnly || options_.durability == SqliteDurability::Full) {
+        return;
+    }
+    const Passage passage(gate_, options_.busyTime);
+    Lease lease(*this);
+    const FullDurability durability(lease.connection());
+    Transaction transaction(lease.connection(), Access::Write);
+    markVersion(lease.connection());
+    transaction.commit();
 }
 
 void Store::requireWritable() const {
@@ -116,7 +169,8 @@ std::unique_ptr<Connection> Store::take() {
     }
     const Access access = options_.isReadOnly ? Access::Read : Access::Write;
     auto connection = std::make_unique<Connection>(path_, access, options_.busyTime);
-    prepare(*connection);
+    connection->execute(kTuning);
+    prepareToWrite(*connection);
     Transaction transaction(*connection, Access::Read);
     if (readStoreRow(*connection).key != key_) {
         fail(ErrorCode::IOError, "Another store has taken the place of this one");

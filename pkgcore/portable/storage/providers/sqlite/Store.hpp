@@ -46,6 +46,9 @@ public:
     /// Of an entry, also among those of other stores.
     provider::Identity identityOf(std::int64_t entry) const noexcept;
 
+    /// Returns when the changes so far are on the disk, whatever the durability is.
+    void sync();
+
     /// Throws "read-only" if it is.
     void requireWritable() const;
 
@@ -77,7 +80,7 @@ private:
         }
     }
 
-    void prepare(Connection& connection) const;
+    void prepareToWrite(Connection& connection) const;
     std::unique_ptr<Connection> take();
     void giveBack(std::unique_ptr<Connection> connection) noexcept;
 

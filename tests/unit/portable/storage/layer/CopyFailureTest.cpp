@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 
+#include <functional>
+
 using namespace foundation::storage;
 using namespace foundation::storage::conformance;
 
@@ -91,5 +93,46 @@ TEST_F(CopyFailure, WhatSomebodyElseMadeMeanwhileStays) {
     PKGCORE_EXPECT_FAILURE(AlreadyExists, file(u"from").copyFile(file(u"to"), kFail));
     EXPECT_EQ(state(u"to"), "w theirs");
 }
+
+/// large://s/f, to be copied to small://s/f, which takes five bytes.
+class CopyToSmallStore : public testing::TestWithParam<bool> {
+protected:
+    static std::shared_ptr<provider::Provider> bare(const std::function<void(provider::Traits&)>& hide) {
+        return std::make_shared<test::BareProvider>(provider::makeMemoryProvider(), hide);
+    }
+
+    Workplace at(const std::u16string& root) const {
+        return Workplace(Ground{storage_, root, small_, provider::Path(u"", u"s"), nullptr});
+    }
+
+    std::shared_ptr<FaultProvider> small_ =
+        std::make_shared<FaultProvider>(bare([](provider::Traits& traits) { traits.maxFileSize = 5; }));
+    vfs::StorageSystemReference storage_ =
+        vfs::StorageSystemBuilder()
+            .mount(u"small", small_)
+            .mount(u"large", bare([](provider::Traits& traits) { traits.readsAt = knowsSizes(); }))
+            .build();
+
+    static bool knowsSizes() { return GetParam(); }
+};
+
+TEST_P(CopyToSmallStore, OfWhatIsTooLargeLeavesNothing) {
+    const Workplace from = at(u"large://s/");
+    const Workplace to = at(u"small://s/");
+    ASSERT_TRUE(from.write(u"f", "123456"));
+    PKGCORE_EXPECT_FAILURE(FileTooLarge, from.file(u"f").copyFile(to.file(u"f"), kFail));
+    PKGCORE_EXPECT_FAILURE(FileTooLarge, from.file(u"f").moveFile(to.file(u"f"), kFail));
+    EXPECT_EQ(to.list(u""), Names{});
+    EXPECT_EQ(from.read(u"f"), "123456");
+    EXPECT_EQ(small_->calls(Verb::OpenWriter), knowsSizes() ? 0U : 2U) << "nothing is written in vain";
+}
+
+TEST_P(CopyToSmallStore, OfWhatJustFitsSucceeds) {
+    ASSERT_TRUE(at(u"large://s/").write(u"f", "12345"));
+    at(u"large://s/").file(u"f").copyFile(at(u"small://s/").file(u"f"), kFail);
+    EXPECT_EQ(at(u"small://s/").read(u"f"), "12345");
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, CopyToSmallStore, testing::Bool());
 
 }  // namespace

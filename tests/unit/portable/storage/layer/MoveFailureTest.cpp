@@ -28,10 +28,8 @@ protected:
 
     void mount(bool movesFolders) {
         store_ = std::make_shared<FaultProvider>(source(movesFolders));
-        storage_ = vfs::StorageSystemBuilder()
-                       .mount(u"from", store_)
-                       .mount(u"to", provider::makeMemoryProvider())
-                       .build();
+        target_ = std::make_shared<FaultProvider>(provider::makeMemoryProvider());
+        storage_ = vfs::StorageSystemBuilder().mount(u"from", store_).mount(u"to", target_).build();
         makeTree();
     }
 
@@ -62,6 +60,7 @@ protected:
     }
 
     std::shared_ptr<FaultProvider> store_;
+    std::shared_ptr<FaultProvider> target_;
     std::optional<vfs::StorageSystemReference> storage_;
 };
 
@@ -95,6 +94,29 @@ TEST_F(MoveFailure, LeavesBothWholeWhereTheNameCannotBeTaken) {
     from().moveFolder(to(), kReplace);
     EXPECT_EQ(moved(), kTree);
     EXPECT_EQ(at(u"from://s/").list(u""), Names{});
+}
+
+TEST_F(MoveFailure, LeavesBothWholeWhereTheCopyIsNotBroughtToTheDisk) {
+    mount(true);
+    target_->fail({1, Verb::Sync, Effect::FailBefore, ErrorCode::IOError});
+    EXPECT_EQ(failingPlace(), u"to://s/d");
+    EXPECT_EQ(moved(), kTree);
+    EXPECT_EQ(at(u"from://s/d").everything(), kTree);
+}
+
+TEST_F(MoveFailure, TakesTheNameOfTheSourceWhenTheWholeCopyIsOnTheDisk) {
+    mount(true);
+    std::size_t changes = 0;
+    target_->onCall([&](Verb verb) {
+        if (verb == Verb::Sync) {
+            changes = target_->calls(Verb::Move);
+            EXPECT_EQ(store_->calls(Verb::Move), 0U);
+        }
+    });
+    from().moveFolder(to(), kReplace);
+    EXPECT_EQ(target_->calls(Verb::Sync), 1U);
+    EXPECT_EQ(changes, 1U) << "the copy has its name by then";
+    EXPECT_EQ(store_->calls(Verb::Move), 1U);
 }
 
 TEST_F(MoveFailure, LeavesTheRestUnderItsNameWhereTheStoreMovesNoFolders) {

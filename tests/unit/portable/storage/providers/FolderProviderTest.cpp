@@ -6,14 +6,21 @@
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/ScopedSystemCalls.hpp"
+#include "tests/support/Swapper.hpp"
 #include "tests/support/TempTree.hpp"
+#include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
+#include <functional>
 #include <thread>
 
 using namespace foundation::storage;
@@ -121,24 +128,53 @@ TEST_P(ClosedWorld, RemovesLinksAndNotWhatTheyLeadTo) {
     EXPECT_EQ(test::contentOf(tree_ / "outside/secret"), "secret");
 }
 
+constexpr std::time_t kYear2026 = 1'767'225'600;
+const boost::posix_time::ptime kEarlier(boost::gregorian::date(2001, 2, 3));
+
+void expectNone(const std::u16string& name, const Names& names) {
+    EXPECT_EQ(std::count(names.begin(), names.end(), name), 0);
+}
+
+/// Each in turn, whatever the one before has left; any of them may fail.
+const std::function<void(const Workplace&)> kVerbs[] = {
+    [](const Workplace& place) { place.folder(u"d/sub").createFolderRecursive(); },
+    [](const Workplace& place) { place.write(u"d/secret", "inside"); },
+    [](const Workplace& place) { place.write(u"d/secret", "inside", std::ios_base::app); },
+    [](const Workplace& place) { EXPECT_EQ(place.read(u"d/secret").find("secret"), std::string::npos); },
+    [](const Workplace& place) { expectNone(u"d/only there", place.listTree(u"")); },
+    [](const Workplace& place) { expectNone(u"only there", place.list(u"d")); },
+    [](const Workplace& place) { place.file(u"d/secret").setWritable(false); },
+    [](const Workplace& place) { place.folder(u"d").setWritable(true); },
+    [](const Workplace& place) { place.file(u"d/secret").setLastModified(kEarlier); },
+    [](const Workplace& place) { place.folder(u"d").setLastModified(kEarlier); },
+    [](const Workplace& place) { place.file(u"d/secret").copyFile(place.file(u"d/second"), kReplace); },
+    [](const Workplace& place) { place.file(u"own").copyFile(place.file(u"d/secret"), kReplace); },
+    [](const Workplace& place) { place.file(u"d/second").moveFile(place.file(u"d/sub/third"), kReplace); },
+    [](const Workplace& place) { place.folder(u"d").copyFolder(place.folder(u"e"), kReplace); },
+    [](const Workplace& place) { place.folder(u"e").moveFolder(place.folder(u"d/sub"), kReplace); },
+    [](const Workplace& place) { place.file(u"d/only there").removeFile(); },
+    [](const Workplace& place) { place.folder(u"d").moveFolder(place.folder(u"e"), kReplace); },
+    [](const Workplace& place) { place.folder(u"e").moveFolder(place.folder(u"d"), kReplace); },
+    [](const Workplace& place) { place.folder(u"d").removeFolder(vfs::FolderRemovalPolicy::WithContents); },
+};
+
 TEST_P(ClosedWorld, HasNoWayOutWhileFoldersTurnIntoLinks) {
-    test::makeFolder(native("d"));
-    test::makeFile(native("d/secret"), "inside");
-    test::makeLink("../outside", native("link"));
-    std::atomic<bool> stop{false};
-    std::thread swapping([&] {
-        while (!stop) {
-            ::renameat2(AT_FDCWD, native("d").c_str(), AT_FDCWD, native("link").c_str(), RENAME_EXCHANGE);
+    const std::string outside = tree_ / "outside";
+    test::makeFile(outside + "/only there", "secret");
+    const test::TreeSnapshot before = test::snapshot(outside);
+    const test::Swapper swapper(native("d"), native("link"));
+    while (swapper.swaps() < test::Swapper::wanted()) {
+        // Where the last round has removed or moved them.
+        ::mkdir(native("d").c_str(), 0755);
+        ::symlink("../outside", native("link").c_str());
+        for (const auto& verb : kVerbs) {
+            failureOf([&] { verb(place_); });
         }
-    });
-    for (int i = 0; i < 2'000; ++i) {
-        const std::string read = place_.read(u"d/secret");
-        EXPECT_TRUE(read == "inside" || read == "(none)") << read;
-        if (i % 10 == 0) place_.write(u"d/new", "made");
     }
-    stop = true;
-    swapping.join();
-    EXPECT_FALSE(test::isThere(tree_ / "outside/new"));
+    EXPECT_EQ(test::snapshot(outside), before);
+    for (const char* const item : {"", "/secret", "/only there"}) {
+        EXPECT_GT(test::statusOf(outside + item).st_mtim.tv_sec, kYear2026) << item;
+    }
 }
 
 TEST_P(ClosedWorld, StaysWithItsFolder) {
@@ -164,6 +200,13 @@ TEST_P(ClosedWorld, OpensNothingThatIsNoFile) {
     EXPECT_EQ(place_.read(u"pipe"), "(none)");
     EXPECT_FALSE(place_.write(u"pipe", "text"));
     EXPECT_TRUE(S_ISFIFO(test::statusOf(native("pipe")).st_mode));
+}
+
+TEST_P(ClosedWorld, TellsThatItsDiskFailsToTakeWhatWasWritten) {
+    EXPECT_NO_THROW(store_->sync(provider::Path(u"own")));
+    test::failCall<&test::SystemCalls::syncfs>(calls_, 1, EIO);
+    PKGCORE_EXPECT_FAILURE(IOError, store_->sync(provider::Path(u"own")));
+    PKGCORE_EXPECT_FAILURE(IOError, store_->sync(provider::Path()));
 }
 
 TEST_P(ClosedWorld, LeavesNoDescriptorOpen) {

@@ -1,9 +1,12 @@
 #include <pkgcore/platform/storage/NativePaths.hpp>
+#include <pkgcore/portable/storage/providers/local/LocalProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/ScopedSystemCalls.hpp"
 #include "tests/support/TempTree.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -55,6 +58,18 @@ TEST_F(LocalProvider, CopiesNothingOntoItselfByWayOfALink) {
     PKGCORE_EXPECT_FAILURE(NotSupported, place_.file(u"d/f").copyFile(place_.file(u"link/f"),
                                                                       ReplacementPolicy::ReplaceExisting));
     EXPECT_EQ(place_.read(u"d/f"), "text");
+}
+
+TEST_F(LocalProvider, PutsNothingInThePlaceOfWhatHoldsItByWayOfALink) {
+    test::makeFolder(native("d"));
+    test::makeFile(native("d/f"), "text");
+    test::makeFolder(native("d/sub"));
+    test::makeLink(".", native("link"));
+    const Folder sub = place_.folder(u"d/sub");
+    const Folder holder = place_.folder(u"link/d");
+    PKGCORE_EXPECT_FAILURE(NotSupported, sub.copyFolder(holder, ReplacementPolicy::ReplaceExisting));
+    PKGCORE_EXPECT_FAILURE(NotSupported, sub.moveFolder(holder, ReplacementPolicy::ReplaceExisting));
+    EXPECT_EQ(place_.list(u"d"), (Names{u"f", u"sub/"}));
 }
 
 TEST_F(LocalProvider, MovesOneOfTwoNamesOntoTheOther) {
@@ -175,6 +190,21 @@ TEST_F(LocalProvider, TellsOfOneWhoReplacedTheFileMeanwhile) {
     EXPECT_EQ(place_.read(u"f"), "another");
 }
 
+TEST_F(LocalProvider, TellsThatTheFileToAppendToIsNotThereAnyMore) {
+    ASSERT_TRUE(place_.write(u"f", "old"));
+    ASSERT_TRUE(place_.write(u"g", "old"));
+    vfs::ofstream replaced(place_.file(u"f"), std::ios_base::app);
+    vfs::ofstream removed(place_.file(u"g"), std::ios_base::app);
+    replaced << "more";
+    removed << "more";
+    ASSERT_TRUE(place_.write(u"f", "other"));
+    place_.file(u"g").removeFile();
+    EXPECT_TRUE((replaced << std::flush).bad());
+    EXPECT_TRUE((removed << std::flush).bad());
+    EXPECT_EQ(place_.read(u"f"), "other");
+    EXPECT_TRUE(place_.isMissing(u"g"));
+}
+
 TEST_F(LocalProvider, LeavesWhatOthersHaveAppended) {
     ASSERT_TRUE(place_.write(u"f", "old"));
     std::string own;
@@ -194,6 +224,17 @@ TEST_F(LocalProvider, MarksWithThePermissionBits) {
     EXPECT_EQ(test::modeOf(native("f")), 0444u);
     place_.file(u"f").setWritable(true);
     EXPECT_EQ(test::modeOf(native("f")), 0644u);
+}
+
+TEST_F(LocalProvider, TellsThatItsDiskFailsToTakeWhatWasWritten) {
+    test::makeFile(native("f"), "text");
+    const auto store = provider::makeLocalProvider();
+    const provider::Path file(test::text(native("f")).substr(1));
+    test::ScopedSystemCalls calls;
+    EXPECT_NO_THROW(store->sync(file));
+    test::failCall<&test::SystemCalls::syncfs>(calls, 1, EIO);
+    PKGCORE_EXPECT_FAILURE(IOError, store->sync(file));
+    PKGCORE_EXPECT_FAILURE(IOError, store->sync(provider::Path()));
 }
 
 TEST_F(LocalProvider, LeavesNoDescriptorOpen) {

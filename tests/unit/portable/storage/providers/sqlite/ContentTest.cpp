@@ -138,6 +138,25 @@ TEST_F(SqliteContent, AppendingGoesOnInPlace) {
     EXPECT_EQ(readRest(*reader), large);
 }
 
+// Full rows go to where they are wanted, parts of rows through memory of the reader.
+TEST_F(SqliteContent, APieceOfAnySizeIsReadFromAnyPlace) {
+    writeFile(*store, u"even", huge.substr(0, 20 * kChunk));
+    const std::size_t places[] = {0, 1, kChunk - 1, kChunk, kChunk + 1, 18 * kChunk, 20 * kChunk - 1};
+    const std::size_t sizes[] = {1, kChunk - 1, kChunk, kChunk + 1, 2 * kChunk, 17 * kChunk + 5, 30 * kChunk};
+    for (const auto& [path, content] :
+         {std::pair(u"even", huge.substr(0, 20 * kChunk)), std::pair(u"large", large)}) {
+        const std::unique_ptr<Reader> reader = store->openReader(Path(path));
+        for (const std::size_t place : places) {
+            for (const std::size_t size : sizes) {
+                std::string bytes(size, '\0');
+                bytes.resize(reader->readAt(place, bytes.data(), size));
+                EXPECT_TRUE(bytes == (place < content.size() ? content.substr(place, size) : std::string()))
+                    << size << " bytes at " << place << " of " << content.size();
+            }
+        }
+    }
+}
+
 TEST_F(SqliteContent, EachCommitAddsToTheOneBefore) {
     for (const std::size_t start : {std::size_t{0}, kChunk - 1, kChunk, kChunk + 1, kHuge}) {
         const std::string first = huge.substr(0, start);

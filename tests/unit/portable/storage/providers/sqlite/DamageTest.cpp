@@ -129,6 +129,11 @@ TEST(SqliteDamageElsewhere, WhatIsReadInPiecesIsCheckedToo) {
     PKGCORE_EXPECT_FAILURE(NotRecoverable, reader->readAt(70'000, &byte, 1));
     EXPECT_EQ(reader->readAt(140'000, &byte, 1), 1U);
     EXPECT_EQ(byte, kLarge[140'000]);
+    std::string whole(kLarge.size(), '\0');
+    PKGCORE_EXPECT_FAILURE(NotRecoverable, reader->readAt(0, whole.data(), whole.size()));
+    PKGCORE_EXPECT_FAILURE(NotRecoverable, reader->readAt(65'536, whole.data(), 65'536));
+    EXPECT_EQ(reader->readAt(0, whole.data(), 65'536), 65'536U);
+    EXPECT_EQ(whole.substr(0, 65'536), kLarge.substr(0, 65'536));
 }
 
 TEST(SqliteDamageElsewhere, NothingIsErasedThatTheListOfOrphansOnlySeemsToName) {

@@ -1,0 +1,7 @@
+#include "tests/fault/StarvedStores.hpp"
+
+namespace test {
+
+std::vector<StarvedStore> optionalStarvedStores() { return {}; }
+
+}  // namespace test

@@ -1,0 +1,90 @@
+// Somebody changes what is being moved to another store.
+
+#include <pkgcore/portable/storage/providers/folder/FolderProvider.hpp>
+#include <pkgcore/testing/FaultProvider.hpp>
+#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/TempTree.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <functional>
+
+using namespace foundation::storage;
+using namespace foundation::storage::conformance;
+
+namespace {
+
+constexpr timespec kLongAgo{1'000'000'000, 0};
+
+/// From from://s/ over a folder of the machine to to://s/.
+class SourceChange : public testing::Test {
+protected:
+    /// Changes something when the copy was read again and compared, and before the source is removed.
+    void changeBeforeRemoval(const std::function<void()>& change) {
+        source_->onCall([this, change](Verb verb) {
+            const bool isCompared = source_->calls(Verb::OpenReader) == 2;
+            if (isCompared && verb == Verb::Find && !std::exchange(isChanged_, true)) change();
+        });
+    }
+
+    Workplace at(const std::u16string& root) const {
+        return Workplace(Ground{storage_, root, source_, provider::Path(), nullptr});
+    }
+    Workplace from() const { return at(u"from://s/"); }
+    Workplace to() const { return at(u"to://s/"); }
+
+    test::TempTree tree_;
+    test::TempTree otherTree_;
+    bool isChanged_ = false;
+    std::shared_ptr<FaultProvider> source_ =
+        std::make_shared<FaultProvider>(provider::makeFolderProvider(tree_.text("")));
+    vfs::StorageSystemReference storage_ =
+        vfs::StorageSystemBuilder()
+            .mount(u"from", u"s", source_)
+            .mount(u"to", u"s", provider::makeFolderProvider(otherTree_.text("")))
+            .build();
+};
+
+TEST_F(SourceChange, KeepsAFileThatWasWrittenTo) {
+    test::makeFile(tree_ / "f", "text");
+    test::setModifiedTime(tree_ / "f", kLongAgo);
+    changeBeforeRemoval([this] { test::writeInPlace(tree_ / "f", "news"); });
+    PKGCORE_EXPECT_FAILURE(TemporarilyBusy, from().file(u"f").moveFile(to().file(u"f"), kFail));
+    EXPECT_TRUE(isChanged_);
+    EXPECT_EQ(test::contentOf(tree_ / "f"), "news");
+}
+
+TEST_F(SourceChange, KeepsAFileThatTookItsPlace) {
+    test::makeFile(tree_ / "f", "text");
+    test::makeFile(tree_ / "g", "other");
+    for (const char* const name : {"f", "g"}) test::setModifiedTime(tree_ / name, kLongAgo);
+    changeBeforeRemoval([this] { std::rename((tree_ / "g").c_str(), (tree_ / "f").c_str()); });
+    PKGCORE_EXPECT_FAILURE(TemporarilyBusy, from().file(u"f").moveFile(to().file(u"f"), kFail));
+    EXPECT_EQ(test::contentOf(tree_ / "f"), "other");
+}
+
+TEST_F(SourceChange, KeepsAFolderThatTookItsPlace) {
+    test::makeFolder(tree_ / "d");
+    test::makeFile(tree_ / "d/f", "text");
+    changeBeforeRemoval([this] {
+        std::rename((tree_ / "d").c_str(), (tree_ / "old").c_str());
+        test::makeFolder(tree_ / "d");
+        test::makeFile(tree_ / "d/g", "other");
+    });
+    PKGCORE_EXPECT_FAILURE(TemporarilyBusy, from().folder(u"d").moveFolder(to().folder(u"d"), kFail));
+    EXPECT_EQ(from().everything(),
+              (Contents{{u"d/", "(folder)"}, {u"d/g", "other"}, {u"old/", "(folder)"}, {u"old/f", "text"}}));
+}
+
+TEST_F(SourceChange, RemovesAFileThatWasOnlyRead) {
+    test::makeFile(tree_ / "f", "text");
+    changeBeforeRemoval([this] { EXPECT_EQ(test::contentOf(tree_ / "f"), "text"); });
+    from().file(u"f").moveFile(to().file(u"f"), kFail);
+    EXPECT_TRUE(isChanged_);
+    EXPECT_TRUE(from().isMissing(u"f"));
+}
+
+}  // namespace
