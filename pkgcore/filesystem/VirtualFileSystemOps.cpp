@@ -82,17 +82,17 @@ public:
 };
 
 void appendFiles(vfs::Listing listing, std::vector<ustring>& files) {
-    for (const vfs::ListEntry& entry : listing) {
-        if (const File* const file = boost::get<File>(&entry.getFileOrFolder())) {
-            files.push_back(file->getLocation().toString());
+    for (vfs::ListEntry& entry : listing) {
+        if (File* const file = boost::get<File>(&entry.getFileOrFolder())) {
+            files.push_back(std::move(*file).getLocation().toString());
         }
     }
 }
 
 /// An empty pointer and io_error, without words, where the stream does not open.
 template <typename Stream>
-boost::shared_ptr<Stream> openStream(const File& file, int mode, error_code& ec) {
-    auto stream = boost::make_shared<Stream>(file, static_cast<std::ios_base::openmode>(mode));
+boost::shared_ptr<Stream> openStream(File file, int mode, error_code& ec) {
+    auto stream = boost::make_shared<Stream>(std::move(file), static_cast<std::ios_base::openmode>(mode));
     if (stream->fail()) {
         stream.reset();
         ec = errc::make_error_code(errc::io_error);
@@ -244,16 +244,14 @@ void VirtualFileSystemOps::doGetFiles(const ustring& folder, std::vector<ustring
 boost::shared_ptr<std::istream> VirtualFileSystemOps::doCreateInputStream(const ustring& path, int mode,
                                                                           std::string& msg, error_code& ec) {
     return translated(boost::shared_ptr<std::istream>(), msg, ec, [&]() -> boost::shared_ptr<std::istream> {
-        const File file(CanonicalAbsoluteIRI(path), getStorageSystem());
-        return openStream<vfs::ifstream>(file, mode, ec);
+        return openStream<vfs::ifstream>(File(CanonicalAbsoluteIRI(path), getStorageSystem()), mode, ec);
     });
 }
 
 boost::shared_ptr<std::ostream> VirtualFileSystemOps::doCreateOutputStream(const ustring& path, int mode,
                                                                            std::string& msg, error_code& ec) {
     return translated(boost::shared_ptr<std::ostream>(), msg, ec, [&]() -> boost::shared_ptr<std::ostream> {
-        const File file(CanonicalAbsoluteIRI(path), getStorageSystem());
-        return openStream<vfs::ofstream>(file, mode, ec);
+        return openStream<vfs::ofstream>(File(CanonicalAbsoluteIRI(path), getStorageSystem()), mode, ec);
     });
 }
 

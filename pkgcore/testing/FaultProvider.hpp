@@ -29,7 +29,7 @@ namespace foundation::storage::conformance {
 enum class Verb : unsigned char {
     Find,             ///< Provider::find
     List,             ///< Provider::list
-    ListNext,         ///< Lister::next
+    ListNext,         ///< Lister::next and Lister::fill
     OpenReader,       ///< Provider::openReader
     Read,             ///< Reader::read
     ReadAt,           ///< Reader::readAt
@@ -243,6 +243,9 @@ private:
 
         std::vector<provider::ListItem> next() override {
             return plan_->run(Verb::ListNext, [this] { return lister_->next(); });
+        }
+        std::size_t fill(std::vector<provider::ListItem>& page) override {
+            return plan_->run(Verb::ListNext, [&] { return lister_->fill(page); });
         }
 
     private:

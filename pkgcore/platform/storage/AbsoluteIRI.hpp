@@ -44,7 +44,10 @@ public:
         : text_(std::move(checked.text)), isPlain_(checked.isPlain) {}
 
     /// The whole IRI, encoded.
-    const std::u16string& toString() const noexcept { return text_; }
+    /// @{
+    const std::u16string& toString() const& noexcept { return text_; }
+    std::u16string toString() && noexcept { return std::move(text_); }
+    /// @}
 
     /// Whether it is known that each part is the same encoded and plain. False says nothing.
     bool isPlain() const noexcept { return isPlain_; }

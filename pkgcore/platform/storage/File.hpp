@@ -26,7 +26,8 @@ public:
 
     /// What it was made of.
     /// @{
-    const CanonicalAbsoluteIRI& getLocation() const noexcept { return location_; }
+    const CanonicalAbsoluteIRI& getLocation() const& noexcept { return location_; }
+    CanonicalAbsoluteIRI getLocation() && noexcept { return std::move(location_); }
     const StorageSystemReference& getStorageSystem() const noexcept { return storage_; }
     /// @}
 

@@ -19,7 +19,10 @@ public:
     explicit ListEntry(FileOrFolder item) : item_(std::move(item)) {}
 
     /// As the listing itself tells it: nothing is asked for each entry.
+    /// @{
     const FileOrFolder& getFileOrFolder() const noexcept { return item_; }
+    FileOrFolder& getFileOrFolder() noexcept { return item_; }
+    /// @}
 
     /// Of the file or folder.
     const CanonicalAbsoluteIRI& getLocation() const {
@@ -44,12 +47,13 @@ public:
         Source(const Source&) = delete;
         Source& operator=(const Source&) = delete;
 
-        /// The next entry, valid until the next call; null behind the last one. Throws as the operations of
-        /// Folder do.
-        virtual const ListEntry* next() = 0;
+        /// The next entry, valid until the next call, whatever was done to the one before; null behind the
+        /// last one. Throws as the operations of Folder do.
+        virtual ListEntry* next() = 0;
     };
 
-    /// Stands on an entry until it is moved on, which may throw. Valid as long as the listing.
+    /// Stands on an entry until it is moved on, which may throw; the entry may be moved from. Valid as long
+    /// as the listing.
     class Iterator {
     public:
         /// What std::iterator_traits and an input iterator are made of.
@@ -57,8 +61,8 @@ public:
         using iterator_category = std::input_iterator_tag;
         using value_type = ListEntry;
         using difference_type = std::ptrdiff_t;
-        using pointer = const ListEntry*;
-        using reference = const ListEntry&;
+        using pointer = ListEntry*;
+        using reference = ListEntry&;
 
         reference operator*() const noexcept { return *entry_; }
         pointer operator->() const noexcept { return entry_; }
@@ -75,10 +79,10 @@ public:
 
     private:
         friend class Listing;
-        Iterator(Source* source, const ListEntry* entry) noexcept : source_(source), entry_(entry) {}
+        Iterator(Source* source, ListEntry* entry) noexcept : source_(source), entry_(entry) {}
 
         Source* source_;
-        const ListEntry* entry_;
+        ListEntry* entry_;
     };
 
     /// Takes the source over.

@@ -23,7 +23,7 @@ namespace foundation::storage::vfs {
 class PKGCORE_PLATFORM_API ifstream : public std::istream {
 public:
     /// `mode` holds further flags; std::ios_base::in is added, std::ios_base::out never writes.
-    ifstream(const File& file, std::ios_base::openmode mode);
+    ifstream(File file, std::ios_base::openmode mode);
     ~ifstream() override;
     ifstream(const ifstream&) = delete;
     ifstream& operator=(const ifstream&) = delete;
@@ -48,7 +48,7 @@ private:
 class PKGCORE_PLATFORM_API ofstream : public std::ostream {
 public:
     /// Opens the file as the class says.
-    ofstream(const File& file, std::ios_base::openmode mode);
+    ofstream(File file, std::ios_base::openmode mode);
     ~ofstream() override;
     ofstream(const ofstream&) = delete;
     ofstream& operator=(const ofstream&) = delete;

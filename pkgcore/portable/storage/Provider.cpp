@@ -16,6 +16,11 @@ Writer::~Writer() = default;
 Lister::~Lister() = default;
 Provider::~Provider() = default;
 
+std::size_t Lister::fill(std::vector<ListItem>& page) {
+    page = next();
+    return page.size();
+}
+
 std::size_t Reader::readAt(std::uint64_t /*offset*/, char* /*out*/, std::size_t /*count*/) { refuse(); }
 
 std::unique_ptr<Writer> Provider::openWriter(const Path& /*file*/, WriteMode /*mode*/) { refuse(); }

@@ -79,6 +79,12 @@ public:
     /// entry comes once, in the order of the UTF-16 units of the names. An entry that comes or goes meanwhile
     /// may or may not be shown.
     virtual std::vector<ListItem> next() = 0;
+
+    /// next() into a page that was used before: puts the entries at its beginning, in the place of what
+    /// stands there, and returns how many they are; 0 at the end. What is behind them means nothing: its
+    /// memory is there to be used again. The storage system asks in this way alone. By default it takes what
+    /// next() gives; a store that overrides it gains as much as its names cost to be allocated.
+    virtual std::size_t fill(std::vector<ListItem>& page);
 };
 
 /// A store. The verbs that are not pure throw "unsupported" unless they are overridden, but for sync(), and

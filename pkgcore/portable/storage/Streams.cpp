@@ -11,8 +11,8 @@ namespace foundation::storage::vfs {
 
 namespace {
 
-portable::Spot spotOf(const File& file) {
-    return portable::findSpot(file.getLocation(), file.getStorageSystem());
+portable::Spot spotOf(File&& file) {
+    return file.getStorageSystem().get()->find(std::move(file).getLocation());
 }
 
 /// The buffer that `open` gives, or failbit; a scheme that is not mounted passes.
@@ -30,8 +30,8 @@ std::unique_ptr<std::streambuf> openOrFail(std::ios& stream, Open open) {
 
 }  // namespace
 
-ifstream::ifstream(const File& file, std::ios_base::openmode mode) : std::istream(nullptr) {
-    buffer_ = openOrFail(*this, [&file] { return portable::openForReading(spotOf(file)); });
+ifstream::ifstream(File file, std::ios_base::openmode mode) : std::istream(nullptr) {
+    buffer_ = openOrFail(*this, [&file] { return portable::openForReading(spotOf(std::move(file))); });
     if (buffer_ && (mode & std::ios_base::ate) != 0) {
         seekg(0, std::ios_base::end);
     }
@@ -39,9 +39,9 @@ ifstream::ifstream(const File& file, std::ios_base::openmode mode) : std::istrea
 
 ifstream::~ifstream() = default;
 
-ofstream::ofstream(const File& file, std::ios_base::openmode mode) : std::ostream(nullptr) {
-    buffer_ =
-        openOrFail(*this, [&] { return portable::openForWriting(spotOf(file), mode | std::ios_base::out); });
+ofstream::ofstream(File file, std::ios_base::openmode mode) : std::ostream(nullptr) {
+    buffer_ = openOrFail(
+        *this, [&] { return portable::openForWriting(spotOf(std::move(file)), mode | std::ios_base::out); });
 }
 
 ofstream::~ofstream() {

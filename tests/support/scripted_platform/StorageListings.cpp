@@ -19,7 +19,7 @@ public:
 
     ~ScriptedSource() override { Platform::current().record("~Listing", showPlace(folder_)); }
 
-    const ListEntry* next() override {
+    ListEntry* next() override {
         if (position_ == entries_.size()) {
             return nullptr;
         }

@@ -44,7 +44,8 @@ ios_base::iostate openState(scripted::Answers<ios_base::iostate>& answers, const
 
 }  // namespace
 
-ifstream::ifstream(const File& file, ios_base::openmode mode) : std::istream(nullptr) {
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the platform takes it over
+ifstream::ifstream(File file, ios_base::openmode mode) : std::istream(nullptr) {
     recordOpening("ifstream", file, mode);
     const ios_base::iostate state = openState(Platform::current().storage.openInput, file);
     buffer_ = std::make_unique<ScriptedBuffer>("ifstream", file);
@@ -54,7 +55,8 @@ ifstream::ifstream(const File& file, ios_base::openmode mode) : std::istream(nul
 
 ifstream::~ifstream() = default;
 
-ofstream::ofstream(const File& file, ios_base::openmode mode) : std::ostream(nullptr) {
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the platform takes it over
+ofstream::ofstream(File file, ios_base::openmode mode) : std::ostream(nullptr) {
     recordOpening("ofstream", file, mode);
     const ios_base::iostate state = openState(Platform::current().storage.openOutput, file);
     buffer_ = std::make_unique<ScriptedBuffer>("ofstream", file);

@@ -8,9 +8,13 @@ using provider::Kind;
 
 ListingSource::ListingSource(Spot folder, vfs::StorageSystemReference storage, std::u16string pattern,
                              Depth depth)
-    : storage_(std::move(storage)), pattern_(std::move(pattern)), depth_(depth), walk_(std::move(folder)) {}
+    : storage_(std::move(storage)),
+      pattern_(std::move(pattern)),
+      depth_(depth),
+      entry_(vfs::Folder(folder.iri(), storage_)),
+      walk_(std::move(folder)) {}
 
-const vfs::ListEntry* ListingSource::next() {
+vfs::ListEntry* ListingSource::next() {
     if (entersNext_) {
         entersNext_ = false;
         walk_.enterIfThere();
@@ -25,7 +29,7 @@ const vfs::ListEntry* ListingSource::next() {
         if (matches(item.name, pattern_)) {
             show();
             entersNext_ = isTree;
-            return &*entry_;
+            return &entry_;
         }
         if (isTree) {
             walk_.enterIfThere();
@@ -37,9 +41,9 @@ const vfs::ListEntry* ListingSource::next() {
 void ListingSource::show() {
     vfs::CanonicalAbsoluteIRI iri = walk_.iri();
     if (walk_.item().kind == Kind::File) {
-        entry_.emplace(vfs::File(std::move(iri), storage_));
+        entry_.getFileOrFolder() = vfs::File(std::move(iri), storage_);
     } else {
-        entry_.emplace(vfs::Folder(std::move(iri), storage_));
+        entry_.getFileOrFolder() = vfs::Folder(std::move(iri), storage_);
     }
 }
 

@@ -4,7 +4,6 @@
 #include <pkgcore/platform/storage/StorageSystemReference.hpp>
 #include <pkgcore/portable/storage/layer/TreeWalk.hpp>
 
-#include <optional>
 #include <string>
 
 namespace foundation::storage::portable {
@@ -17,7 +16,7 @@ public:
     /// NotFound where no folder is.
     ListingSource(Spot folder, vfs::StorageSystemReference storage, std::u16string pattern, Depth depth);
 
-    const vfs::ListEntry* next() override;
+    vfs::ListEntry* next() override;
 
 private:
     void show();
@@ -25,9 +24,9 @@ private:
     vfs::StorageSystemReference storage_;
     std::u16string pattern_;
     Depth depth_;
+    vfs::ListEntry entry_;
     TreeWalk walk_;
     bool entersNext_ = false;
-    std::optional<vfs::ListEntry> entry_;
 };
 
 }  // namespace foundation::storage::portable

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace foundation::storage::portable {
 
@@ -16,8 +17,8 @@ bool isName(std::u16string_view name) noexcept {
 }
 
 /// A name that leads elsewhere must not take a copy, or a removal, out of its folder.
-void requireNames(const Spot& folder, const std::vector<provider::ListItem>& page) {
-    const bool areNames = std::all_of(page.begin(), page.end(),
+void requireNames(const Spot& folder, const std::vector<provider::ListItem>& page, std::size_t count) {
+    const bool areNames = std::all_of(page.begin(), page.begin() + static_cast<std::ptrdiff_t>(count),
                                       [](const provider::ListItem& item) { return isName(item.name); });
     if (!areNames) {
         throw vfs::Exception(vfs::ErrorCode::NotRecoverable, "The store lists what is no name", folder.iri());
@@ -30,7 +31,7 @@ TreeWalk::TreeWalk(Spot root) { levels_.push_back(open(std::move(root))); }
 
 TreeWalk::Level TreeWalk::open(Spot folder) {
     std::unique_ptr<provider::Lister> lister = folder.list();
-    return Level{std::move(folder), std::move(lister), {}};
+    return Level{std::move(folder), std::move(lister), std::exchange(spare_, Page())};
 }
 
 void TreeWalk::enter() { levels_.push_back(open(spot())); }
@@ -45,25 +46,31 @@ void TreeWalk::enterIfThere() {
     }
 }
 
+/// Nothing is shown where that fails. A store that counts more entries than it has given is not believed.
+void TreeWalk::refill(Level& level) {
+    level.at = level.count = 0;
+    const std::size_t filled = level.folder.located([&level] { return level.lister->fill(level.page); });
+    const std::size_t count = std::min(filled, level.page.size());
+    requireNames(level.folder, level.page, count);
+    level.count = count;
+}
+
 TreeWalk::Step TreeWalk::next() {
     Level& level = levels_.back();
-    if (!level.page.empty()) {
+    if (level.count > 0) {
         ++level.at;
     }
-    if (level.at == level.page.size()) {
-        std::vector<provider::ListItem> page =
-            level.folder.located([&level] { return level.lister->next(); });
-        requireNames(level.folder, page);
-        level.page = std::move(page);
-        level.at = 0;
+    if (level.at == level.count) {
+        refill(level);
     }
-    return level.page.empty() ? leave() : Step::Entry;
+    return level.count > 0 ? Step::Entry : leave();
 }
 
 TreeWalk::Step TreeWalk::leave() {
     if (levels_.size() == 1) {
         return Step::End;
     }
+    spare_ = std::move(level.page);
     levels_.pop_back();
     return Step::Left;
 }

@@ -34,16 +34,21 @@ public:
     void enterIfThere();
 
 private:
+    using Page = std::vector<provider::ListItem>;
+
     struct Level {
         Spot folder;
         std::unique_ptr<provider::Lister> lister;
-        std::vector<provider::ListItem> page;
+        Page page;              ///< of which there may be more than is shown
+        std::size_t count = 0;  ///< how many are shown
         std::size_t at = 0;
     };
 
-    static Level open(Spot folder);
+    Level open(Spot folder);
+    static void refill(Level& level);
 
     std::vector<Level> levels_;
+    Page spare_;  ///< of the last folder that was left, for the next one
 };
 
 }  // namespace foundation::storage::portable

@@ -84,6 +84,15 @@ TEST(BytesWriter, HandsOverNothingWithoutACommit) {
     discarded.discard();
 }
 
+TEST(EntriesLister, FillsAPageWithWhatComesNext) {
+    EntriesLister lister({{u"b"}, {u"a"}});
+    std::vector<ListItem> page{{u"of before"}, {u"of before"}, {u"of before"}};
+    ASSERT_EQ(lister.fill(page), 2u);
+    EXPECT_EQ(page.at(0).name, u"a");
+    EXPECT_EQ(page.at(1).name, u"b");
+    EXPECT_EQ(lister.fill(page), 0u);
+}
+
 TEST(EntriesLister, ShowsAllInTheOrderOfTheUnitsAndThenNothing) {
     EntriesLister lister({{u"\uFF41"}, {u"b", Kind::Folder}, {u"\xD83D\xDE00"}, {u"a"}});
     std::u16string names;

@@ -14,6 +14,12 @@ const SharedNode* MemoryChildren::find(std::u16string_view name) const noexcept 
     return known == nullptr ? nullptr : &(*known)->second;
 }
 
+void MemoryChildren::preload() const noexcept {
+    if (entries_) {
+        entries_->byName.preload();
+    }
+}
+
 void MemoryChildren::put(std::u16string_view name, SharedNode node) {
     if (!entries_) {
         entries_ = std::make_unique<Entries>();
@@ -24,7 +30,7 @@ void MemoryChildren::put(std::u16string_view name, SharedNode node) {
         return;
     }
     byName.makeRoom();
-    byName.add(ordered.emplace(name, std::move(node)).first);
+    byName.add(ordered.emplace(MemoryName(name.begin(), name.end()), std::move(node)).first);
 }
 
 SharedNode MemoryChildren::take(MemoryEntries::iterator entry) noexcept {

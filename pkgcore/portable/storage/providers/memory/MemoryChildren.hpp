@@ -22,6 +22,9 @@ public:
     /// The first entry behind a name.
     Iterator behind(std::u16string_view name) const { return ordered().upper_bound(name); }
 
+    /// Before all of them, which are not many, are gone through.
+    void preload() const noexcept;
+
     /// Null where there is none. Stays valid until the entry is changed.
     const SharedNode* find(std::u16string_view name) const noexcept;
 

@@ -1,6 +1,7 @@
 #include <pkgcore/portable/storage/providers/memory/MemoryContent.hpp>
 
 #include <algorithm>
+#include <cstring>
 
 namespace foundation::storage::portable {
 
@@ -12,10 +13,10 @@ std::size_t MemoryContent::read(std::uint64_t offset, char* out, std::size_t cou
     std::size_t done = 0;
     while (done < wanted) {
         const std::uint64_t at = offset + done;
-        const std::string& piece = *pieces_[static_cast<std::size_t>(at / kPieceSize)];
+        const Piece& piece = pieces_[static_cast<std::size_t>(at / kPieceSize)];
         const auto start = static_cast<std::size_t>(at % kPieceSize);
-        const std::size_t taken = std::min(wanted - done, piece.size() - start);
-        piece.copy(out + done, taken, start);
+        const std::size_t taken = std::min(wanted - done, kPieceSize - start);
+        std::memcpy(out + done, piece.get() + start, taken);
         done += taken;
     }
     return done;
@@ -26,15 +27,25 @@ MemoryContentBuilder::MemoryContentBuilder(const MemoryContent& old)
 
 /// One that has room and is nobody else's.
 std::string& MemoryContentBuilder::lastPiece() {
-    const bool isFull = pieces_.empty() || pieces_.back()->size() == MemoryContent::kPieceSize;
-    if (isFull) {
+    if (last_ && last_->size() == MemoryContent::kPieceSize) {
+        finishPiece();
+    }
+    if (!last_) {
         last_ = std::make_shared<std::string>();
-        pieces_.push_back(last_);
-    } else if (!last_) {
-        last_ = std::make_shared<std::string>(*pieces_.back());
-        pieces_.back() = last_;
+        const auto begun = static_cast<std::size_t>(size_ % MemoryContent::kPieceSize);
+        if (begun > 0) {
+            last_->assign(pieces_.back().get(), begun);
+            pieces_.pop_back();
+        }
     }
     return *last_;
+}
+
+void MemoryContentBuilder::finishPiece() {
+    if (last_) {
+        pieces_.emplace_back(last_, last_->data());
+        last_.reset();
+    }
 }
 
 void MemoryContentBuilder::add(const char* bytes, std::size_t count) {
@@ -49,7 +60,7 @@ void MemoryContentBuilder::add(const char* bytes, std::size_t count) {
 }
 
 SharedContent MemoryContentBuilder::content() {
-    last_.reset();
+    finishPiece();
     return std::make_shared<const MemoryContent>(pieces_, size_);
 }
 

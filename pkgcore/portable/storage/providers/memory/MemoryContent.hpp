@@ -1,10 +1,11 @@
 #pragma once
 
+#include <boost/container/small_vector.hpp>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace foundation::storage::portable {
 
@@ -13,20 +14,21 @@ namespace foundation::storage::portable {
 class MemoryContent {
 public:
     static constexpr std::size_t kPieceSize = std::size_t{64} * 1024;
-    using Piece = std::shared_ptr<const std::string>;
+    using Piece = std::shared_ptr<const char>;
+    /// The first one, which most files have alone, in the object itself.
+    using Pieces = boost::container::small_vector<Piece, 1>;
 
     MemoryContent() = default;
-    MemoryContent(std::vector<Piece> pieces, std::uint64_t size) noexcept
-        : pieces_(std::move(pieces)), size_(size) {}
+    MemoryContent(Pieces pieces, std::uint64_t size) noexcept : pieces_(std::move(pieces)), size_(size) {}
 
     std::uint64_t size() const noexcept { return size_; }
-    const std::vector<Piece>& pieces() const noexcept { return pieces_; }
+    const Pieces& pieces() const noexcept { return pieces_; }
 
     /// As many bytes as are wanted unless the end comes first.
     std::size_t read(std::uint64_t offset, char* out, std::size_t count) const noexcept;
 
 private:
-    std::vector<Piece> pieces_;
+    Pieces pieces_;
     std::uint64_t size_ = 0;
 };
 
@@ -47,9 +49,10 @@ public:
 
 private:
     std::string& lastPiece();
+    void finishPiece();
 
-    std::vector<MemoryContent::Piece> pieces_;
-    std::shared_ptr<std::string> last_;  ///< the last one of the pieces while nobody else has it
+    MemoryContent::Pieces pieces_;
+    std::shared_ptr<std::string> last_;  ///< behind the pieces, while nobody else has it
     std::uint64_t size_ = 0;
 };
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <boost/container/small_vector.hpp>
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,8 +14,23 @@ namespace foundation::storage::portable {
 struct MemoryNode;
 using SharedNode = std::shared_ptr<MemoryNode>;
 
+/// A name where its entry is, unless it is long: a listing of many waits for memory, not for the processor.
+using MemoryName = boost::container::small_vector<char16_t, 16>;
+
+inline std::u16string_view textOf(const MemoryName& name) noexcept { return {name.data(), name.size()}; }
+inline std::u16string_view textOf(std::u16string_view name) noexcept { return name; }
+
+struct MemoryNameOrder {
+    using is_transparent = void;
+
+    template <typename One, typename Other>
+    bool operator()(const One& one, const Other& other) const noexcept {
+        return textOf(one) < textOf(other);
+    }
+};
+
 /// The entries of a folder in the order of the UTF-16 units of their names.
-using MemoryEntries = std::map<std::u16string, SharedNode, std::less<>>;
+using MemoryEntries = std::map<MemoryName, SharedNode, MemoryNameOrder>;
 
 /// Finds the entries of a folder by the hashes of their names: one array, in which an entry stands at the
 /// place of its hash or behind it, with no free place between.
@@ -24,6 +40,10 @@ public:
 
     /// Null where there is none. Stays valid until entries are added or removed.
     const Entry* find(std::u16string_view name) const noexcept;
+
+    /// Has the processor load all entries, side by side: whoever goes through them in order waits for one
+    /// after the other. For no more of them than it can hold.
+    void preload() const noexcept;
 
     /// Takes the memory for one entry more.
     void makeRoom();

@@ -67,15 +67,20 @@ public:
 
     std::vector<ListItem> next() override {
         std::vector<ListItem> page;
-        if (isDone_) {
-            return page;
-        }
-        page = tree_->listAfter(*folder_, last_ ? &*last_ : nullptr);
-        isDone_ = page.size() < MemoryTree::kPageSize;
-        if (!isDone_) {
-            last_ = page.back().name;
-        }
+        page.resize(fill(page));
         return page;
+    }
+
+    std::size_t fill(std::vector<ListItem>& page) override {
+        if (isDone_) {
+            return 0;
+        }
+        const std::size_t count = tree_->listAfter(*folder_, last_ ? &*last_ : nullptr, page);
+        isDone_ = count < MemoryTree::kPageSize;
+        if (!isDone_) {
+            last_ = page[count - 1].name;
+        }
+        return count;
     }
 
 private:

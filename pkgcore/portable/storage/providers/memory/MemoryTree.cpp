@@ -170,16 +170,24 @@ SharedNode MemoryTree::folder(const Path& path) const {
     return node;
 }
 
-std::vector<ListItem> MemoryTree::listAfter(const MemoryNode& folder, const std::u16string* after) const {
+std::size_t MemoryTree::listAfter(const MemoryNode& folder, const std::u16string* after,
+                                  std::vector<ListItem>& page) const {
     const SharedLock lock(mutex_);
     const MemoryChildren& children = folder.children;
-    std::vector<ListItem> page;
-    page.reserve(std::min(children.size(), kPageSize));
-    auto entry = after == nullptr ? children.begin() : children.behind(*after);
-    for (; entry != children.end() && page.size() < kPageSize; ++entry) {
-        page.push_back(ListItem{entry->first, entry->second->item.kind, false});
+    if (children.size() <= kPageSize) {
+        children.preload();
     }
-    return page;
+    page.resize(std::max(page.size(), std::min(children.size(), kPageSize)));
+    std::size_t count = 0;
+    auto entry = after == nullptr ? children.begin() : children.behind(*after);
+    for (const auto end = children.end(); entry != end && count < kPageSize; ++entry) {
+        ListItem& item = page[count++];
+        item.name = textOf(entry->first);
+        item.kind = entry->second->item.kind;
+        item.isLink = false;
+        item.isDevice = false;
+    }
+    return count;
 }
 
 SharedContent MemoryTree::content(const Path& file) const {
@@ -275,7 +283,7 @@ SharedNode MemoryTree::cloned(const MemoryNode& node) const {
         for (const auto& [name, child] : original->children) {
             SharedNode added = copyOf(*child);
             rest.emplace_back(child.get(), added.get());
-            copy->children.put(name, std::move(added));
+            copy->children.put(textOf(name), std::move(added));
         }
     }
     return result;

@@ -22,9 +22,9 @@ struct MemoryNode {
     MemoryNode& operator=(const MemoryNode&) = delete;
     ~MemoryNode();
 
-    provider::Item item;
     SharedContent content;    ///< of a file
     MemoryChildren children;  ///< of a folder
+    provider::Item item;
     /// While a tree is let go, the next one to go.
     SharedNode nextToGo;
 };
@@ -44,9 +44,11 @@ public:
     SharedNode folder(const Path& path) const;
 
     /// The next entries of a folder behind a name, in order; from the first one on where `after` is null.
-    /// Fewer than kPageSize at the end alone.
+    /// They come to the beginning of `page`; returns how many they are, fewer than kPageSize at the end
+    /// alone.
     static constexpr std::size_t kPageSize = 1024;
-    std::vector<provider::ListItem> listAfter(const MemoryNode& folder, const std::u16string* after) const;
+    std::size_t listAfter(const MemoryNode& folder, const std::u16string* after,
+                          std::vector<provider::ListItem>& page) const;
 
     SharedContent content(const Path& file) const;
 

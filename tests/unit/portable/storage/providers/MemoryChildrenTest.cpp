@@ -9,13 +9,14 @@ namespace {
 using foundation::storage::portable::MemoryChildren;
 using foundation::storage::portable::MemoryNode;
 using foundation::storage::portable::SharedNode;
+using foundation::storage::portable::textOf;
 
 SharedNode newNode() { return std::make_shared<MemoryNode>(foundation::storage::provider::Item()); }
 
 std::u16string namesOf(const MemoryChildren& children) {
     std::u16string names;
     for (const auto& [name, node] : children) {
-        names += name + u' ';
+        names.append(textOf(name)) += u' ';
     }
     return names;
 }
@@ -38,8 +39,8 @@ TEST(MemoryChildren, AreFoundByNameAndShownInOrder) {
     EXPECT_EQ(*children.find(u"aa"), node);
     EXPECT_EQ(children.find(u"A"), nullptr);
     EXPECT_EQ(namesOf(children), u"a aa b \xD83D\xDE00 \xE000 ");
-    EXPECT_EQ(children.behind(u"a")->first, u"aa");
-    EXPECT_EQ(children.behind(u"aaa")->first, u"b");
+    EXPECT_EQ(textOf(children.behind(u"a")->first), u"aa");
+    EXPECT_EQ(textOf(children.behind(u"aaa")->first), u"b");
 }
 
 TEST(MemoryChildren, PuttingANameAgainChangesItsNode) {

@@ -10,6 +10,7 @@
 namespace {
 
 using foundation::storage::portable::MemoryEntries;
+using foundation::storage::portable::MemoryName;
 using foundation::storage::portable::MemoryNames;
 
 /// Names of all lengths, of which many differ in one unit alone.
@@ -31,10 +32,10 @@ class Named {
 public:
     void add(const std::u16string& name) {
         names_.makeRoom();
-        names_.add(entries_.emplace(name, nullptr).first);
+        names_.add(entries_.emplace(MemoryName(name.begin(), name.end()), nullptr).first);
     }
     void remove(const std::u16string& name) {
-        const auto entry = entries_.find(name);
+        const auto entry = entries_.find(std::u16string_view(name));
         names_.remove(entry);
         entries_.erase(entry);
     }
@@ -42,7 +43,7 @@ public:
     void expectFinds(const std::vector<std::u16string>& names) {
         for (const std::u16string& name : names) {
             const MemoryNames::Entry* const found = names_.find(name);
-            const auto entry = entries_.find(name);
+            const auto entry = entries_.find(std::u16string_view(name));
             ASSERT_EQ(found != nullptr, entry != entries_.end()) << testing::PrintToString(name);
             EXPECT_TRUE(found == nullptr || *found == entry);
         }

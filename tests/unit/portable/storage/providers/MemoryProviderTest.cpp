@@ -16,6 +16,12 @@ namespace {
 
 Workplace newStore() { return Workplace(storeFrom("memory", provider::makeMemoryProvider).makeGround()); }
 
+std::string readAll(const portable::MemoryContent& content) {
+    std::string bytes(static_cast<std::size_t>(content.size()), '\0');
+    bytes.resize(content.read(0, bytes.data(), bytes.size()));
+    return bytes;
+}
+
 TEST(MemoryContent, SharesItsPiecesWithWhatIsWrittenNext) {
     MemoryContentBuilder builder;
     const std::string bytes = someBytes(3 * portable::MemoryContent::kPieceSize + 10);
@@ -30,7 +36,22 @@ TEST(MemoryContent, SharesItsPiecesWithWhatIsWrittenNext) {
     }
     EXPECT_NE(first->pieces()[3], second->pieces()[3]);
     EXPECT_EQ(first->size() + 4, second->size());
-    EXPECT_EQ(first->pieces()[3]->size(), 10u);
+    EXPECT_EQ(readAll(*first), bytes);
+    EXPECT_EQ(readAll(*second), bytes + "more");
+}
+
+TEST(MemoryContent, GoesOnBehindAnOldOneWithoutChangingIt) {
+    for (const std::size_t size : {std::size_t{0}, std::size_t{10}, portable::MemoryContent::kPieceSize}) {
+        MemoryContentBuilder builder;
+        const std::string bytes = someBytes(size);
+        builder.add(bytes.data(), bytes.size());
+        const SharedContent old = builder.content();
+        MemoryContentBuilder next(*old);
+        next.add("more", 4);
+        next.add("still", 5);
+        EXPECT_EQ(readAll(*next.content()), bytes + "morestill");
+        EXPECT_EQ(readAll(*old), bytes);
+    }
 }
 
 TEST(MemoryContent, IsReadFromAnyOffset) {
@@ -77,6 +98,23 @@ TEST(MemoryProvider, LetsGoOfATreeThatIsDeeperThanTheStack) {
     }
     innermost.reset();
     SUCCEED();
+}
+
+TEST(MemoryProvider, FillsPagesThatWereUsedBefore) {
+    const Workplace place = newStore();
+    for (const char16_t* const path : {u"few/a", u"many/a name that is not short", u"many/b", u"many/c"}) {
+        place.folder(path).createFolderRecursive();
+    }
+    std::vector<provider::ListItem> page;
+    EXPECT_EQ(place.store().list(place.at(u"many"))->fill(page), 3u);
+    EXPECT_EQ(page.at(0).name, u"a name that is not short");
+    EXPECT_EQ(page.at(2).name, u"c");
+    page.at(0).isLink = true;
+    const auto lister = place.store().list(place.at(u"few"));
+    EXPECT_EQ(lister->fill(page), 1u);
+    EXPECT_EQ(page.at(0).name, u"a");
+    EXPECT_FALSE(page.at(0).isLink);
+    EXPECT_EQ(lister->fill(page), 0u);
 }
 
 TEST(MemoryProvider, AListerStaysWithAFolderThatIsRemoved) {
