@@ -70,7 +70,7 @@ TreeWalk::Step TreeWalk::leave() {
     if (levels_.size() == 1) {
         return Step::End;
     }
-    spare_ = std::move(level.page);
+    spare_ = std::move(levels_.back().page);
     levels_.pop_back();
     return Step::Left;
 }
