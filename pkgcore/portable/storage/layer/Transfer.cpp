@@ -2,7 +2,7 @@
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
 #include <pkgcore/portable/storage/layer/Overlap.hpp>
-#include <pkgcore/portable/storage/layer/Removal.hpp>
+#include <pkgcore/portable/storage/layer/SourceRemoval.hpp>
 #include <pkgcore/portable/storage/layer/Staging.hpp>
 #include <pkgcore/portable/storage/layer/TreeCopy.hpp>
 
@@ -51,34 +51,6 @@ void copyByHand(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy p
     });
 }
 
-/// What is removed must be what was copied.
-void requireUnchanged(const Spot& from, const Item& copied) {
-    const Item now = from.require(copied.kind);
-    const bool isWritten = copied.kind == Kind::File && now.lastModified != copied.lastModified;
-    if (isWritten || now.identity != copied.identity) {
-        throw vfs::Exception(ErrorCode::TemporarilyBusy, "The source was changed while it was moved",
-                             from.iri());
-    }
-}
-
-/// Takes its name from a folder in one step; a failure is one at the folder.
-Spot moveAside(const Spot& folder) {
-    Spot aside = temporarySibling(folder);
-    try {
-        folder.moveTo(aside, ReplacementPolicy::FailIfExists);
-    } catch (const vfs::Exception& failure) {
-        throw vfs::Exception(failure.getErrorCode(), failure.what(), folder.iri());
-    }
-    return aside;
-}
-
-/// Removes what was moved by copying. A folder loses its name first, where the store can do that: a rest
-/// under the name, moved again with replacement, would take the place of the whole.
-void removeSource(const Spot& from, Kind kind) {
-    const bool hasSteps = kind == Kind::Folder && movesNatively(from.traits(), kind);
-    removeEntry(hasSteps ? moveAside(from) : from);
-}
-
 }  // namespace
 
 void copyEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy policy) {
@@ -111,8 +83,7 @@ void moveEntry(const Spot& from, const Spot& to, Kind kind, ReplacementPolicy po
     }
     copyByHand(from, to, kind, policy, Carry::Everything);
     to.sync();
-    requireUnchanged(from, source);
-    removeSource(from, kind);
+    removeCopied(from, source, to);
 }
 
 }  // namespace foundation::storage::portable

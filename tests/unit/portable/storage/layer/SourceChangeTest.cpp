@@ -41,11 +41,10 @@ protected:
     bool isChanged_ = false;
     std::shared_ptr<FaultProvider> source_ =
         std::make_shared<FaultProvider>(provider::makeFolderProvider(tree_.text("")));
+    std::shared_ptr<FaultProvider> target_ =
+        std::make_shared<FaultProvider>(provider::makeFolderProvider(otherTree_.text("")));
     vfs::StorageSystemReference storage_ =
-        vfs::StorageSystemBuilder()
-            .mount(u"from", u"s", source_)
-            .mount(u"to", u"s", provider::makeFolderProvider(otherTree_.text("")))
-            .build();
+        vfs::StorageSystemBuilder().mount(u"from", u"s", source_).mount(u"to", u"s", target_).build();
 };
 
 TEST_F(SourceChange, KeepsAFileThatWasWrittenTo) {
@@ -77,6 +76,56 @@ TEST_F(SourceChange, KeepsAFolderThatTookItsPlace) {
     PKGCORE_EXPECT_FAILURE(TemporarilyBusy, from().folder(u"d").moveFolder(to().folder(u"d"), kFail));
     EXPECT_EQ(from().everything(),
               (Contents{{u"d/", "(folder)"}, {u"d/g", "other"}, {u"old/", "(folder)"}, {u"old/f", "text"}}));
+}
+
+/// Changes something in the folder d while it is moved, behind the comparison of its files.
+class FolderChange : public SourceChange {
+protected:
+    FolderChange() {
+        test::makeFolder(tree_ / "d");
+        test::makeFolder(tree_ / "d/sub");
+        for (const char* const file : {"d/f", "d/sub/g"}) {
+            test::makeFile(tree_ / file, "text");
+            test::setModifiedTime(tree_ / file, kLongAgo);
+        }
+    }
+
+    void expectKept(const std::function<void()>& change) {
+        target_->onCall([this, change](Verb verb) {
+            if (verb == Verb::Sync && !std::exchange(isChanged_, true)) change();
+        });
+        PKGCORE_EXPECT_FAILURE(TemporarilyBusy, from().folder(u"d").moveFolder(to().folder(u"d"), kFail));
+        EXPECT_TRUE(isChanged_);
+        EXPECT_EQ(from().list(u""), Names{u"d/"}) << "under its own name";
+        EXPECT_EQ(to().read(u"d/sub/g"), "text");
+    }
+};
+
+TEST_F(FolderChange, KeepsWhatWasAdded) {
+    expectKept([this] { test::makeFile(tree_ / "d/sub/late", "new"); });
+    EXPECT_EQ(from().read(u"d/sub/late"), "new");
+}
+
+TEST_F(FolderChange, KeepsWhatWasWrittenTo) {
+    expectKept([this] { test::writeInPlace(tree_ / "d/sub/g", "news"); });
+    EXPECT_EQ(from().read(u"d/sub/g"), "news");
+}
+
+TEST_F(FolderChange, KeepsAFolderThatTookThePlaceOfAFile) {
+    expectKept([this] {
+        std::remove((tree_ / "d/f").c_str());
+        test::makeFolder(tree_ / "d/f");
+    });
+    EXPECT_TRUE(from().isFolder(u"d/f"));
+}
+
+TEST_F(FolderChange, RemovesAFolderFromWhichSomethingWasTaken) {
+    target_->onCall([this](Verb verb) {
+        if (verb == Verb::Sync) std::remove((tree_ / "d/f").c_str());
+    });
+    from().folder(u"d").moveFolder(to().folder(u"d"), kFail);
+    EXPECT_TRUE(from().isMissing(u"d"));
+    EXPECT_EQ(to().read(u"d/f"), "text");
 }
 
 TEST_F(SourceChange, RemovesAFileThatWasOnlyRead) {
