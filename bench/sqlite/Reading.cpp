@@ -2,9 +2,7 @@
 #include "bench/sqlite/Suites.hpp"
 #include "bench/support/Raw.hpp"
 
-#include <algorithm>
 #include <array>
-#include <random>
 
 namespace bench {
 
@@ -47,14 +45,13 @@ void measureSqliteReading(Session& session) {
     const fs::path file = work.fresh();
     const fs::path logged = work.fresh();
     const fs::path plain = work.fresh();
-    Names names = blobNames(kCount);
-    makeFilledStore(file, names, kBlobSize);
+    makeFilledStore(file, blobNames(kCount), kBlobSize);
     fs::copy_file(file, logged);
     fs::create_directory(plain);
-    for (const std::string& path : asFiles(names, plain)) {
+    for (const std::string& path : asFiles(blobNames(kCount), plain)) {
         writePlainBlob(path);
     }
-    std::shuffle(names.begin(), names.end(), std::mt19937(42));
+    const Names names = blobNames(kCount);
 
     BareFolder bare(file);
     BareFolder bareWithLog(logged, "wal");

@@ -43,7 +43,8 @@ Names blobNames(std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         names.push_back(numbered(u"blob-", kFirst + i));
     }
-    std::shuffle(names.begin(), names.end(), std::mt19937(20260714));
+    static std::mt19937 random{20260714};
+    std::shuffle(names.begin(), names.end(), random);
     return names;
 }
 

@@ -36,7 +36,7 @@ const std::string& journalOfStores();
 /// A new store with the folder.
 opc::VirtualFileSystemOps newStore(const std::filesystem::path& file);
 
-/// The names of so many files, in no order.
+/// The names of so many files, in no order, which is another one each time.
 Names blobNames(std::size_t count);
 
 std::u16string iriOfBlob(const std::u16string& name);

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 namespace provider = foundation::storage::provider;
 
 fs::path newStoreFile(WorkFolder& work) {
-    const fs::path file = work.fresh();
+    fs::path file = work.fresh();
     newStore(file);
     return file;
 }
