@@ -55,7 +55,7 @@ const MemoryNames::Entry* MemoryNames::find(std::u16string_view name) const noex
     return nullptr;
 }
 
-// The links between the entries stand in front of them.
+// The links between the entries stand in front of them. Their nodes are asked for when the entries have come.
 void MemoryNames::preload() const noexcept {
     constexpr std::ptrdiff_t kLinks = 32;
     constexpr std::ptrdiff_t kLine = 64;
@@ -67,6 +67,9 @@ void MemoryNames::preload() const noexcept {
         __builtin_prefetch(entry - kLinks);
         __builtin_prefetch(entry - kLinks + kLine);
         __builtin_prefetch(entry - kLinks + 2 * kLine);
+    }
+    for (const Place& place : places_) {
+        if (place.hash != 0) __builtin_prefetch(place.entry->second.get());
     }
 }
 

@@ -41,8 +41,8 @@ public:
     /// Null where there is none. Stays valid until entries are added or removed.
     const Entry* find(std::u16string_view name) const noexcept;
 
-    /// Has the processor load all entries, side by side: whoever goes through them in order waits for one
-    /// after the other. For no more of them than it can hold.
+    /// Has the processor load all entries and their nodes, side by side: whoever goes through them in order
+    /// waits for one after the other. For no more of them than it can hold.
     void preload() const noexcept;
 
     /// Takes the memory for one entry more.
