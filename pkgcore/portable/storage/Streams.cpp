@@ -12,7 +12,8 @@ namespace foundation::storage::vfs {
 namespace {
 
 portable::Spot spotOf(File&& file) {
-    return file.getStorageSystem().get()->find(std::move(file).getLocation());
+    const StorageSystem* const system = file.getStorageSystem().get();
+    return system->find(std::move(file).getLocation());
 }
 
 /// The buffer that `open` gives, or failbit; a scheme that is not mounted passes.
