@@ -9,7 +9,9 @@
 #include <map>
 #include <memory>
 #include <sstream>
+#include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace bench {
 
@@ -182,41 +184,67 @@ void measureWriting(Session& session) {
     suite.run();
 }
 
-void measureSmallFiles(Session& session) {
-    constexpr std::size_t kFiles = 1000;
-    WorkFolder work(diskFolder());
-    opc::VirtualFileSystemOps storage = newStorage();
-    opc::FileSystemOps& ops = storage;
-    Paths local;
-    Paths memory;
-    std::vector<std::string> names;
-    const std::vector<std::string> contents(kFiles, std::string(kSmallFile, 'x'));
-    for (std::size_t i = 0; i < kFiles; ++i) {
-        const fs::path path = work.fresh();
-        writeFile(path, kSmallFile);
-        names.push_back(path.string());
-        local.push_back(path.u16string());
-        memory.push_back(numbered(u"mem://store/small-file-", i));
-        writeFile(ops, memory.back(), kSmallFile);
+/// The same small files on the disk and in memory.
+struct SmallFiles {
+    explicit SmallFiles(std::size_t count) : contents(count, std::string(kSmallFile, 'x')) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const fs::path path = work.fresh();
+            writeFile(path, kSmallFile);
+            names.push_back(path.string());
+            local.push_back(path.u16string());
+            memory.push_back(numbered(u"mem://store/small-file-", i));
+            writeFile(storage(), memory.back(), kSmallFile);
+        }
     }
-    Suite suite(session, "Storage: open, read 4 KiB, close, of 1,000 files", Sampling::single);
-    suite.limit("pkgcore createInputStream, on the disk", [&] { readEach(localOps(), local); });
-    suite.row("pkgcore createInputStream, in memory", [&] { readEach(ops, memory); }).atMost(1.0 / 3);
-    suite.row("open, read, close, on the disk", [&] {
+
+    opc::FileSystemOps& storage() { return backEnd; }
+
+    void readByCalls() const {
         for (const std::string& name : names) {
             const raw::Descriptor file(AT_FDCWD, name.c_str(), O_RDONLY);
             require(::read(file.get(), chunkBuffer(), kSmallFile) == kSmallFile, "short read");
         }
-    });
-    suite.row("construct a std::istream, memcpy", [&] {
+    }
+
+    void copyToStreams() const {
         for (const std::string& content : contents) {
             std::istream stream(nullptr);
             benchmark::DoNotOptimize(stream.rdbuf());
             std::memcpy(chunkBuffer(), content.data(), kSmallFile);
             benchmark::DoNotOptimize(*chunkBuffer());
         }
-    });
-    suite.run();
+    }
+
+    WorkFolder work{diskFolder()};
+    opc::VirtualFileSystemOps backEnd = newStorage();
+    Paths local;
+    Paths memory;
+    std::vector<std::string> names;
+    std::vector<std::string> contents;
+};
+
+Suite& addRows(Suite& suite, SmallFiles& files, double goal) {
+    suite.limit("pkgcore createInputStream, on the disk", [&files] { readEach(localOps(), files.local); });
+    Row& row = suite.row("pkgcore createInputStream, in memory",
+                         [&files] { readEach(files.storage(), files.memory); });
+    if (goal > 0) {
+        row.atMost(goal);
+    }
+    suite.row("open, read, close, on the disk", [&files] { files.readByCalls(); });
+    suite.row("construct a std::istream, memcpy", [&files] { files.copyToStreams(); });
+    return suite;
+}
+
+/// Over and over, as programs use their files; and once after other work, when no cache holds anything of
+/// them.
+void measureSmallFiles(Session& session) {
+    SmallFiles few(100);
+    Suite again(session, "Storage: open, read 4 KiB, close, of 100 files over and over", Sampling::batched);
+    addRows(again, few, 1.0 / 3).run();
+    SmallFiles many(1000);
+    Suite once(session, "Storage: open, read 4 KiB, close, of 1,000 files after other work",
+               Sampling::single);
+    addRows(once, many, 0).run();
 }
 
 }  // namespace
