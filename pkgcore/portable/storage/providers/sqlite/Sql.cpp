@@ -42,6 +42,8 @@ const char* textOf(Sql sql) noexcept {
             return "SELECT seal, bytes FROM chunk WHERE id = ?1";
         case Sql::PutChunk:
             return "REPLACE INTO chunk(id, seal, bytes) VALUES(?1, ?2, ?3)";
+        case Sql::ChunkSeal:
+            return "SELECT seal FROM chunk WHERE id = ?1";
         case Sql::LastChunk:
             return "SELECT max(id) FROM chunk WHERE id >= ?1 AND id <= ?2";
         case Sql::EraseChunks:
