@@ -2,9 +2,11 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Recognition.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -80,6 +82,22 @@ void syncFolderOf(const std::string& path) {
     }
 }
 
+bool holdsSomething(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && status.st_size > 0;
+}
+
+/// SQLite would bring what is in the journal of a store that has gone into the new one.
+void requireNoJournal(const std::string& path) {
+    for (const char* const ending : {"-journal", "-wal"}) {
+        const bool isInTheWay = holdsSomething(path + ending) && look(path) == Found::Nothing;
+        if (isInTheWay) {
+            fail(vfs::ErrorCode::NotRecoverable,
+                 "No store can be made beside the journal of one that has gone: " + path + ending);
+        }
+    }
+}
+
 }  // namespace
 
 bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {
@@ -89,6 +107,7 @@ bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {
         connection.execute("PRAGMA synchronous = FULL");
         createSchema(connection);
     }
+    requireNoJournal(path);
     const bool isCreated = file.giveName(path);
     if (isCreated) {
         syncFolderOf(path);

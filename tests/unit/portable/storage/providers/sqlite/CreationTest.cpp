@@ -1,0 +1,75 @@
+// A store that is made, and what may be in the way of that.
+
+#include <pkgcore/portable/storage/providers/sqlite/SqliteProvider.hpp>
+
+#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/storage/ProviderCalls.hpp"
+#include "tests/support/storage/RawDatabase.hpp"
+#include "tests/support/storage/StoreFile.hpp"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+namespace {
+
+using namespace foundation::storage;
+using namespace foundation::storage::conformance;
+using test::StoreFile;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// Opening fails with this code and message.
+void expectRefused(const StoreFile& file, ErrorCode code, const std::string& message) {
+    try {
+        file.open();
+        ADD_FAILURE() << "it was opened";
+    } catch (const vfs::Exception& failure) {
+        EXPECT_EQ(failure.getErrorCode(), code) << failure.what();
+        EXPECT_THAT(failure.what(), HasSubstr(message));
+    }
+}
+
+std::vector<std::string> namesIn(const test::TempTree& tree) {
+    std::vector<std::string> names;
+    for (const auto& item : std::filesystem::directory_iterator(tree.path())) {
+        names.push_back(item.path().filename());
+    }
+    return names;
+}
+
+/// The journal of a change of the store that is going on, as a process leaves it that is killed.
+std::string hotJournalOf(const StoreFile& file) {
+    test::writeFile(*file.open(), u"f", test::someBytes(300'000));
+    test::RawDatabase database(file.native());
+    database.run("PRAGMA cache_size = 1; BEGIN; UPDATE chunk SET bytes = zeroblob(65536)");
+    return test::contentOf(file.native() + "-journal");
+}
+
+TEST(SqliteCreation, TheJournalOfAStoreThatHasGoneIsNotTakenOver) {
+    const StoreFile file;
+    const std::string journal = hotJournalOf(file);
+    ASSERT_GT(journal.size(), 100'000U);
+    ::unlink(file.native().c_str());
+    for (const std::string name : {"store.db-journal", "store.db-wal"}) {
+        const std::string path = file.tree() / name;
+        test::makeFile(path, journal);
+        expectRefused(file, ErrorCode::NotRecoverable, path);
+        EXPECT_THAT(namesIn(file.tree()), ElementsAre(name));
+        EXPECT_TRUE(test::contentOf(path) == journal);
+        ::unlink(path.c_str());
+    }
+    EXPECT_FALSE(file.open()->find(provider::Path(u"f")));
+}
+
+TEST(SqliteCreation, AnEmptyJournalIsNotInTheWay) {
+    const StoreFile file;
+    test::makeFile(file.native() + "-journal");
+    test::writeFile(*file.open(), u"f", "text");
+    EXPECT_EQ(test::readFile(*file.open(), u"f"), "text");
+}
+
+}  // namespace
