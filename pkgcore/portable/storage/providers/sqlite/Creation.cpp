@@ -72,13 +72,18 @@ private:
     bool isNamed_ = false;
 };
 
-/// Brings a new name to the disk. Not every file system can; the store is whole either way.
+/// Brings a new name to the disk. Not every file system can, and a folder that may not be read is not opened;
+/// the store is whole either way.
 void syncFolderOf(const std::string& path) {
     const std::string folder = path.substr(0, path.rfind('/') + 1);
     const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (file >= 0) {
-        ::fsync(file);
-        ::close(file);
+    if (file < 0 && errno == EACCES) {
+        return;
+    }
+    const int error = file >= 0 && ::fsync(file) == 0 ? 0 : errno;
+    if (file >= 0) ::close(file);
+    if (error != 0 && error != EINVAL && error != ENOTSUP) {
+        failWithSystem(error, "The name of the new store cannot be brought to the disk");
     }
 }
 

@@ -52,6 +52,7 @@ struct SqliteOptions {
 ///
 /// A store is made whole or not at all, also when several processes make it at once. One that was being made
 /// when the process ended leaves a file with a name of the form `<name>.<random>.new` beside the path.
+/// Where the name of a new store cannot be brought to the disk, that is an IOError, and the store stays.
 PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path,
                                                                 const SqliteOptions& options = {});
 

@@ -10,9 +10,28 @@
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
+
+namespace {
+
+/// What syncing a folder comes to in this program, if it is not 0.
+int folderSyncError = 0;
+
+}  // namespace
+
+// The library takes the program's function instead of the system's.
+extern "C" __attribute__((visibility("default"))) int fsync(int file) {
+    struct stat status = {};
+    if (folderSyncError != 0 && ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) {
+        errno = folderSyncError;
+        return -1;
+    }
+    return ::fdatasync(file);
+}
 
 namespace {
 
@@ -63,6 +82,30 @@ TEST(SqliteCreation, TheJournalOfAStoreThatHasGoneIsNotTakenOver) {
         ::unlink(path.c_str());
     }
     EXPECT_FALSE(file.open()->find(provider::Path(u"f")));
+}
+
+/// Makes a store where syncing a folder comes to this error.
+void makeStoreWith(int error) {
+    folderSyncError = error;
+    std::optional<ErrorCode> code;
+    const StoreFile file;
+    try {
+        file.open();
+    } catch (const vfs::Exception& failure) {
+        code = failure.getErrorCode();
+    }
+    folderSyncError = 0;
+    const bool canSync = error != EINVAL && error != ENOTSUP;
+    EXPECT_EQ(code, canSync ? std::optional<ErrorCode>(ErrorCode::IOError) : std::nullopt);
+    EXPECT_THAT(namesIn(file.tree()), ElementsAre("store.db"));
+    EXPECT_NO_THROW(test::writeFile(*file.open(), u"f", "text"));
+}
+
+TEST(SqliteCreation, ANameThatMayNotBeOnTheDiskIsAFailure) { makeStoreWith(EIO); }
+
+TEST(SqliteCreation, AFolderThatCannotBeSyncedIsNone) {
+    makeStoreWith(EINVAL);
+    makeStoreWith(ENOTSUP);
 }
 
 TEST(SqliteCreation, AnEmptyJournalIsNotInTheWay) {
