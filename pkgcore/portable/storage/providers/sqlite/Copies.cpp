@@ -8,6 +8,8 @@
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Sweep.hpp>
 
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace foundation::storage::sqlite {
@@ -75,8 +77,8 @@ private:
     void makeTop();
     Entry requireTop(Entries& entries) const;
     bool fillSome();
-    std::int64_t copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
-                          std::vector<Entry>& large);
+    std::optional<Level> copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
+                                  std::vector<Entry>& large);
     void copyLarge(const Entry& source, std::int64_t to);
 
     SharedStore store_;
@@ -130,24 +132,24 @@ bool TreeCopy::fillSome() {
     level.last = page.back().name;
     const std::int64_t to = level.to;
     std::vector<Entry> large;
-    const std::int64_t inner = store_->write([&](Connection& connection) {
+    std::optional<Level> inner = store_->write([&](Connection& connection) {
         large.clear();
         return copyPage(connection, page, to, large);
     });
     for (const Entry& entry : large) copyLarge(entry, to);
-    if (inner != kNone) {
-        levels_.push_back({page.back().id, inner, {}});
+    if (inner) {
+        levels_.push_back(*std::move(inner));
     }
     return true;
 }
 
-/// Copies all but the large files, which are left to be copied apart. The number of the copy of the folder at
-/// the end, if there is one. What has gone meanwhile is passed over.
-std::int64_t TreeCopy::copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
-                                std::vector<Entry>& large) {
+/// Copies all but the large files, which are left to be copied apart. The level of the folder at the end, if
+/// there is one: of the one that has the name now. What has gone meanwhile is passed over.
+std::optional<TreeCopy::Level> TreeCopy::copyPage(Connection& connection, const std::vector<Entry>& page,
+                                                  std::int64_t to, std::vector<Entry>& large) {
     Entries entries(connection);
     requireTop(entries);
-    std::int64_t inner = kNone;
+    std::optional<Level> inner;
     for (const Entry& listed : page) {
         std::optional<Entry> entry = entries.find(listed.parent, listed.name);
         if (!entry || entry->kind != listed.kind) continue;
@@ -155,16 +157,17 @@ std::int64_t TreeCopy::copyPage(Connection& connection, const std::vector<Entry>
             large.push_back(*entry);
             continue;
         }
-        const std::int64_t from = entry->content;
+        const std::int64_t folder = entry->id;
+        const std::int64_t content = entry->content;
         entry->parent = to;
         entry->modified = timeOfNow();
         entry->id = connection.newNumber();
         entry->content = entry->size > 0 ? connection.newNumber() : kNoContent;
         entries.put(*entry);
         if (entry->isFolder()) {
-            inner = entry->id;
+            inner = Level{folder, entry->id, {}};
         } else {
-            copyBytes(connection, from, *entry);
+            copyBytes(connection, content, *entry);
         }
     }
     return inner;

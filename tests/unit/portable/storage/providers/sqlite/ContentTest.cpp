@@ -361,6 +361,21 @@ TEST_F(SqliteContent, ATreeThatIsCopiedIsSeenWhenItIsWhole) {
     EXPECT_EQ(orphans(), 0);
 }
 
+TEST_F(SqliteContent, AFolderThatIsReplacedWhileItIsCopiedIsCopiedAsItIsThen) {
+    for (const char16_t* const folder : {u"d", u"d/e"}) store->createFolder(Path(folder));
+    writeFile(*store, u"d/e/old", "old");
+    constexpr int kFirstPage = 2;
+    const test::BeforeChange hook(kFirstPage, [this] {
+        other->removeTree(Path(u"d/e"));
+        other->createFolder(Path(u"d/e"));
+        writeFile(*other, u"d/e/new", "new");
+    });
+    file.open()->copy(Path(u"d"), Path(u"copy"), kFail);
+    ASSERT_TRUE(hook.wasReached());
+    EXPECT_EQ(readFile(*other, u"copy/e/new"), "new");
+    EXPECT_FALSE(other->find(Path(u"copy/e/old")));
+}
+
 TEST_F(SqliteContent, AFolderIsMovedInOneRow) {
     store->createFolder(Path(u"d"));
     for (int i = 0; i < 100; ++i) {
