@@ -108,6 +108,28 @@ TEST(SqliteCreation, AFolderThatCannotBeSyncedIsNone) {
     makeStoreWith(ENOTSUP);
 }
 
+// The file that is to become the store has a longer name, and so have the files beside both.
+TEST(SqliteCreation, ANameIsAsLongAsTheFileSystemAndSqliteLetIt) {
+    for (const std::size_t length : {222U, 223U, 230U, 231U, 247U}) {
+        SCOPED_TRACE(length);
+        const test::TempTree tree(test::fastFolder());
+        const std::u16string path = tree.text(std::u16string(length, u'n'));
+        const std::string large = test::someBytes(5'000'000);
+        test::writeFile(*provider::openSqliteProvider(path), u"f", large);
+        EXPECT_TRUE(test::readFile(*provider::openSqliteProvider(path), u"f") == large);
+        EXPECT_THAT(namesIn(tree), ElementsAre(std::string(length, 'n')));
+    }
+}
+
+TEST(SqliteCreation, AStoreWhoseJournalWouldHaveNoNameIsNotMade) {
+    for (const std::size_t length : {248U, 255U}) {
+        const test::TempTree tree(test::fastFolder());
+        const std::u16string path = tree.text(std::u16string(length, u'n'));
+        PKGCORE_EXPECT_FAILURE(NotSupported, provider::openSqliteProvider(path));
+        EXPECT_TRUE(namesIn(tree).empty());
+    }
+}
+
 TEST(SqliteCreation, AnEmptyJournalIsNotInTheWay) {
     const StoreFile file;
     test::makeFile(file.native() + "-journal");
