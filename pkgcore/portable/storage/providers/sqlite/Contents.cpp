@@ -43,9 +43,16 @@ bool isLarge(const Entry& file) noexcept { return !file.isFolder() && file.size 
 
 std::int64_t chunkCount(std::int64_t size) noexcept { return size / kChunk + (size % kChunk == 0 ? 0 : 1); }
 
-void Contents::putChunk(std::int64_t content, std::int64_t index, std::string_view bytes) {
+std::int64_t Contents::putChunk(std::int64_t content, std::int64_t index, std::string_view bytes) {
     const std::int64_t id = chunkId(content, index);
-    run(connection_.statement(Sql::PutChunk), id, connection_.sealer().seal(id, bytes), bytes);
+    const std::int64_t seal = connection_.sealer().seal(id, bytes);
+    run(connection_.statement(Sql::PutChunk), id, seal, bytes);
+    return seal;
+}
+
+bool Contents::hasChunk(std::int64_t content, std::int64_t index, std::int64_t seal) {
+    Query row(connection_.statement(Sql::ChunkSeal), chunkId(content, index));
+    return row.step() && row.integer(0) == seal;
 }
 
 void Contents::readChunk(std::int64_t content, std::int64_t index, char* out, std::size_t size) {

@@ -27,7 +27,11 @@ class Contents {
 public:
     explicit Contents(Connection& connection) noexcept : connection_(connection) {}
 
-    void putChunk(std::int64_t content, std::int64_t index, std::string_view bytes);
+    /// Returns the seal.
+    std::int64_t putChunk(std::int64_t content, std::int64_t index, std::string_view bytes);
+
+    /// Whether a chunk is there with this seal; its bytes are not read.
+    bool hasChunk(std::int64_t content, std::int64_t index, std::int64_t seal);
 
     /// The first `size` bytes of a chunk that has as many or, while the file is being appended to, more.
     void readChunk(std::int64_t content, std::int64_t index, char* out, std::size_t size);

@@ -3,10 +3,13 @@
 #include <pkgcore/portable/storage/providers/sqlite/Changes.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Contents.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Draft.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Names.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/OpenFile.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Sweep.hpp>
 
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace foundation::storage::sqlite {
@@ -19,6 +22,9 @@ namespace {
 
 /// So many entries are copied in one transaction.
 constexpr std::int64_t kCopiedAtOnce = 64;
+
+/// Of a copy that is being made.
+constexpr std::u16string_view kTopName = u"copy";
 
 void copyFile(const SharedStore& store, const Path& from, const Path& to, ReplacementPolicy policy) {
     OpenFile source(store, from);
@@ -42,8 +48,9 @@ void copyBytes(Connection& connection, std::int64_t from, const Entry& copy) {
     contents.putChunk(copy.content, 0, bytes);
 }
 
-/// A copy of a folder that is being made where nobody looks. Holds the way down in memory, and a page of
-/// entries.
+/// A copy of a folder that is being made where nobody looks: as the one entry of an orphaned folder, its
+/// cradle. Sweeping begins with that entry, so that while it is there the copy is whole. Holds the way down
+/// in memory, and a page of entries.
 class TreeCopy {
 public:
     explicit TreeCopy(SharedStore store) : store_(std::move(store)) { makeTop(); }
@@ -68,12 +75,14 @@ private:
     };
 
     void makeTop();
+    Entry requireTop(Entries& entries) const;
     bool fillSome();
-    std::int64_t copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
-                          std::vector<Entry>& large);
+    std::optional<Level> copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
+                                  std::vector<Entry>& large);
     void copyLarge(const Entry& source, std::int64_t to);
 
     SharedStore store_;
+    std::int64_t cradle_ = 0;
     std::int64_t top_ = 0;
     Pin pin_;
     bool isPublished_ = false;
@@ -81,12 +90,23 @@ private:
 };
 
 void TreeCopy::makeTop() {
-    top_ = store_->write([this](Connection& connection) {
-        const std::int64_t folder = connection.newNumber();
-        pin_ = store_->pins().pin(folder);
-        Contents(connection).putOrphan({folder, Orphan::Kind::Folder, 0});
-        return folder;
+    store_->write([this](Connection& connection) {
+        cradle_ = connection.newNumber();
+        top_ = connection.newNumber();
+        pin_ = store_->pins().pin(cradle_);
+        Contents(connection).putOrphan({cradle_, Orphan::Kind::Folder, 0});
+        Entries(connection)
+            .put({cradle_, encodeName(kTopName), top_, Kind::Folder, true, timeOfNow(), 0, kNoContent});
     });
+}
+
+/// The pin keeps it; but not everybody may see that.
+Entry TreeCopy::requireTop(Entries& entries) const {
+    std::optional<Entry> top = entries.find(cradle_, encodeName(kTopName));
+    if (!top) {
+        failSwept();
+    }
+    return *std::move(top);
 }
 
 void TreeCopy::fill(const Entry& source) {
@@ -112,23 +132,24 @@ bool TreeCopy::fillSome() {
     level.last = page.back().name;
     const std::int64_t to = level.to;
     std::vector<Entry> large;
-    const std::int64_t inner = store_->write([&](Connection& connection) {
+    std::optional<Level> inner = store_->write([&](Connection& connection) {
         large.clear();
         return copyPage(connection, page, to, large);
     });
     for (const Entry& entry : large) copyLarge(entry, to);
-    if (inner != kNone) {
-        levels_.push_back({page.back().id, inner, {}});
+    if (inner) {
+        levels_.push_back(*std::move(inner));
     }
     return true;
 }
 
-/// Copies all but the large files, which are left to be copied apart. The number of the copy of the folder at
-/// the end, if there is one. What has gone meanwhile is passed over.
-std::int64_t TreeCopy::copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
-                                std::vector<Entry>& large) {
+/// Copies all but the large files, which are left to be copied apart. The level of the folder at the end, if
+/// there is one: of the one that has the name now. What has gone meanwhile is passed over.
+std::optional<TreeCopy::Level> TreeCopy::copyPage(Connection& connection, const std::vector<Entry>& page,
+                                                  std::int64_t to, std::vector<Entry>& large) {
     Entries entries(connection);
-    std::int64_t inner = kNone;
+    requireTop(entries);
+    std::optional<Level> inner;
     for (const Entry& listed : page) {
         std::optional<Entry> entry = entries.find(listed.parent, listed.name);
         if (!entry || entry->kind != listed.kind) continue;
@@ -136,16 +157,17 @@ std::int64_t TreeCopy::copyPage(Connection& connection, const std::vector<Entry>
             large.push_back(*entry);
             continue;
         }
-        const std::int64_t from = entry->content;
+        const std::int64_t folder = entry->id;
+        const std::int64_t content = entry->content;
         entry->parent = to;
         entry->modified = timeOfNow();
         entry->id = connection.newNumber();
         entry->content = entry->size > 0 ? connection.newNumber() : kNoContent;
         entries.put(*entry);
         if (entry->isFolder()) {
-            inner = entry->id;
+            inner = Level{folder, entry->id, {}};
         } else {
-            copyBytes(connection, from, *entry);
+            copyBytes(connection, content, *entry);
         }
     }
     return inner;
@@ -158,7 +180,8 @@ void TreeCopy::copyLarge(const Entry& source, std::int64_t to) {
     }
     Draft draft(store_);
     draft.copyFrom(*file);
-    draft.publish([&](Entries& /*entries*/) {
+    draft.publish([&](Entries& entries) {
+        requireTop(entries);
         return Place{to, source.name, std::nullopt, file->entry().isWritable};
     });
 }
@@ -168,9 +191,10 @@ void TreeCopy::publish(const Path& to, ReplacementPolicy policy, bool isWritable
         Entries entries(connection);
         Contents contents(connection);
         const Place place = placeFor(entries, to, Kind::Folder, policy);
+        entries.erase(requireTop(entries));
         if (place.old) contents.retire(*place.old);
         entries.put({place.folder, place.name, top_, Kind::Folder, isWritable, timeOfNow(), 0, kNoContent});
-        contents.eraseOrphan(top_);
+        contents.eraseOrphan(cradle_);
     });
     isPublished_ = true;
     pin_.release();

@@ -2,30 +2,46 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Recognition.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <random>
+#include <string_view>
 #include <utility>
 
 namespace foundation::storage::sqlite {
 
 namespace {
 
+/// Of file systems, in bytes.
+constexpr std::size_t kMaxFileName = 255;
+
+/// What SQLite adds to the name of the file.
+constexpr std::string_view kJournal = "-journal";
+
+std::size_t lengthOfName(const std::string& path) { return path.size() - (path.rfind('/') + 1); }
+
+std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
 /// Beside the path, so that it can be given the name.
 std::string freshName(const std::string& path) {
     constexpr char kDigits[] = "0123456789abcdefghijklmnopqrstuv";
-    constexpr int kLength = 20;
+    constexpr std::size_t kLength = 20;
+    constexpr std::string_view kEnding = ".new";
+    constexpr std::size_t kAdded = 1 + kLength + kEnding.size() + kJournal.size();
+    const bool isLong = lengthOfName(path) > kMaxFileName - kAdded;
     std::random_device source;
-    std::string name = path + '.';
-    for (int i = 0; i < kLength; ++i) {
+    std::string name = (isLong ? folderOf(path) + "store" : path) + '.';
+    for (std::size_t i = 0; i < kLength; ++i) {
         name += kDigits[source() % 32];
     }
-    return name + ".new";
+    return name.append(kEnding);
 }
 
 /// A file that goes away, with its journal, unless it was given its name.
@@ -35,7 +51,7 @@ public:
     ~NewFile() {
         if (!isNamed_) {
             ::unlink(path_.c_str());
-            ::unlink((path_ + "-journal").c_str());
+            ::unlink(path_.append(kJournal).c_str());
         }
     }
     NewFile(const NewFile&) = delete;
@@ -70,25 +86,50 @@ private:
     bool isNamed_ = false;
 };
 
-/// Brings a new name to the disk. Not every file system can; the store is whole either way.
+/// Brings a new name to the disk. Not every file system can, and a folder that may not be read is not opened;
+/// the store is whole either way.
 void syncFolderOf(const std::string& path) {
-    const std::string folder = path.substr(0, path.rfind('/') + 1);
-    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (file >= 0) {
-        ::fsync(file);
-        ::close(file);
+    const int file = ::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file < 0 && errno == EACCES) {
+        return;
+    }
+    const int error = file >= 0 && ::fsync(file) == 0 ? 0 : errno;
+    if (file >= 0) ::close(file);
+    if (error != 0 && error != EINVAL && error != ENOTSUP) {
+        failWithSystem(error, "The name of the new store cannot be brought to the disk");
+    }
+}
+
+bool holdsSomething(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && status.st_size > 0;
+}
+
+/// SQLite would bring what is in the journal of a store that has gone into the new one.
+void requireNoJournal(const std::string& path) {
+    for (const char* const ending : {"-journal", "-wal"}) {
+        const bool isInTheWay = holdsSomething(path + ending) && look(path) == Found::Nothing;
+        if (isInTheWay) {
+            fail(vfs::ErrorCode::NotRecoverable,
+                 "No store can be made beside the journal of one that has gone: " + path + ending);
+        }
     }
 }
 
 }  // namespace
 
 bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {
+    if (lengthOfName(path) > kMaxFileName - kJournal.size()) {
+        fail(vfs::ErrorCode::NotSupported,
+             "The name of the store is too long: its journal needs a longer one");
+    }
     NewFile file(freshName(path));
     {
         Connection connection(file.path(), Access::Create, busyTime);
         connection.execute("PRAGMA synchronous = FULL");
         createSchema(connection);
     }
+    requireNoJournal(path);
     const bool isCreated = file.giveName(path);
     if (isCreated) {
         syncFolderOf(path);

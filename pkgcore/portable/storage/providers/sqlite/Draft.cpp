@@ -65,14 +65,26 @@ void Draft::write(const char* bytes, std::size_t count) {
     }
 }
 
-/// The first so many bytes of the buffer.
-void Draft::putChunks(Connection& connection, std::int64_t content, std::size_t bytes) const {
+/// What is claimed has a pin; but not everybody may see it. Sweeping begins with the last chunk, and the same
+/// orphan may be that of somebody else by now, who continues the same content.
+void Draft::requireUnswept(Connection& connection) const {
+    Contents contents(connection);
+    if (isClaimed_ &&
+        !(contents.findOrphan(content_) && contents.hasChunk(content_, stored_ - 1, lastSeal_))) {
+        failSwept();
+    }
+}
+
+/// The first so many bytes of the buffer; returns the seal of the last chunk.
+std::int64_t Draft::putChunks(Connection& connection, std::int64_t content, std::size_t bytes) const {
     const std::string_view all = std::string_view(buffer_).substr(0, bytes);
     Contents contents(connection);
     std::int64_t index = stored_;
+    std::int64_t seal = 0;
     for (std::size_t at = 0; at < all.size(); at += kChunkSize) {
-        contents.putChunk(content, index++, all.substr(at, kChunkSize));
+        seal = contents.putChunk(content, index++, all.substr(at, kChunkSize));
     }
+    return seal;
 }
 
 /// After a transaction was committed.
@@ -95,6 +107,7 @@ void Draft::pinNew(Stored& stored) const {
 
 /// Claims the content, if that is not done yet, and stores what is in the buffer.
 Draft::Stored Draft::trySpill(Connection& connection) const {
+    requireUnswept(connection);
     Contents contents(connection);
     Stored stored;
     stored.entry.content = content_ == kNoContent ? connection.newNumber() : content_;
@@ -110,7 +123,7 @@ Draft::Stored Draft::trySpill(Connection& connection) const {
         }
         contents.putOrphan({content_, Orphan::Kind::Content, chunkCount(base_->size)});
     }
-    putChunks(connection, stored.entry.content, fullSize(buffer_.size()));
+    stored.lastSeal = putChunks(connection, stored.entry.content, fullSize(buffer_.size()));
     stored.isDone = true;
     return stored;
 }
@@ -123,6 +136,7 @@ void Draft::spill() {
     }
     keep(stored);
     isClaimed_ = true;
+    lastSeal_ = stored.lastSeal;
 }
 
 /// Goes on with a content of its own that has the same bytes.
@@ -140,10 +154,12 @@ void Draft::detach() {
     std::swap(base_, copy.base_);
     std::swap(isClaimed_, copy.isClaimed_);
     std::swap(stored_, copy.stored_);
+    std::swap(lastSeal_, copy.lastSeal_);
     std::swap(buffer_, copy.buffer_);
 }
 
 Draft::Stored Draft::tryPublish(Connection& connection, const Find& find) const {
+    requireUnswept(connection);
     Entries entries(connection);
     Contents contents(connection);
     const Place place = find(entries);

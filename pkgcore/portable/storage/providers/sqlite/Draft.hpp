@@ -56,6 +56,7 @@ private:
         Entry entry;
         Pin pin;  ///< empty if the draft has one already
         bool leavesOrphan = false;
+        std::int64_t lastSeal = 0;  ///< of the last chunk that was put
     };
 
     std::int64_t size() const noexcept;
@@ -64,7 +65,8 @@ private:
     void spill();
     Stored trySpill(Connection& connection) const;
     Stored tryPublish(Connection& connection, const Find& find) const;
-    void putChunks(Connection& connection, std::int64_t content, std::size_t bytes) const;
+    void requireUnswept(Connection& connection) const;
+    std::int64_t putChunks(Connection& connection, std::int64_t content, std::size_t bytes) const;
     void keep(Stored& stored);
     void detach();
 
@@ -74,6 +76,7 @@ private:
     std::optional<Entry> base_;  ///< the published state that is continued
     bool isClaimed_ = false;     ///< the orphan of this number is ours
     std::int64_t stored_ = 0;    ///< so many chunks are stored and full
+    std::int64_t lastSeal_ = 0;  ///< of the last one of them, once the content is claimed
     std::string buffer_;         ///< what comes behind them
 };
 

@@ -33,7 +33,8 @@ const char* textOf(Sql sql) noexcept {
         case Sql::GuardedFolders:
             return "SELECT 1 FROM entry WHERE kind = 1 AND writable = 0 LIMIT 1";
         case Sql::GuardedTree:
-            return "WITH RECURSIVE tree(id, writable) AS (SELECT ?1, ?2 UNION ALL SELECT e.id, "
+            // Not UNION ALL: rows that are damaged may go round in a circle.
+            return "WITH RECURSIVE tree(id, writable) AS (SELECT ?1, ?2 UNION SELECT e.id, "
                    "e.writable "
                    "FROM tree JOIN entry e ON e.parent = tree.id WHERE e.kind = 1) "
                    "SELECT 1 FROM tree WHERE writable = 0 AND EXISTS "
@@ -42,6 +43,8 @@ const char* textOf(Sql sql) noexcept {
             return "SELECT seal, bytes FROM chunk WHERE id = ?1";
         case Sql::PutChunk:
             return "REPLACE INTO chunk(id, seal, bytes) VALUES(?1, ?2, ?3)";
+        case Sql::ChunkSeal:
+            return "SELECT seal FROM chunk WHERE id = ?1";
         case Sql::LastChunk:
             return "SELECT max(id) FROM chunk WHERE id >= ?1 AND id <= ?2";
         case Sql::EraseChunks:

@@ -21,6 +21,7 @@ enum class Sql : unsigned char {
     GuardedTree,
     ReadChunk,
     PutChunk,
+    ChunkSeal,
     LastChunk,
     EraseChunks,
     FindOrphan,

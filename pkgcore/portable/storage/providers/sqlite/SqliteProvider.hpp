@@ -47,11 +47,12 @@ struct SqliteOptions {
 /// - NotSupported for what is no store: a folder, a text, an empty file, the database of another program, and
 /// a
 ///   store of a newer version. The message says what was found;
-/// - NotRecoverable for a store that is cut off or damaged;
+/// - NotRecoverable for a store that is cut off or damaged, and for the journal of one that has gone;
 /// - AccessDenied or ReadOnlyStorage where it is to be written and may not be; TemporarilyBusy.
 ///
 /// A store is made whole or not at all, also when several processes make it at once. One that was being made
 /// when the process ended leaves a file with a name of the form `<name>.<random>.new` beside the path.
+/// Where the name of a new store cannot be brought to the disk, that is an IOError, and the store stays.
 PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path,
                                                                 const SqliteOptions& options = {});
 

@@ -63,10 +63,11 @@ void setJournal(Connection& connection, SqliteDurability durability, Millisecond
 }
 
 /// With the rollback journal, EXTRA brings its end to the disk, too; otherwise an acknowledged change might
-/// be rolled back after all.
+/// be rolled back after all. NORMAL would bring the pages in it to the disk together with its header: after
+/// the loss of power half a page may be rolled back, for its checksum sees few of the bytes.
 const char* durabilityPragma(SqliteDurability durability) noexcept {
     if (durability == SqliteDurability::Normal) {
-        return "PRAGMA synchronous = NORMAL";
+        return hasSafeLog() ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL";
     }
     return hasSafeLog() ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = EXTRA";
 }

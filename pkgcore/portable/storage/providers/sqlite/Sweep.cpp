@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Contents.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Entries.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Store.hpp>
 
 #include <exception>
@@ -125,6 +126,11 @@ void sweepContent(Store& store, std::int64_t number) noexcept {
             sweepAll(store);
         }
     });
+}
+
+void failSwept() {
+    fail(vfs::ErrorCode::IOError,
+         "What was being written was erased by somebody who does not see the file of locks beside the store");
 }
 
 }  // namespace foundation::storage::sqlite

@@ -4,16 +4,19 @@
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/storage/BeforeChange.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
 
 namespace {
 
+namespace vfs = foundation::storage::vfs;
 using namespace foundation::storage::conformance;
 using foundation::storage::provider::Path;
 using foundation::storage::provider::Provider;
@@ -88,6 +91,74 @@ TEST_F(SqliteContent, AWriterAtWorkIsNotSweptAway) {
     third->remove(Path(u"large"));
     writer->commit();
     EXPECT_EQ(readFile(*third, u"huge"), huge);
+}
+
+/// A store whose pins nobody sees who opens it from now on.
+class SqliteContentWithoutPins : public SqliteContent {
+protected:
+    /// Opens it once more, which erases what seems to be left behind.
+    std::shared_ptr<Provider> openUnaware() {
+        EXPECT_EQ(::unlink((file.native() + "-pins").c_str()), 0);
+        return file.open();
+    }
+};
+
+TEST_F(SqliteContentWithoutPins, WhatIsSweptAwayIsNotPublished) {
+    auto writer = beginFile(*store, u"huge", huge);
+    const auto third = openUnaware();
+    ASSERT_EQ(orphans(), 0);
+    PKGCORE_EXPECT_FAILURE(IOError, writer->commit());
+    PKGCORE_EXPECT_FAILURE(IOError, writer->write(huge.data(), huge.size()));
+    EXPECT_FALSE(third->find(Path(u"huge")));
+    writer.reset();
+    writeFile(*store, u"huge", huge);
+    EXPECT_EQ(readFile(*third, u"huge"), huge);
+}
+
+TEST_F(SqliteContentWithoutPins, NoOrphanIsContinuedOfWhichAPartIsGone) {
+    auto writer = beginFile(*store, u"huge", huge);
+    raw().run("DELETE FROM chunk WHERE id = (SELECT max(id) FROM chunk)");
+    PKGCORE_EXPECT_FAILURE(IOError, writer->write(huge.data(), huge.size()));
+    PKGCORE_EXPECT_FAILURE(IOError, writer->commit());
+    writer.reset();
+    EXPECT_EQ(orphans(), 0);
+}
+
+TEST_F(SqliteContentWithoutPins, TheBytesOfAnotherAppenderAreNotTakenForTheOwn) {
+    const std::string mine(kHuge, 'm');
+    const std::string yours(kHuge, 'y');
+    auto writer = beginFile(*store, u"large", mine, WriteMode::Append);
+    const auto third = openUnaware();
+    auto unaware = beginFile(*third, u"large", yours, WriteMode::Append);
+    PKGCORE_EXPECT_FAILURE(IOError, writer->commit());
+    unaware->commit();
+    EXPECT_TRUE(readFile(*store, u"large") == large + yours);
+}
+
+TEST_F(SqliteContentWithoutPins, ACopyOfAFolderThatIsSweptAwayIsNotPublished) {
+    store->createFolder(Path(u"d"));
+    for (char16_t name = u'a'; name <= u'c'; ++name) {
+        store->createFolder(Path(std::u16string(u"d/") + name));
+        writeFile(*store, std::u16string(u"d/") + name + u"/f", "text");
+        writeFile(*store, std::u16string(u"d/") + name + u"/large", large);
+    }
+    bool isPublished = false;
+    for (int change = 2; !isPublished; ++change) {
+        SCOPED_TRACE(change);
+        const test::BeforeChange hook(change, [this] { openUnaware(); });
+        const auto copier = file.open();
+        try {
+            copier->copy(Path(u"d"), Path(u"copy"), kFail);
+            isPublished = true;
+        } catch (const vfs::Exception& failure) {
+            EXPECT_EQ(failure.getErrorCode(), ErrorCode::IOError) << failure.what();
+        }
+        EXPECT_EQ(hook.wasReached(), !isPublished);
+        EXPECT_EQ(store->find(Path(u"copy")).has_value(), isPublished);
+        EXPECT_EQ(orphans(), 0);
+        EXPECT_EQ(raw().count("entry WHERE parent <> 0 AND parent NOT IN (SELECT id FROM entry)"), 0);
+    }
+    EXPECT_EQ(readFile(*store, u"copy/c/large"), large);
 }
 
 TEST_F(SqliteContent, AReaderKeepsWhatIsRemovedAndThenItGoes) {
@@ -288,6 +359,21 @@ TEST_F(SqliteContent, ATreeThatIsCopiedIsSeenWhenItIsWhole) {
                   readFile(*other, std::u16string(u"d/e/") + name));
     }
     EXPECT_EQ(orphans(), 0);
+}
+
+TEST_F(SqliteContent, AFolderThatIsReplacedWhileItIsCopiedIsCopiedAsItIsThen) {
+    for (const char16_t* const folder : {u"d", u"d/e"}) store->createFolder(Path(folder));
+    writeFile(*store, u"d/e/old", "old");
+    constexpr int kFirstPage = 2;
+    const test::BeforeChange hook(kFirstPage, [this] {
+        other->removeTree(Path(u"d/e"));
+        other->createFolder(Path(u"d/e"));
+        writeFile(*other, u"d/e/new", "new");
+    });
+    file.open()->copy(Path(u"d"), Path(u"copy"), kFail);
+    ASSERT_TRUE(hook.wasReached());
+    EXPECT_EQ(readFile(*other, u"copy/e/new"), "new");
+    EXPECT_FALSE(other->find(Path(u"copy/e/old")));
 }
 
 TEST_F(SqliteContent, AFolderIsMovedInOneRow) {

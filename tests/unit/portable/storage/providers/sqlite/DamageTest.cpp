@@ -136,6 +136,21 @@ TEST(SqliteDamageElsewhere, WhatIsReadInPiecesIsCheckedToo) {
     EXPECT_EQ(whole.substr(0, 65'536), kLarge.substr(0, 65'536));
 }
 
+// Folders that are guarded are looked for in rows that nobody has verified.
+TEST(SqliteDamageElsewhere, AFolderThatSeemsToHoldItselfIsRemoved) {
+    const test::StoreFile file;
+    {
+        const auto store = file.open();
+        for (const char16_t* const folder : {u"d", u"d/e", u"guarded"}) store->createFolder(Path(folder));
+        store->setWritable(Path(u"guarded"), false);
+    }
+    test::RawDatabase(file.native()).run("UPDATE entry SET id = parent WHERE name = CAST('e' AS BLOB)");
+    const auto store = file.open();
+    store->removeTree(Path(u"d"));
+    EXPECT_FALSE(store->find(Path(u"d")));
+    EXPECT_TRUE(store->find(Path(u"guarded")));
+}
+
 TEST(SqliteDamageElsewhere, NothingIsErasedThatTheListOfOrphansOnlySeemsToName) {
     const test::StoreFile file;
     writeFile(*file.open(), u"f", kLarge);

@@ -1,0 +1,140 @@
+// A store that is made, and what may be in the way of that.
+
+#include <pkgcore/portable/storage/providers/sqlite/SqliteProvider.hpp>
+
+#include <pkgcore/testing/conformance/ConformanceTest.hpp>
+
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/storage/ProviderCalls.hpp"
+#include "tests/support/storage/RawDatabase.hpp"
+#include "tests/support/storage/StoreFile.hpp"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+namespace {
+
+/// What syncing a folder comes to in this program, if it is not 0.
+int folderSyncError = 0;
+
+}  // namespace
+
+// The library takes the program's function instead of the system's.
+extern "C" __attribute__((visibility("default"))) int fsync(int file) {
+    struct stat status = {};
+    if (folderSyncError != 0 && ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) {
+        errno = folderSyncError;
+        return -1;
+    }
+    return ::fdatasync(file);
+}
+
+namespace {
+
+using namespace foundation::storage;
+using namespace foundation::storage::conformance;
+using test::StoreFile;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// Opening fails with this code and message.
+void expectRefused(const StoreFile& file, ErrorCode code, const std::string& message) {
+    try {
+        file.open();
+        ADD_FAILURE() << "it was opened";
+    } catch (const vfs::Exception& failure) {
+        EXPECT_EQ(failure.getErrorCode(), code) << failure.what();
+        EXPECT_THAT(failure.what(), HasSubstr(message));
+    }
+}
+
+std::vector<std::string> namesIn(const test::TempTree& tree) {
+    std::vector<std::string> names;
+    for (const auto& item : std::filesystem::directory_iterator(tree.path())) {
+        names.push_back(item.path().filename());
+    }
+    return names;
+}
+
+/// The journal of a change of the store that is going on, as a process leaves it that is killed.
+std::string hotJournalOf(const StoreFile& file) {
+    test::writeFile(*file.open(), u"f", test::someBytes(300'000));
+    test::RawDatabase database(file.native());
+    database.run("PRAGMA cache_size = 1; BEGIN; UPDATE chunk SET bytes = zeroblob(65536)");
+    return test::contentOf(file.native() + "-journal");
+}
+
+TEST(SqliteCreation, TheJournalOfAStoreThatHasGoneIsNotTakenOver) {
+    const StoreFile file;
+    const std::string journal = hotJournalOf(file);
+    ASSERT_GT(journal.size(), 100'000U);
+    ::unlink(file.native().c_str());
+    for (const std::string name : {"store.db-journal", "store.db-wal"}) {
+        const std::string path = file.tree() / name;
+        test::makeFile(path, journal);
+        expectRefused(file, ErrorCode::NotRecoverable, path);
+        EXPECT_THAT(namesIn(file.tree()), ElementsAre(name));
+        EXPECT_TRUE(test::contentOf(path) == journal);
+        ::unlink(path.c_str());
+    }
+    EXPECT_FALSE(file.open()->find(provider::Path(u"f")));
+}
+
+/// Makes a store where syncing a folder comes to this error.
+void makeStoreWith(int error) {
+    folderSyncError = error;
+    std::optional<ErrorCode> code;
+    const StoreFile file;
+    try {
+        file.open();
+    } catch (const vfs::Exception& failure) {
+        code = failure.getErrorCode();
+    }
+    folderSyncError = 0;
+    const bool canSync = error != EINVAL && error != ENOTSUP;
+    EXPECT_EQ(code, canSync ? std::optional<ErrorCode>(ErrorCode::IOError) : std::nullopt);
+    EXPECT_THAT(namesIn(file.tree()), ElementsAre("store.db"));
+    EXPECT_NO_THROW(test::writeFile(*file.open(), u"f", "text"));
+}
+
+TEST(SqliteCreation, ANameThatMayNotBeOnTheDiskIsAFailure) { makeStoreWith(EIO); }
+
+TEST(SqliteCreation, AFolderThatCannotBeSyncedIsNone) {
+    makeStoreWith(EINVAL);
+    makeStoreWith(ENOTSUP);
+}
+
+// The file that is to become the store has a longer name, and so have the files beside both.
+TEST(SqliteCreation, ANameIsAsLongAsTheFileSystemAndSqliteLetIt) {
+    for (const std::size_t length : {222U, 223U, 230U, 231U, 247U}) {
+        SCOPED_TRACE(length);
+        const test::TempTree tree(test::fastFolder());
+        const std::u16string path = tree.text(std::u16string(length, u'n'));
+        const std::string large = test::someBytes(5'000'000);
+        test::writeFile(*provider::openSqliteProvider(path), u"f", large);
+        EXPECT_TRUE(test::readFile(*provider::openSqliteProvider(path), u"f") == large);
+        EXPECT_THAT(namesIn(tree), ElementsAre(std::string(length, 'n')));
+    }
+}
+
+TEST(SqliteCreation, AStoreWhoseJournalWouldHaveNoNameIsNotMade) {
+    for (const std::size_t length : {248U, 255U}) {
+        const test::TempTree tree(test::fastFolder());
+        const std::u16string path = tree.text(std::u16string(length, u'n'));
+        PKGCORE_EXPECT_FAILURE(NotSupported, provider::openSqliteProvider(path));
+        EXPECT_TRUE(namesIn(tree).empty());
+    }
+}
+
+TEST(SqliteCreation, AnEmptyJournalIsNotInTheWay) {
+    const StoreFile file;
+    test::makeFile(file.native() + "-journal");
+    test::writeFile(*file.open(), u"f", "text");
+    EXPECT_EQ(test::readFile(*file.open(), u"f"), "text");
+}
+
+}  // namespace
