@@ -42,7 +42,7 @@ Connection::Connection(const std::string& path, Access access, Milliseconds busy
         throw std::bad_alloc();
     }
     if (result != SQLITE_OK) {
-        failWith(handle, result);
+        failToOpen(handle, result);
     }
     configure();
 }

@@ -12,16 +12,13 @@ using vfs::ErrorCode;
 
 namespace {
 
-/// Of a file that could not be opened, read, written or named.
-ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
+/// Of a file that could not be opened, read, written or named. That it is missing is no news of what is in
+/// the store.
+ErrorCode codeOfSystem(int error) noexcept {
     switch (error) {
         case EACCES:
         case EPERM:
             return ErrorCode::AccessDenied;
-        case ENOENT:
-        case ENOTDIR:
-        case ENAMETOOLONG:
-            return ErrorCode::NotFound;
         case EEXIST:
             return ErrorCode::AlreadyExists;
         case EROFS:
@@ -35,7 +32,19 @@ ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
         case EDQUOT:
             return ErrorCode::NoSpace;
         default:
-            return otherwise;
+            return ErrorCode::IOError;
+    }
+}
+
+/// Of a store that could not be reached.
+ErrorCode codeOfOpening(int error) noexcept {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+        case ENAMETOOLONG:
+            return ErrorCode::NotFound;
+        default:
+            return codeOfSystem(error);
     }
 }
 
@@ -81,6 +90,12 @@ int systemErrorOf(sqlite3* connection, int result) {
     return sqlite3_system_errno(connection);
 }
 
+void throwIfMemory(int result) {
+    if ((result & 0xFF) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) {
+        throw std::bad_alloc();
+    }
+}
+
 }  // namespace
 
 void fail(ErrorCode code) { throw vfs::Exception(code, vfs::AbsoluteIRI()); }
@@ -92,7 +107,11 @@ void failDamaged(const char* what) {
 }
 
 void failWithSystem(int error, const char* what) {
-    fail(codeOfSystem(error, ErrorCode::IOError), std::string(what) + ": " + std::strerror(error));
+    fail(codeOfOpening(error), std::string(what) + ": " + std::strerror(error));
+}
+
+void failInUse(int error, const char* what) {
+    fail(codeOfSystem(error), std::string(what) + ": " + std::strerror(error));
 }
 
 ErrorCode storageCode(int result, int systemError) noexcept {
@@ -112,7 +131,7 @@ ErrorCode storageCode(int result, int systemError) noexcept {
             return ErrorCode::AccessDenied;
         case SQLITE_CANTOPEN:
         case SQLITE_IOERR:
-            return codeOfSystem(systemError, ErrorCode::IOError);
+            return codeOfSystem(systemError);
         // The statements are fixed and the schema was checked: what does not fit them is damage.
         case SQLITE_CORRUPT:
         case SQLITE_NOTADB:
@@ -126,10 +145,15 @@ ErrorCode storageCode(int result, int systemError) noexcept {
 }
 
 void failWith(sqlite3* connection, int result) {
-    if ((result & 0xFF) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) {
-        throw std::bad_alloc();
-    }
+    throwIfMemory(result);
     fail(storageCode(result, systemErrorOf(connection, result)), messageOf(connection, result));
+}
+
+void failToOpen(sqlite3* connection, int result) {
+    throwIfMemory(result);
+    const int error = sqlite3_system_errno(connection);
+    const bool isOpening = (result & 0xFF) == SQLITE_CANTOPEN;
+    fail(isOpening ? codeOfOpening(error) : storageCode(result, error), messageOf(connection, result));
 }
 
 }  // namespace foundation::storage::sqlite

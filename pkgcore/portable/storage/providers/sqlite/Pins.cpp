@@ -37,7 +37,7 @@ bool setLock(int file, short type, std::int64_t start, std::int64_t length = 1) 
     return ::fcntl(file, F_OFD_SETLK, &lock) == 0;
 }
 
-[[noreturn]] void failAt(int error) { failWithSystem(error, "The file of locks beside the store"); }
+[[noreturn]] void failAt(int error) { failInUse(error, "The file of locks beside the store"); }
 
 bool isAt(int file, const std::string& path) {
     struct stat opened = {};

@@ -158,6 +158,17 @@ void Store::requireWritable() const {
     }
 }
 
+/// That the store has gone must not look as if an item were not there.
+std::unique_ptr<Connection> Store::connect() const {
+    try {
+        const Access access = options_.isReadOnly ? Access::Read : Access::Write;
+        return std::make_unique<Connection>(path_, access, options_.busyTime);
+    } catch (const vfs::Exception& failure) {
+        if (failure.getErrorCode() != ErrorCode::NotFound) throw;
+        fail(ErrorCode::IOError, "The store has gone");
+    }
+}
+
 std::unique_ptr<Connection> Store::take() {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -167,8 +178,7 @@ std::unique_ptr<Connection> Store::take() {
             return connection;
         }
     }
-    const Access access = options_.isReadOnly ? Access::Read : Access::Write;
-    auto connection = std::make_unique<Connection>(path_, access, options_.busyTime);
+    std::unique_ptr<Connection> connection = connect();
     connection->execute(kTuning);
     prepareToWrite(*connection);
     Transaction transaction(*connection, Access::Read);

@@ -81,6 +81,7 @@ private:
     }
 
     void prepareToWrite(Connection& connection) const;
+    std::unique_ptr<Connection> connect() const;
     std::unique_ptr<Connection> take();
     void giveBack(std::unique_ptr<Connection> connection) noexcept;
 
