@@ -48,7 +48,16 @@ ErrorCode codeOfOpening(int error) noexcept {
     }
 }
 
+/// The journal of a process that has ended is to be brought in, which is a change.
+bool isCutOff(int result) noexcept {
+    return result == SQLITE_READONLY_ROLLBACK || result == SQLITE_READONLY_RECOVERY ||
+           result == SQLITE_READONLY_CANTINIT;
+}
+
 ErrorCode codeOfReadOnly(int result) noexcept {
+    if (isCutOff(result)) {
+        return ErrorCode::IOError;
+    }
     switch (result) {
         case SQLITE_READONLY_DIRECTORY:
             return ErrorCode::AccessDenied;
@@ -60,7 +69,8 @@ ErrorCode codeOfReadOnly(int result) noexcept {
 }
 
 std::string messageOf(sqlite3* connection, int result) {
-    std::string message = "SQLite: ";
+    std::string message = isCutOff(result) ? "A change was cut off: open the store once for writing. " : "";
+    message += "SQLite: ";
     message += sqlite3_errstr(result);
     const std::string detail = sqlite3_errmsg(connection);
     if (detail != sqlite3_errstr(result & 0xFF)) {
