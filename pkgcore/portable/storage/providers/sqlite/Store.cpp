@@ -6,6 +6,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <exception>
 #include <thread>
 
 namespace foundation::storage::sqlite {
@@ -92,7 +94,7 @@ private:
 provider::Identity identityOfFile(const std::string& path) {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
-        fail(ErrorCode::IOError, "The store has gone while it was opened");
+        failInUse(errno, "The store has gone");
     }
     return {status.st_dev, status.st_ino, 0};
 }
@@ -120,9 +122,10 @@ provider::Identity Store::identityOf(std::int64_t entry) const noexcept {
 
 // A log goes into the store and a journal file that holds nothing to be rolled back goes, unless another
 // process needs it: the store is one file then, which can be read where nothing can be written. The file is
-// looked for when the kind of journal changes.
+// looked for when the kind of journal changes. Beside another store in the place of this one, nothing is
+// this store's.
 Store::~Store() {
-    if (!options_.isReadOnly && !idle_.empty()) {
+    if (!options_.isReadOnly && !idle_.empty() && isInPlace()) {
         // With one connection it is alone.
         idle_.erase(idle_.begin() + 1, idle_.end());
         sqlite3_busy_timeout(idle_.back()->get(), 0);
@@ -148,6 +151,7 @@ void Store::sync() {
     Lease lease(*this);
     const FullDurability durability(lease.connection());
     Transaction transaction(lease.connection(), Access::Write);
+    requireInPlace();
     markVersion(lease.connection());
     transaction.commit();
 }
@@ -155,6 +159,21 @@ void Store::sync() {
 void Store::requireWritable() const {
     if (options_.isReadOnly) {
         fail(ErrorCode::ReadOnlyStorage);
+    }
+}
+
+void Store::requireInPlace() const {
+    if (identityOfFile(path_) != file_) {
+        fail(ErrorCode::IOError, "Another file has taken the place of the store");
+    }
+}
+
+bool Store::isInPlace() const noexcept {
+    try {
+        requireInPlace();
+        return true;
+    } catch (const std::exception&) {
+        return false;
     }
 }
 
@@ -179,6 +198,7 @@ std::unique_ptr<Connection> Store::take() {
         }
     }
     std::unique_ptr<Connection> connection = connect();
+    requireInPlace();  // before anything in the file is changed
     connection->execute(kTuning);
     prepareToWrite(*connection);
     Transaction transaction(*connection, Access::Read);

@@ -38,6 +38,7 @@ public:
         const Passage passage(gate_, options_.busyTime);
         Lease lease(*this);
         Transaction transaction(lease.connection(), Access::Write);
+        requireInPlace();
         return finish(transaction, lease.connection(), body);
     }
 
@@ -79,6 +80,11 @@ private:
             return result;
         }
     }
+
+    /// What is written to a file that no path leads to any more is lost. With the rollback journal, SQLite
+    /// looks by itself; with a log it does not.
+    void requireInPlace() const;
+    bool isInPlace() const noexcept;
 
     void prepareToWrite(Connection& connection) const;
     std::unique_ptr<Connection> connect() const;

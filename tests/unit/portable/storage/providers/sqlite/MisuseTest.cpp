@@ -4,6 +4,7 @@
 
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
+#include "tests/support/RawFiles.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
@@ -58,6 +59,47 @@ TEST(SqliteMisuse, AFolderThatHasGoneIsNoMissingItem) {
     PKGCORE_EXPECT_FAILURE(IOError, store->openReader(Path(u"large")));
     ASSERT_EQ(std::rename((folder + "-away").c_str(), folder.c_str()), 0);
     EXPECT_EQ(test::readFile(*store, u"large"), std::string(300'000, 'x'));
+}
+
+TEST(SqliteMisuse, NothingIsAcknowledgedInAFileThatHasGone) {
+    for (const auto durability : {provider::SqliteDurability::Full, provider::SqliteDurability::Normal}) {
+        const StoreFile file;
+        provider::SqliteOptions options;
+        options.durability = durability;
+        const auto store = file.open(options);
+        test::writeFile(*store, u"f", "text");
+        ASSERT_EQ(::unlink(file.native().c_str()), 0);
+        PKGCORE_EXPECT_FAILURE(IOError, store->createFolder(Path(u"d")));
+        PKGCORE_EXPECT_FAILURE(IOError, test::writeFile(*store, u"g", "text"));
+    }
+}
+
+// A backup that is put in the place of a store has its key.
+TEST(SqliteMisuse, AStoreThatTookThePlaceIsLeftAlone) {
+    const StoreFile file;
+    test::writeFile(*file.open(), u"f", "text");
+    const std::string backup = test::contentOf(file.native());
+    {
+        const auto store = file.open();
+        test::writeFile(*store, u"g", "text");
+        test::makeFile(file.tree() / "backup", backup);
+        ASSERT_EQ(std::rename((file.tree() / "backup").c_str(), file.native().c_str()), 0);
+        PKGCORE_EXPECT_FAILURE(IOError, store->createFolder(Path(u"d")));
+        PKGCORE_EXPECT_FAILURE(IOError, store->remove(Path(u"f")));
+    }
+    EXPECT_EQ(test::contentOf(file.native()), backup);
+}
+
+TEST(SqliteMisuse, NoThreadReadsAnotherStoreThanTheOthers) {
+    const StoreFile file;
+    test::writeFile(*file.open(), u"f", "text");
+    const std::string backup = test::contentOf(file.native());
+    const auto store = file.open();
+    withoutIdleConnection(file, *store, [&] {
+        test::makeFile(file.tree() / "backup", backup);
+        ASSERT_EQ(std::rename((file.tree() / "backup").c_str(), file.native().c_str()), 0);
+        PKGCORE_EXPECT_FAILURE(IOError, store->find(Path(u"f")));
+    });
 }
 
 }  // namespace
