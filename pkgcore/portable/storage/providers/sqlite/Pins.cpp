@@ -82,9 +82,12 @@ Pins::Pins(std::string storePath, std::chrono::milliseconds patience, bool isReq
       isRequired_(isRequired) {}
 
 Pins::~Pins() {
-    takeOver();
+    const bool isChild = process_.isLeft();
+    if (!isChild) {
+        takeOver();
+    }
     if (file_ >= 0) {
-        removeIfLast();
+        if (!isChild) removeIfLast();
         ::close(file_);
     }
 }
@@ -155,6 +158,9 @@ Pin Pins::pin(std::int64_t number) {
 }
 
 void Pins::release(std::int64_t number) noexcept {
+    if (process_.isLeft()) {
+        return;  // the locks are the parent's as well
+    }
     const Lock lock(mutex_);
     const auto found = counts_.find(number);
     if (found != counts_.end() && --found->second == 0) {

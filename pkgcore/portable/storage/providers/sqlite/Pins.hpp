@@ -1,5 +1,7 @@
 #pragma once
 
+#include <pkgcore/portable/storage/providers/sqlite/OwnProcess.hpp>
+
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -58,6 +60,7 @@ private:
     void removeIfLast() noexcept;
     void release(std::int64_t number) noexcept;
 
+    OwnProcess process_;
     std::string path_;
     std::string storePath_;
     std::chrono::milliseconds patience_;

@@ -125,12 +125,29 @@ provider::Identity Store::identityOf(std::int64_t entry) const noexcept {
 // looked for when the kind of journal changes. Beside another store in the place of this one, nothing is
 // this store's.
 Store::~Store() {
+    if (process_.isLeft()) {
+        leaveToParent();
+        return;
+    }
     if (!options_.isReadOnly && !idle_.empty() && isInPlace()) {
         // With one connection it is alone.
         idle_.erase(idle_.begin() + 1, idle_.end());
         sqlite3_busy_timeout(idle_.back()->get(), 0);
         sqlite3_exec(idle_.back()->get(), "PRAGMA journal_mode = TRUNCATE; PRAGMA journal_mode = DELETE",
                      nullptr, nullptr, nullptr);
+    }
+}
+
+/// Closing a connection rolls back, and brings in the log: the memory is given up instead.
+void Store::leaveToParent() noexcept {
+    for (std::unique_ptr<Connection>& connection : idle_) {
+        static_cast<void>(connection.release());
+    }
+}
+
+void Store::requireOwnProcess() const {
+    if (process_.isLeft()) {
+        fail(ErrorCode::NotSupported, "The store was opened before this process was forked");
     }
 }
 
@@ -147,6 +164,7 @@ void Store::sync() {
     if (options_.isReadOnly || options_.durability == SqliteDurability::Full) {
         return;
     }
+    requireOwnProcess();
     const Passage passage(gate_, options_.busyTime);
     Lease lease(*this);
     const FullDurability durability(lease.connection());

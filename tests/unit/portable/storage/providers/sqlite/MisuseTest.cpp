@@ -5,6 +5,7 @@
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
@@ -100,6 +101,57 @@ TEST(SqliteMisuse, NoThreadReadsAnotherStoreThanTheOthers) {
         ASSERT_EQ(std::rename((file.tree() / "backup").c_str(), file.native().c_str()), 0);
         PKGCORE_EXPECT_FAILURE(IOError, store->find(Path(u"f")));
     });
+}
+
+/// What a store, a reader and a writer in use are to a process that was forked.
+class Forked : public testing::Test {
+protected:
+    Forked() {
+        test::writeFile(*store_, u"large", large_);
+        reader_ = store_->openReader(Path(u"large"));
+        writer_ = store_->openWriter(Path(u"new"), provider::WriteMode::Create);
+        writer_->write(huge_.data(), huge_.size());
+    }
+
+    /// The other store removes what nobody uses; this one must not lose anything.
+    void expectUnharmed() {
+        test::writeFile(*file_.open(), u"large", "other");
+        file_.open();
+        EXPECT_TRUE(test::isThere(file_.native() + "-pins"));
+        EXPECT_TRUE(test::readRest(*reader_) == large_);
+        writer_->commit();
+        EXPECT_TRUE(test::readFile(*store_, u"new") == huge_);
+        EXPECT_NO_THROW(store_->createFolder(Path(u"d")));
+    }
+
+    const StoreFile file_;
+    std::shared_ptr<provider::Provider> store_ = file_.open();
+    const std::string large_ = test::someBytes(300'000);
+    const std::string huge_ = test::someBytes(9'000'000);
+    std::unique_ptr<provider::Reader> reader_;
+    std::unique_ptr<provider::Writer> writer_;
+};
+
+TEST_F(Forked, LeavingHarmsNothing) {
+    test::runInChild([this] {
+        writer_.reset();
+        reader_.reset();
+        store_.reset();
+    });
+    expectUnharmed();
+}
+
+TEST_F(Forked, UsingIsRefusedAndHarmsNothing) {
+    test::runInChild([this] {
+        char byte = 0;
+        PKGCORE_EXPECT_FAILURE(NotSupported, store_->find(Path(u"large")));
+        PKGCORE_EXPECT_FAILURE(NotSupported, store_->createFolder(Path(u"d")));
+        PKGCORE_EXPECT_FAILURE(NotSupported, store_->openReader(Path(u"large")));
+        PKGCORE_EXPECT_FAILURE(NotSupported, reader_->read(&byte, 1));
+        PKGCORE_EXPECT_FAILURE(NotSupported, writer_->commit());
+        PKGCORE_EXPECT_FAILURE(NotSupported, store_->sync(Path()));
+    });
+    expectUnharmed();
 }
 
 }  // namespace
