@@ -25,11 +25,11 @@ constexpr int kFirstWithSafeLog = 3'051'003;
 bool hasSafeLog() noexcept { return sqlite3_libversion_number() >= kFirstWithSafeLog; }
 
 // Deleted content is not overwritten (Debian's SQLite does that by itself), and eight megabytes of pages are
-// kept.
+// kept. A store may have all the pages that the format has room for.
 constexpr const char* kTuning =
     "PRAGMA secure_delete = OFF; PRAGMA cache_size = -8192; PRAGMA cell_size_check = ON; PRAGMA mmap_size = "
     "0; "
-    "PRAGMA temp_store = MEMORY";
+    "PRAGMA temp_store = MEMORY; PRAGMA max_page_count = 4294967294";
 
 /// The end of a journal that is cut off must come to the disk before its file is written again, which
 /// "truncate" sees to for full durability alone; a deleted file is never written again.
