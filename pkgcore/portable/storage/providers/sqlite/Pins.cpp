@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <exception>
-#include <thread>
 #include <utility>
 
 namespace foundation::storage::sqlite {
@@ -75,7 +74,7 @@ void Pin::release() noexcept {
     }
 }
 
-Pins::Pins(std::string storePath, std::chrono::milliseconds patience, bool isRequired)
+Pins::Pins(std::string storePath, Patience patience, bool isRequired)
     : path_(storePath + "-pins"),
       storePath_(std::move(storePath)),
       patience_(patience),
@@ -130,12 +129,11 @@ bool Pins::tryOpen() {
 }
 
 void Pins::open() {
-    const auto end = std::chrono::steady_clock::now() + patience_;
+    Patience patience = patience_;
     while (file_ < 0 && !tryOpen()) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (!patience.rest(std::chrono::milliseconds(1))) {
             fail(ErrorCode::TemporarilyBusy);
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
 

@@ -30,7 +30,9 @@ struct SqliteOptions {
     bool mayCreate = true;
     /// What a change survives that a call has made.
     SqliteDurability durability = SqliteDurability::Full;
-    /// How long a call waits for other threads and processes before it throws "busy" (code 7).
+    /// How long each transaction waits for other threads and processes, all its waiting taken together,
+    /// before the call throws "busy" (code 7). Most calls are one transaction; those for large files and for
+    /// trees are several. More than a year is for ever.
     std::chrono::milliseconds busyTime{5000};
 };
 

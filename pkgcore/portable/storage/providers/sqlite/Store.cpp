@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <exception>
-#include <thread>
 
 namespace foundation::storage::sqlite {
 
@@ -52,15 +51,13 @@ std::string tryJournal(Connection& connection, const std::string& wanted) {
 
 /// Of two connections that change the kind at once each may keep the other one from it, and SQLite lets
 /// neither wait then.
-void setJournal(Connection& connection, SqliteDurability durability, Milliseconds patience) {
+void setJournal(Connection& connection, SqliteDurability durability) {
     const std::string wanted = journalOf(durability);
-    const auto end = std::chrono::steady_clock::now() + patience;
     for (std::string set = tryJournal(connection, wanted); set != wanted;
          set = tryJournal(connection, wanted)) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (!connection.patience().rest(Milliseconds(1))) {
             fail(ErrorCode::TemporarilyBusy, "The store is in use with another kind of journal: " + set);
         }
-        std::this_thread::sleep_for(Milliseconds(1));
     }
 }
 
@@ -102,7 +99,9 @@ provider::Identity identityOfFile(const std::string& path) {
 }  // namespace
 
 Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options)
-    : options_(options), path_(first->fullPath()), pins_(path_, options.busyTime, !options.isReadOnly) {
+    : options_(options),
+      path_(first->fullPath()),
+      pins_(path_, Patience(options.busyTime), !options.isReadOnly) {
     first->execute(kTuning);
     {
         Transaction transaction(*first, Access::Read);
@@ -153,7 +152,7 @@ void Store::requireOwnProcess() const {
 
 void Store::prepareToWrite(Connection& connection) const {
     if (!options_.isReadOnly) {
-        setJournal(connection, options_.durability, options_.busyTime);
+        setJournal(connection, options_.durability);
         connection.execute(durabilityPragma(options_.durability));
     }
 }
@@ -165,8 +164,9 @@ void Store::sync() {
         return;
     }
     requireOwnProcess();
-    const Passage passage(gate_, options_.busyTime);
-    Lease lease(*this);
+    Patience patience(options_.busyTime);
+    const Passage passage(gate_, patience);
+    Lease lease(*this, patience);
     const FullDurability durability(lease.connection());
     Transaction transaction(lease.connection(), Access::Write);
     requireInPlace();
@@ -206,16 +206,18 @@ std::unique_ptr<Connection> Store::connect() const {
     }
 }
 
-std::unique_ptr<Connection> Store::take() {
+std::unique_ptr<Connection> Store::take(Patience patience) {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         if (!idle_.empty()) {
             std::unique_ptr<Connection> connection = std::move(idle_.back());
             idle_.pop_back();
+            connection->setPatience(patience);
             return connection;
         }
     }
     std::unique_ptr<Connection> connection = connect();
+    connection->setPatience(patience);
     requireInPlace();  // before anything in the file is changed
     connection->execute(kTuning);
     prepareToWrite(*connection);

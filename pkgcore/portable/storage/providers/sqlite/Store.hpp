@@ -29,7 +29,7 @@ public:
     template <typename Body>
     auto read(Body body) {
         requireOwnProcess();
-        Lease lease(*this);
+        Lease lease(*this, Patience(options_.busyTime));
         Transaction transaction(lease.connection(), Access::Read);
         return finish(transaction, lease.connection(), body);
     }
@@ -39,8 +39,9 @@ public:
     auto write(Body body) {
         requireOwnProcess();
         requireWritable();
-        const Passage passage(gate_, options_.busyTime);
-        Lease lease(*this);
+        Patience patience(options_.busyTime);
+        const Passage passage(gate_, patience);
+        Lease lease(*this, patience);
         Transaction transaction(lease.connection(), Access::Write);
         requireInPlace();
         return finish(transaction, lease.connection(), body);
@@ -61,7 +62,7 @@ private:
     /// A connection for one thread.
     class Lease {
     public:
-        explicit Lease(Store& store) : store_(store), connection_(store.take()) {}
+        Lease(Store& store, Patience patience) : store_(store), connection_(store.take(patience)) {}
         ~Lease() { store_.giveBack(std::move(connection_)); }
         Lease(const Lease&) = delete;
         Lease& operator=(const Lease&) = delete;
@@ -95,7 +96,7 @@ private:
     void prepareToWrite(Connection& connection) const;
     void leaveToParent() noexcept;
     std::unique_ptr<Connection> connect() const;
-    std::unique_ptr<Connection> take();
+    std::unique_ptr<Connection> take(Patience patience);
     void giveBack(std::unique_ptr<Connection> connection) noexcept;
 
     OwnProcess process_;
