@@ -45,13 +45,13 @@ bool isAt(int file, const std::string& path) {
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-/// Whoever may use the store may use this file.
+/// Whoever may use the store may use this file. Never by a link, which could lead to any other.
 int openLike(const std::string& storePath, const std::string& path) {
     struct stat store = {};
     const mode_t mode = ::stat(storePath.c_str(), &store) == 0 ? store.st_mode & 0666U : 0600U;
-    int file = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    int file = ::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
     if (file < 0 && errno == ENOENT) {
-        file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode);
+        file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, mode);
         if (file >= 0) ::fchmod(file, mode);
     }
     return file;

@@ -103,6 +103,21 @@ TEST(SqliteMisuse, NoThreadReadsAnotherStoreThanTheOthers) {
     });
 }
 
+// Its mode would be set.
+TEST(SqliteMisuse, PinsThatAreALinkAreNotFollowed) {
+    for (const bool dangles : {true, false}) {
+        const StoreFile file;
+        test::writeFile(*file.open(), u"large", std::string(300'000, 'x'));
+        const std::string target = file.tree() / "target";
+        if (!dangles) test::makeFile(target, "text", 0600);
+        test::makeLink("target", file.native() + "-pins");
+        const auto store = file.open();
+        PKGCORE_EXPECT_FAILURE(IOError, store->openReader(Path(u"large")));
+        EXPECT_EQ(test::isThere(target), !dangles);
+        EXPECT_EQ(dangles ? 0600U : test::modeOf(target), 0600U);
+    }
+}
+
 /// What a store, a reader and a writer in use are to a process that was forked.
 class Forked : public testing::Test {
 protected:
