@@ -52,8 +52,7 @@ struct SqliteOptions {
 /// in which a process had ended may have been undone:
 /// - NotFound where nothing is and nothing is to be made, or a folder on the way is missing;
 /// - NotSupported for what is no store: a folder, a text, an empty file, the database of another program, and
-/// a
-///   store of a newer version. The message says what was found;
+///   for a store of a newer version. The message says what was found;
 /// - NotRecoverable for a store that is cut off or damaged;
 /// - IOError for one that is to be read only, and has a change to be undone first;
 /// - AccessDenied or ReadOnlyStorage where it is to be written and may not be; TemporarilyBusy.
