@@ -21,7 +21,7 @@ Database openDatabase(const std::filesystem::path& file) {
     require(
         sqlite3_exec(database,
                      "PRAGMA secure_delete = OFF; PRAGMA cache_size = -8192; PRAGMA cell_size_check = ON; "
-                     "PRAGMA mmap_size = 0; PRAGMA temp_store = MEMORY; PRAGMA synchronous = NORMAL",
+                     "PRAGMA mmap_size = 0; PRAGMA temp_store = MEMORY",
                      nullptr, nullptr, nullptr) == SQLITE_OK,
         "a pragma fails");
     return result;
@@ -53,6 +53,9 @@ BareStore::BareStore(const std::filesystem::path& file, const std::string& journ
       rename_(database_.get(), "UPDATE entry SET name = ?3 WHERE parent = ?1 AND name = ?2") {
     BareStatement mode(database_.get(), ("PRAGMA journal_mode = " + journal).c_str());
     require(mode.step() && mode.text(0) == journal, "no such journal mode");
+    // As the store has it for normal durability.
+    const char* const level = journal == "wal" ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL";
+    require(sqlite3_exec(database_.get(), level, nullptr, nullptr, nullptr) == SQLITE_OK, "no such level");
 }
 
 std::int64_t BareStore::folder(std::string_view name) {

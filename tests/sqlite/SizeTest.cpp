@@ -2,14 +2,18 @@
 
 #include "tests/sqlite/Soundness.hpp"
 #include "tests/sqlite/Tree.hpp"
+#include "tests/support/RawFiles.hpp"
 #include "tests/support/RunInChild.hpp"
+#include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <random>
 
 namespace test {
@@ -123,6 +127,30 @@ TEST(SqliteSize, AFolderOfManyEntriesIsListedWithLittleMemory) {
     runInChild([&] { makeEntries(file, count); });
     runInChild([&] { listEntries(file, count); });
     expectSound(file);
+}
+
+/// Adds a hole to a store that nobody has open, so that it has as many pages. False where no file can be so
+/// large.
+bool enlarge(const StoreFile& file, std::uint64_t pages) {
+    constexpr std::uint64_t kPageSize = 4096;
+    constexpr off_t kPageCountAt = 28;  // in the header of every SQLite database
+    if (::truncate(file.native().c_str(), static_cast<off_t>(pages * kPageSize)) != 0) return false;
+    std::fstream bytes(file.native(), std::ios::in | std::ios::out | std::ios::binary);
+    bytes.seekp(kPageCountAt);
+    for (int shift = 24; shift >= 0; shift -= 8) bytes.put(static_cast<char>(pages >> shift));
+    return bytes.flush().good();
+}
+
+// The limit that SQLite has unless it is told otherwise.
+TEST(SqliteSize, AStoreGrowsBeyondFourTebibytes) {
+    const StoreFile file;
+    file.open();
+    constexpr std::uint64_t kUsualLimit = 1'073'741'823;
+    if (!enlarge(file, kUsualLimit + 5)) GTEST_SKIP() << "no file can be so large here";
+    const auto store = file.open();
+    writeFile(*store, u"f", patternOf(1, 300'000));
+    EXPECT_TRUE(readFile(*store, u"f") == patternOf(1, 300'000));
+    EXPECT_GT(static_cast<std::uint64_t>(statusOf(file.native()).st_size), (kUsualLimit + 5) * 4096);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <new>
-#include <thread>
 
 namespace foundation::storage::sqlite {
 
@@ -34,7 +33,7 @@ int flagsOf(Access access) noexcept {
 
 void Connection::Close::operator()(sqlite3* handle) const noexcept { sqlite3_close_v2(handle); }
 
-Connection::Connection(const std::string& path, Access access, Milliseconds busyTime) : busyTime_(busyTime) {
+Connection::Connection(const std::string& path, Access access, Milliseconds busyTime) : patience_(busyTime) {
     sqlite3* handle = nullptr;
     const int result = sqlite3_open_v2(path.c_str(), &handle, flagsOf(access), nullptr);
     handle_.reset(handle);  // there is one after most failures, too
@@ -42,7 +41,7 @@ Connection::Connection(const std::string& path, Access access, Milliseconds busy
         throw std::bad_alloc();
     }
     if (result != SQLITE_OK) {
-        failWith(handle, result);
+        failToOpen(handle, result);
     }
     configure();
 }
@@ -61,18 +60,8 @@ void Connection::configure() {
 /// Waits a little, and longer each time; 0 when the time is over.
 int Connection::onBusy(void* connection, int count) noexcept {
     constexpr int kDoublings = 8;
-    auto& self = *static_cast<Connection*>(connection);
-    const auto now = std::chrono::steady_clock::now();
-    if (count == 0) {
-        self.busySince_ = now;
-    }
-    const auto left = self.busySince_ + self.busyTime_ - now;
-    if (left <= left.zero()) {
-        return 0;
-    }
     const auto pause = std::chrono::microseconds(50) * (1 << std::min(count, kDoublings));
-    std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, left));
-    return 1;
+    return static_cast<Connection*>(connection)->patience_.rest(pause) ? 1 : 0;
 }
 
 std::string Connection::fullPath() const { return sqlite3_db_filename(get(), "main"); }

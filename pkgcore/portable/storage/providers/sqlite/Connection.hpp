@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pkgcore/portable/storage/providers/sqlite/Checksum.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Patience.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Sql.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Statement.hpp>
 
@@ -20,11 +21,16 @@ enum class Access : unsigned char { Read, Write, Create };
 /// A connection to a database, for one thread at a time. Failures are exceptions of Errors.hpp.
 class Connection {
 public:
-    /// Opens the file without reading any of it. Waits up to `busyTime` for others at each call.
+    /// Opens the file without reading any of it. Waits up to `busyTime` for others, in all its calls
+    /// together.
     Connection(const std::string& path, Access access, Milliseconds busyTime);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
+
+    /// For the calls that follow.
+    void setPatience(Patience patience) noexcept { patience_ = patience; }
+    Patience& patience() noexcept { return patience_; }
 
     sqlite3* get() const noexcept { return handle_.get(); }
 
@@ -57,8 +63,7 @@ private:
     void configure();
     void takeNumbers();
 
-    std::chrono::steady_clock::time_point busySince_;
-    Milliseconds busyTime_;
+    Patience patience_;
     std::unique_ptr<sqlite3, Close> handle_;
     std::array<std::unique_ptr<Statement>, kSqlCount> statements_;
     Sealer sealer_{0};

@@ -12,16 +12,13 @@ using vfs::ErrorCode;
 
 namespace {
 
-/// Of a file that could not be opened, read, written or named.
-ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
+/// Of a file that could not be opened, read, written or named. That it is missing is no news of what is in
+/// the store.
+ErrorCode codeOfSystem(int error) noexcept {
     switch (error) {
         case EACCES:
         case EPERM:
             return ErrorCode::AccessDenied;
-        case ENOENT:
-        case ENOTDIR:
-        case ENAMETOOLONG:
-            return ErrorCode::NotFound;
         case EEXIST:
             return ErrorCode::AlreadyExists;
         case EROFS:
@@ -35,11 +32,32 @@ ErrorCode codeOfSystem(int error, ErrorCode otherwise) noexcept {
         case EDQUOT:
             return ErrorCode::NoSpace;
         default:
-            return otherwise;
+            return ErrorCode::IOError;
     }
 }
 
+/// Of a store that could not be reached.
+ErrorCode codeOfOpening(int error) noexcept {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+        case ENAMETOOLONG:
+            return ErrorCode::NotFound;
+        default:
+            return codeOfSystem(error);
+    }
+}
+
+/// The journal of a process that has ended is to be brought in, which is a change.
+bool isCutOff(int result) noexcept {
+    return result == SQLITE_READONLY_ROLLBACK || result == SQLITE_READONLY_RECOVERY ||
+           result == SQLITE_READONLY_CANTINIT;
+}
+
 ErrorCode codeOfReadOnly(int result) noexcept {
+    if (isCutOff(result)) {
+        return ErrorCode::IOError;
+    }
     switch (result) {
         case SQLITE_READONLY_DIRECTORY:
             return ErrorCode::AccessDenied;
@@ -51,7 +69,8 @@ ErrorCode codeOfReadOnly(int result) noexcept {
 }
 
 std::string messageOf(sqlite3* connection, int result) {
-    std::string message = "SQLite: ";
+    std::string message = isCutOff(result) ? "A change was cut off: open the store once for writing. " : "";
+    message += "SQLite: ";
     message += sqlite3_errstr(result);
     const std::string detail = sqlite3_errmsg(connection);
     if (detail != sqlite3_errstr(result & 0xFF)) {
@@ -81,6 +100,12 @@ int systemErrorOf(sqlite3* connection, int result) {
     return sqlite3_system_errno(connection);
 }
 
+void throwIfMemory(int result) {
+    if ((result & 0xFF) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) {
+        throw std::bad_alloc();
+    }
+}
+
 }  // namespace
 
 void fail(ErrorCode code) { throw vfs::Exception(code, vfs::AbsoluteIRI()); }
@@ -92,7 +117,11 @@ void failDamaged(const char* what) {
 }
 
 void failWithSystem(int error, const char* what) {
-    fail(codeOfSystem(error, ErrorCode::IOError), std::string(what) + ": " + std::strerror(error));
+    fail(codeOfOpening(error), std::string(what) + ": " + std::strerror(error));
+}
+
+void failInUse(int error, const char* what) {
+    fail(codeOfSystem(error), std::string(what) + ": " + std::strerror(error));
 }
 
 ErrorCode storageCode(int result, int systemError) noexcept {
@@ -112,7 +141,7 @@ ErrorCode storageCode(int result, int systemError) noexcept {
             return ErrorCode::AccessDenied;
         case SQLITE_CANTOPEN:
         case SQLITE_IOERR:
-            return codeOfSystem(systemError, ErrorCode::IOError);
+            return codeOfSystem(systemError);
         // The statements are fixed and the schema was checked: what does not fit them is damage.
         case SQLITE_CORRUPT:
         case SQLITE_NOTADB:
@@ -126,10 +155,15 @@ ErrorCode storageCode(int result, int systemError) noexcept {
 }
 
 void failWith(sqlite3* connection, int result) {
-    if ((result & 0xFF) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) {
-        throw std::bad_alloc();
-    }
+    throwIfMemory(result);
     fail(storageCode(result, systemErrorOf(connection, result)), messageOf(connection, result));
+}
+
+void failToOpen(sqlite3* connection, int result) {
+    throwIfMemory(result);
+    const int error = sqlite3_system_errno(connection);
+    const bool isOpening = (result & 0xFF) == SQLITE_CANTOPEN;
+    fail(isOpening ? codeOfOpening(error) : storageCode(result, error), messageOf(connection, result));
 }
 
 }  // namespace foundation::storage::sqlite

@@ -4,12 +4,13 @@
 
 namespace foundation::storage::sqlite {
 
-void Gate::enter(std::chrono::milliseconds patience) {
+void Gate::enter(Patience& patience) {
     std::unique_lock<std::mutex> lock(mutex_);
-    const auto end = std::chrono::steady_clock::now() + patience;
-    if (!left_.wait_until(lock, end, [this] { return !isTaken_; })) {
+    const auto begin = std::chrono::steady_clock::now();
+    if (!left_.wait_until(lock, begin + patience.left(), [this] { return !isTaken_; })) {
         fail(vfs::ErrorCode::TemporarilyBusy);
     }
+    patience.spend(std::chrono::steady_clock::now() - begin);
     isTaken_ = true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <chrono>
+#include <pkgcore/portable/storage/providers/sqlite/Patience.hpp>
+
 #include <condition_variable>
 #include <mutex>
 
@@ -10,8 +11,8 @@ namespace foundation::storage::sqlite {
 /// and again.
 class Gate {
 public:
-    /// Waits so long at most; throws "busy" then.
-    void enter(std::chrono::milliseconds patience);
+    /// Waits as long as there is patience; throws "busy" then.
+    void enter(Patience& patience);
     void leave() noexcept;
 
 private:
@@ -23,7 +24,7 @@ private:
 /// From entering a gate to leaving it.
 class Passage {
 public:
-    Passage(Gate& gate, std::chrono::milliseconds patience) : gate_(gate) { gate_.enter(patience); }
+    Passage(Gate& gate, Patience& patience) : gate_(gate) { gate_.enter(patience); }
     ~Passage() { gate_.leave(); }
     Passage(const Passage&) = delete;
     Passage& operator=(const Passage&) = delete;

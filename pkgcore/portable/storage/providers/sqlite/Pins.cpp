@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <exception>
-#include <thread>
 #include <utility>
 
 namespace foundation::storage::sqlite {
@@ -37,7 +36,7 @@ bool setLock(int file, short type, std::int64_t start, std::int64_t length = 1) 
     return ::fcntl(file, F_OFD_SETLK, &lock) == 0;
 }
 
-[[noreturn]] void failAt(int error) { failWithSystem(error, "The file of locks beside the store"); }
+[[noreturn]] void failAt(int error) { failInUse(error, "The file of locks beside the store"); }
 
 bool isAt(int file, const std::string& path) {
     struct stat opened = {};
@@ -46,13 +45,13 @@ bool isAt(int file, const std::string& path) {
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-/// Whoever may use the store may use this file.
+/// Whoever may use the store may use this file. Never by a link, which could lead to any other.
 int openLike(const std::string& storePath, const std::string& path) {
     struct stat store = {};
     const mode_t mode = ::stat(storePath.c_str(), &store) == 0 ? store.st_mode & 0666U : 0600U;
-    int file = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    int file = ::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
     if (file < 0 && errno == ENOENT) {
-        file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode);
+        file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, mode);
         if (file >= 0) ::fchmod(file, mode);
     }
     return file;
@@ -75,16 +74,19 @@ void Pin::release() noexcept {
     }
 }
 
-Pins::Pins(std::string storePath, std::chrono::milliseconds patience, bool isRequired)
+Pins::Pins(std::string storePath, Patience patience, bool isRequired)
     : path_(storePath + "-pins"),
       storePath_(std::move(storePath)),
       patience_(patience),
       isRequired_(isRequired) {}
 
 Pins::~Pins() {
-    takeOver();
+    const bool isChild = process_.isLeft();
+    if (!isChild) {
+        takeOver();
+    }
     if (file_ >= 0) {
-        removeIfLast();
+        if (!isChild) removeIfLast();
         ::close(file_);
     }
 }
@@ -127,12 +129,11 @@ bool Pins::tryOpen() {
 }
 
 void Pins::open() {
-    const auto end = std::chrono::steady_clock::now() + patience_;
+    Patience patience = patience_;
     while (file_ < 0 && !tryOpen()) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (!patience.rest(std::chrono::milliseconds(1))) {
             fail(ErrorCode::TemporarilyBusy);
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
 
@@ -155,6 +156,9 @@ Pin Pins::pin(std::int64_t number) {
 }
 
 void Pins::release(std::int64_t number) noexcept {
+    if (process_.isLeft()) {
+        return;  // the locks are the parent's as well
+    }
     const Lock lock(mutex_);
     const auto found = counts_.find(number);
     if (found != counts_.end() && --found->second == 0) {

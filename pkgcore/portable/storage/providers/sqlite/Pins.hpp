@@ -1,6 +1,8 @@
 #pragma once
 
-#include <chrono>
+#include <pkgcore/portable/storage/providers/sqlite/OwnProcess.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Patience.hpp>
+
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -38,7 +40,7 @@ private:
 class Pins {
 public:
     /// With `isRequired` false, a place where nothing can be written is a place without pins.
-    Pins(std::string storePath, std::chrono::milliseconds patience, bool isRequired);
+    Pins(std::string storePath, Patience patience, bool isRequired);
     ~Pins();
     Pins(const Pins&) = delete;
     Pins& operator=(const Pins&) = delete;
@@ -58,9 +60,10 @@ private:
     void removeIfLast() noexcept;
     void release(std::int64_t number) noexcept;
 
+    OwnProcess process_;
     std::string path_;
     std::string storePath_;
-    std::chrono::milliseconds patience_;
+    Patience patience_;
     bool isRequired_;
     std::mutex mutex_;
     int file_ = -1;

@@ -21,6 +21,7 @@ inline constexpr std::size_t kChunkSize = std::size_t{64} * 1024;
 /// The number of a chunk is that of its content and, in the lower bits, its place.
 inline constexpr int kChunkBits = 28;
 inline constexpr std::int64_t kMaxNumber = (std::int64_t{1} << (62 - kChunkBits)) - 1;
+/// What its chunks can be numbered for; a store is full somewhat earlier.
 inline constexpr std::uint64_t kMaxFileSize = kChunkSize << kChunkBits;
 
 inline constexpr std::int64_t kNone = 0;

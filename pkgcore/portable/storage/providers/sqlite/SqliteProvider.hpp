@@ -30,24 +30,31 @@ struct SqliteOptions {
     bool mayCreate = true;
     /// What a change survives that a call has made.
     SqliteDurability durability = SqliteDurability::Full;
-    /// How long a call waits for other threads and processes before it throws "busy" (code 7).
+    /// How long each transaction waits for other threads and processes, all its waiting taken together,
+    /// before the call throws "busy" (code 7). Most calls are one transaction; those for large files and for
+    /// trees are several. More than a year is for ever.
     std::chrono::milliseconds busyTime{5000};
 };
 
 /// A store in one file, an SQLite database of a layout of its own (docs/providers/sqlite.md). Several
-/// processes may have it open at once. Files of up to 16 TiB, folders of any size; a folder is moved, and
-/// removed from sight, as fast as a file. Every byte and every name is under a checksum: what is read is what
-/// was written, or the call throws "damaged" (code 10).
+/// processes may have it open at once. All that is in it takes 16 TiB at most, in folders of any size; a
+/// folder is moved, and removed from sight, as fast as a file. Every byte and every name is under a checksum:
+/// a file that is read has the bytes that were written to it, or the call throws "damaged" (code 10). Damage
+/// that hides an entry is not noticed: the entry is "not found" then.
 ///
 /// `path` is a native path. A relative one is resolved now, and a later change of the working directory does
-/// not matter. What a process that has ended left half written is cleaned up now.
+/// not matter. What a process that has ended left half written is cleaned up now. While the store is open,
+/// nobody may delete, rename or replace its file, and this process may not open and close that file by other
+/// means than SQLite's: the system drops the locks of the process then. A child of fork() cannot use the
+/// store (code 11), and does no harm by letting go of it.
 ///
-/// Throws foundation::storage::vfs::Exception, and then nothing at the path has changed:
+/// Throws foundation::storage::vfs::Exception, and then nothing at the path has changed, except that a change
+/// in which a process had ended may have been undone:
 /// - NotFound where nothing is and nothing is to be made, or a folder on the way is missing;
 /// - NotSupported for what is no store: a folder, a text, an empty file, the database of another program, and
-/// a
-///   store of a newer version. The message says what was found;
+///   for a store of a newer version. The message says what was found;
 /// - NotRecoverable for a store that is cut off or damaged, and for the journal of one that has gone;
+/// - IOError for one that is to be read only, and has a change to be undone first;
 /// - AccessDenied or ReadOnlyStorage where it is to be written and may not be; TemporarilyBusy.
 ///
 /// A store is made whole or not at all, also when several processes make it at once. One that was being made

@@ -6,7 +6,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
-#include <thread>
+#include <cerrno>
+#include <exception>
 
 namespace foundation::storage::sqlite {
 
@@ -23,11 +24,11 @@ constexpr int kFirstWithSafeLog = 3'051'003;
 bool hasSafeLog() noexcept { return sqlite3_libversion_number() >= kFirstWithSafeLog; }
 
 // Deleted content is not overwritten (Debian's SQLite does that by itself), and eight megabytes of pages are
-// kept.
+// kept. A store may have all the pages that the format has room for.
 constexpr const char* kTuning =
     "PRAGMA secure_delete = OFF; PRAGMA cache_size = -8192; PRAGMA cell_size_check = ON; PRAGMA mmap_size = "
     "0; "
-    "PRAGMA temp_store = MEMORY";
+    "PRAGMA temp_store = MEMORY; PRAGMA max_page_count = 4294967294";
 
 /// The end of a journal that is cut off must come to the disk before its file is written again, which
 /// "truncate" sees to for full durability alone; a deleted file is never written again.
@@ -50,15 +51,13 @@ std::string tryJournal(Connection& connection, const std::string& wanted) {
 
 /// Of two connections that change the kind at once each may keep the other one from it, and SQLite lets
 /// neither wait then.
-void setJournal(Connection& connection, SqliteDurability durability, Milliseconds patience) {
+void setJournal(Connection& connection, SqliteDurability durability) {
     const std::string wanted = journalOf(durability);
-    const auto end = std::chrono::steady_clock::now() + patience;
     for (std::string set = tryJournal(connection, wanted); set != wanted;
          set = tryJournal(connection, wanted)) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (!connection.patience().rest(Milliseconds(1))) {
             fail(ErrorCode::TemporarilyBusy, "The store is in use with another kind of journal: " + set);
         }
-        std::this_thread::sleep_for(Milliseconds(1));
     }
 }
 
@@ -93,7 +92,7 @@ private:
 provider::Identity identityOfFile(const std::string& path) {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
-        fail(ErrorCode::IOError, "The store has gone while it was opened");
+        failInUse(errno, "The store has gone");
     }
     return {status.st_dev, status.st_ino, 0};
 }
@@ -101,7 +100,9 @@ provider::Identity identityOfFile(const std::string& path) {
 }  // namespace
 
 Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options)
-    : options_(options), path_(first->fullPath()), pins_(path_, options.busyTime, !options.isReadOnly) {
+    : options_(options),
+      path_(first->fullPath()),
+      pins_(path_, Patience(options.busyTime), !options.isReadOnly) {
     first->execute(kTuning);
     {
         Transaction transaction(*first, Access::Read);
@@ -121,9 +122,14 @@ provider::Identity Store::identityOf(std::int64_t entry) const noexcept {
 
 // A log goes into the store and a journal file that holds nothing to be rolled back goes, unless another
 // process needs it: the store is one file then, which can be read where nothing can be written. The file is
-// looked for when the kind of journal changes.
+// looked for when the kind of journal changes. Beside another store in the place of this one, nothing is
+// this store's.
 Store::~Store() {
-    if (!options_.isReadOnly && !idle_.empty()) {
+    if (process_.isLeft()) {
+        leaveToParent();
+        return;
+    }
+    if (!options_.isReadOnly && !idle_.empty() && isInPlace()) {
         // With one connection it is alone.
         idle_.erase(idle_.begin() + 1, idle_.end());
         sqlite3_busy_timeout(idle_.back()->get(), 0);
@@ -132,9 +138,22 @@ Store::~Store() {
     }
 }
 
+/// Closing a connection rolls back, and brings in the log: the memory is given up instead.
+void Store::leaveToParent() noexcept {
+    for (std::unique_ptr<Connection>& connection : idle_) {
+        static_cast<void>(connection.release());
+    }
+}
+
+void Store::requireOwnProcess() const {
+    if (process_.isLeft()) {
+        fail(ErrorCode::NotSupported, "The store was opened before this process was forked");
+    }
+}
+
 void Store::prepareToWrite(Connection& connection) const {
     if (!options_.isReadOnly) {
-        setJournal(connection, options_.durability, options_.busyTime);
+        setJournal(connection, options_.durability);
         connection.execute(durabilityPragma(options_.durability));
     }
 }
@@ -145,10 +164,13 @@ void Store::sync() {
     if (options_.isReadOnly || options_.durability == SqliteDurability::Full) {
         return;
     }
-    const Passage passage(gate_, options_.busyTime);
-    Lease lease(*this);
+    requireOwnProcess();
+    Patience patience(options_.busyTime);
+    const Passage passage(gate_, patience);
+    Lease lease(*this, patience);
     const FullDurability durability(lease.connection());
     Transaction transaction(lease.connection(), Access::Write);
+    requireInPlace();
     markVersion(lease.connection());
     transaction.commit();
 }
@@ -159,17 +181,45 @@ void Store::requireWritable() const {
     }
 }
 
-std::unique_ptr<Connection> Store::take() {
+void Store::requireInPlace() const {
+    if (identityOfFile(path_) != file_) {
+        fail(ErrorCode::IOError, "Another file has taken the place of the store");
+    }
+}
+
+bool Store::isInPlace() const noexcept {
+    try {
+        requireInPlace();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// That the store has gone must not look as if an item were not there.
+std::unique_ptr<Connection> Store::connect() const {
+    try {
+        const Access access = options_.isReadOnly ? Access::Read : Access::Write;
+        return std::make_unique<Connection>(path_, access, options_.busyTime);
+    } catch (const vfs::Exception& failure) {
+        if (failure.getErrorCode() != ErrorCode::NotFound) throw;
+        fail(ErrorCode::IOError, "The store has gone");
+    }
+}
+
+std::unique_ptr<Connection> Store::take(Patience patience) {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         if (!idle_.empty()) {
             std::unique_ptr<Connection> connection = std::move(idle_.back());
             idle_.pop_back();
+            connection->setPatience(patience);
             return connection;
         }
     }
-    const Access access = options_.isReadOnly ? Access::Read : Access::Write;
-    auto connection = std::make_unique<Connection>(path_, access, options_.busyTime);
+    std::unique_ptr<Connection> connection = connect();
+    connection->setPatience(patience);
+    requireInPlace();  // before anything in the file is changed
     connection->execute(kTuning);
     prepareToWrite(*connection);
     Transaction transaction(*connection, Access::Read);

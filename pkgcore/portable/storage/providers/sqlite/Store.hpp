@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Gate.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/OwnProcess.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Pins.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/SqliteProvider.hpp>
 
@@ -14,7 +15,8 @@
 namespace foundation::storage::sqlite {
 
 /// A store that is open: connections, of which each thread takes one as long as it needs it, and pins. Any
-/// thread may call any member at any time.
+/// thread may call any member at any time. In a child of fork(), all that it does is to fail, and to go
+/// without a trace.
 class Store {
 public:
     /// Of a file that is known to be a store. Takes over the first connection.
@@ -26,7 +28,8 @@ public:
     /// Calls body(connection) within a transaction that sees one state of the store.
     template <typename Body>
     auto read(Body body) {
-        Lease lease(*this);
+        requireOwnProcess();
+        Lease lease(*this, Patience(options_.busyTime));
         Transaction transaction(lease.connection(), Access::Read);
         return finish(transaction, lease.connection(), body);
     }
@@ -34,10 +37,13 @@ public:
     /// Calls body(connection) within a transaction, and commits it. Nothing is changed if it throws.
     template <typename Body>
     auto write(Body body) {
+        requireOwnProcess();
         requireWritable();
-        const Passage passage(gate_, options_.busyTime);
-        Lease lease(*this);
+        Patience patience(options_.busyTime);
+        const Passage passage(gate_, patience);
+        Lease lease(*this, patience);
         Transaction transaction(lease.connection(), Access::Write);
+        requireInPlace();
         return finish(transaction, lease.connection(), body);
     }
 
@@ -56,7 +62,7 @@ private:
     /// A connection for one thread.
     class Lease {
     public:
-        explicit Lease(Store& store) : store_(store), connection_(store.take()) {}
+        Lease(Store& store, Patience patience) : store_(store), connection_(store.take(patience)) {}
         ~Lease() { store_.giveBack(std::move(connection_)); }
         Lease(const Lease&) = delete;
         Lease& operator=(const Lease&) = delete;
@@ -80,10 +86,20 @@ private:
         }
     }
 
+    void requireOwnProcess() const;
+
+    /// What is written to a file that no path leads to any more is lost. With the rollback journal, SQLite
+    /// looks by itself; with a log it does not.
+    void requireInPlace() const;
+    bool isInPlace() const noexcept;
+
     void prepareToWrite(Connection& connection) const;
-    std::unique_ptr<Connection> take();
+    void leaveToParent() noexcept;
+    std::unique_ptr<Connection> connect() const;
+    std::unique_ptr<Connection> take(Patience patience);
     void giveBack(std::unique_ptr<Connection> connection) noexcept;
 
+    OwnProcess process_;
     provider::SqliteOptions options_;
     std::string path_;
     std::int64_t key_ = 0;

@@ -257,6 +257,35 @@ TEST(SqliteOpening, AReadOnlyFolderIsNoHindranceForReading) {
     });
 }
 
+/// A store as a process leaves it that is killed within a change of the database.
+void makeCutOff(const StoreFile& file) {
+    const StoreFile other;
+    test::writeFile(*other.open(), u"f", "text");
+    test::RawDatabase killed(other.native());
+    killed.run("PRAGMA cache_size = 1; BEGIN; DELETE FROM entry WHERE parent <> 0; CREATE TABLE more(bytes)");
+    killed.run("INSERT INTO more VALUES(randomblob(200000))");
+    test::makeFile(file.native(), test::contentOf(other.native()));
+    test::makeFile(file.native() + "-journal", test::contentOf(other.native() + "-journal"));
+    killed.run("ROLLBACK");
+}
+
+// Undoing it would be a change; what the file says before that is half of one.
+TEST(SqliteOpening, AChangeThatWasCutOffMustBeUndoneBeforeReadingAlone) {
+    const StoreFile file;
+    makeCutOff(file);
+    const std::string before = test::contentOf(file.native());
+    try {
+        file.open(readOnly());
+        ADD_FAILURE() << "it was opened";
+    } catch (const vfs::Exception& failure) {
+        EXPECT_EQ(failure.getErrorCode(), ErrorCode::IOError);
+        EXPECT_THAT(failure.what(), HasSubstr("A change was cut off: open the store once for writing"));
+    }
+    EXPECT_EQ(test::contentOf(file.native()), before);
+    EXPECT_EQ(test::readFile(*file.open(existing()), u"f"), "text");
+    EXPECT_EQ(test::readFile(*file.open(readOnly()), u"f"), "text");
+}
+
 // Also of a kind that would need files beside it while it is open.
 TEST(SqliteOpening, ClosedAStoreHasTheJournalThatNeedsNoFile) {
     const StoreFile file;
