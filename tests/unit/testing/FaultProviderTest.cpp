@@ -83,6 +83,7 @@ TEST_F(FaultProviderTest, EveryVerbIsCountedAsWhatItIs) {
     store->move(kFile, Path(u"h"), ReplacementPolicy::ReplaceExisting);
     store->setWritable(Path(u"h"), true);
     store->setLastModified(Path(u"h"), boost::posix_time::ptime(boost::gregorian::date(2024, 2, 29)));
+    store->sync(Path(u"h"));
     store->remove(Path(u"h"));
     for (std::size_t verb = 0; verb < kVerbCount; ++verb) {
         EXPECT_EQ(store->calls(static_cast<Verb>(verb)), 1U) << verb;
