@@ -5,13 +5,13 @@ include(GoogleTest)
 # Everything that carries the label "concurrent", so that a build with the thread sanitizer can make these tests alone.
 add_custom_target(pkgcore_concurrent_tests)
 
-# pkgcore_add_test(NAME <name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...])
+# pkgcore_add_test(NAME <name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...] [WHOLE])
 #
-# Makes a GoogleTest program and registers each of its tests with CTest as <name>/<Suite>.<Test>, or the program as a whole in a
-# build with sanitizers or for coverage. LIBRARIES says what is tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted
+# Makes a GoogleTest program and registers each of its tests with CTest as <name>/<Suite>.<Test>, or the program as a whole with
+# WHOLE, for many short tests, and in a build with sanitizers or for coverage. LIBRARIES says what is tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted
 # platform, or pkgcore::pkgcore. Each test carries the first folder below tests/ as a label, in addition to LABELS.
 function(pkgcore_add_test)
-  cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES;LABELS")
+  cmake_parse_arguments(PARSE_ARGV 0 arg "WHOLE" "NAME" "SOURCES;LIBRARIES;LABELS")
   if(NOT arg_NAME OR NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "pkgcore_add_test needs NAME and SOURCES; not understood: '${arg_UNPARSED_ARGUMENTS}'")
   endif()
@@ -28,8 +28,8 @@ function(pkgcore_add_test)
   if("concurrent" IN_LIST labels)
     add_dependencies(pkgcore_concurrent_tests ${arg_NAME})
   endif()
-  # A sanitizer, or the counters of coverage, make starting a program dear: there each program is one test.
-  if(PKGCORE_SANITIZE OR PKGCORE_COVERAGE)
+  # Starting a program takes a tenth of a second, and longer with a sanitizer or the counters of coverage.
+  if(arg_WHOLE OR PKGCORE_SANITIZE OR PKGCORE_COVERAGE)
     add_test(NAME ${arg_NAME} COMMAND ${arg_NAME} --gtest_brief=1)
     set_tests_properties(${arg_NAME} PROPERTIES LABELS "${labels}" TIMEOUT 1200)
     return()
