@@ -31,6 +31,9 @@ public:
     const StorageSystemReference& getStorageSystem() const noexcept { return storage_; }
     /// @}
 
+    /// Makes it another file of the same storage system.
+    void setLocation(CanonicalAbsoluteIRI location) noexcept { location_ = std::move(location); }
+
     /// A file that is not writable refuses to be written; it may be removed, moved and replaced.
     void setWritable(bool writable) const;
 

@@ -40,7 +40,10 @@ vfs::ListEntry* ListingSource::next() {
 
 void ListingSource::show() {
     vfs::CanonicalAbsoluteIRI iri = walk_.iri();
-    if (walk_.item().kind == Kind::File) {
+    vfs::File* const last = boost::get<vfs::File>(&entry_.getFileOrFolder());
+    if (walk_.item().kind == Kind::File && last != nullptr) {
+        last->setLocation(std::move(iri));  // without another reference to the storage system
+    } else if (walk_.item().kind == Kind::File) {
         entry_.getFileOrFolder() = vfs::File(std::move(iri), storage_);
     } else {
         entry_.getFileOrFolder() = vfs::Folder(std::move(iri), storage_);

@@ -1,6 +1,7 @@
 #include <pkgcore/portable/storage/layer/TreeWalk.hpp>
 
 #include <pkgcore/platform/storage/Exceptions.hpp>
+#include <pkgcore/portable/i18n/AsciiRun.hpp>
 
 #include <algorithm>
 #include <string_view>
@@ -10,10 +11,16 @@ namespace foundation::storage::portable {
 
 namespace {
 
+bool holds(std::u16string_view name, char16_t unit) noexcept {
+    return fl::i18n::portable::findUnit(name.data(), name.size(), unit) != name.size();
+}
+
+bool areDots(std::u16string_view name) noexcept {
+    return name.size() <= 2 && name.find_first_not_of(u'.') == std::u16string_view::npos;
+}
+
 bool isName(std::u16string_view name) noexcept {
-    return !name.empty() && name != u"." && name != u".." &&
-           std::none_of(name.begin(), name.end(),
-                        [](char16_t unit) { return unit == u'/' || unit == u'\0'; });
+    return !areDots(name) && !holds(name, u'/') && !holds(name, u'\0');
 }
 
 /// A name that leads elsewhere must not take a copy, or a removal, out of its folder.
