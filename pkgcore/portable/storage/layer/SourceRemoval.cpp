@@ -80,14 +80,22 @@ Spot moveAside(const Spot& folder) {
     return aside;
 }
 
+/// A failure tells where the folder is then.
+void putBack(const Spot& aside, const Spot& folder) {
+    aside.located([&] { aside.moveTo(folder, ReplacementPolicy::FailIfExists); });
+}
+
 /// Under its name nobody can add to the folder any more who has not opened something in it before.
 void removeAside(const Spot& folder, const Spot& copy) {
     const Spot aside = moveAside(folder);
     try {
         requireAllCopied(aside, copy);
     } catch (const vfs::Exception& failure) {
-        aside.located([&] { aside.moveTo(folder, ReplacementPolicy::FailIfExists); });
+        putBack(aside, folder);
         throw vfs::Exception(failure.getErrorCode(), failure.what(), folder.iri());
+    } catch (...) {  // want of memory, or what a store throws
+        putBack(aside, folder);
+        throw;
     }
     removeEntry(aside);
 }

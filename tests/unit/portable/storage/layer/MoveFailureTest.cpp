@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <utility>
+
 using namespace foundation::storage;
 using namespace foundation::storage::conformance;
 
@@ -117,6 +120,19 @@ TEST_F(MoveFailure, TakesTheNameOfTheSourceWhenTheWholeCopyIsOnTheDisk) {
     EXPECT_EQ(target_->calls(Verb::Sync), 1U);
     EXPECT_EQ(changes, 1U) << "the copy has its name by then";
     EXPECT_EQ(store_->calls(Verb::Move), 1U);
+}
+
+TEST_F(MoveFailure, GivesTheNameBackForWantOfMemoryToo) {
+    mount(true);
+    bool isShort = true;
+    store_->onCall([&](Verb verb) {
+        const bool isAside = store_->calls(Verb::Move) == 1;
+        if (isAside && verb == Verb::ListNext && std::exchange(isShort, false)) throw std::bad_alloc();
+    });
+    EXPECT_THROW(from().moveFolder(to(), kReplace), std::bad_alloc);
+    EXPECT_FALSE(isShort);
+    EXPECT_EQ(at(u"from://s/d").everything(), kTree);
+    EXPECT_EQ(at(u"from://s/").list(u""), Names{u"d/"});
 }
 
 TEST_F(MoveFailure, LeavesTheRestUnderItsNameWhereTheStoreMovesNoFolders) {
