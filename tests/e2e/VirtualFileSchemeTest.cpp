@@ -154,6 +154,28 @@ TEST_F(VirtualFileScheme, ListsNothingThroughALinkAndRemovesTheLinkAlone) {
     EXPECT_EQ(files(iri("tree"), true).size(), 3u);
 }
 
+TEST_F(VirtualFileScheme, LeavesAFolderBehindALinkOutOfACopyToAnotherStore) {
+    makeTree(iri("tree"));
+    makeFolder(tree / "top");
+    makeFile(tree / "top/file", "text");
+    makeLink("../tree", tree / "top/toFolder");
+    ops.copy(iri("top"), u"mem://store/copy", opc::Fail);
+    EXPECT_EQ(files(u"mem://store/copy", true), Files{u"mem://store/copy/file"});
+    EXPECT_FALSE(ops.exists(u"mem://store/copy/toFolder"));
+}
+
+// Which would lose the link, and could not take along what it leads to.
+TEST_F(VirtualFileScheme, DoesNotMoveALinkToAFolderToAnotherStore) {
+    makeTree(iri("tree"));
+    makeFolder(tree / "top");
+    makeLink("../tree", tree / "top/toFolder");
+    boost::system::error_code error;
+    ops.rename(iri("top"), u"mem://store/moved", error);
+    EXPECT_EQ(error, errc::operation_not_supported);
+    EXPECT_TRUE(isThere(tree / "top/toFolder"));
+    EXPECT_FALSE(ops.exists(u"mem://store/moved"));
+}
+
 TEST_F(VirtualFileScheme, MakesAnItemOfTheDiskReadOnlyAndWritable) {
     makeFile(tree / "file", "text", 0644);
     ops.setPermissions(iri("file"), opc::Perms::ReadOnly);

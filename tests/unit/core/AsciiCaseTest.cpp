@@ -27,6 +27,12 @@ TEST(AsciiCase, MapsCapitalLettersAlone) {
     }
 }
 
+// What the compiler has computed, once more when the program runs.
+TEST(AsciiCase, HasTheSameTableAtAnyTime) {
+    auto table = opc::detail::makeLowerCaseTable();
+    EXPECT_EQ(opc::detail::kLowerCaseTable, table);
+}
+
 TEST(AsciiCase, RefusesEveryUnitBeyondAscii) {
     for (unsigned unit = 128; unit <= 0xFFFF; ++unit) {
         ASSERT_THROW(toLowerASCII(static_cast<char16_t>(unit)), CtypeInvalidCharacter) << unit;

@@ -2,8 +2,11 @@
 
 #include <pkgcore/core/Exception.hpp>
 #include <pkgcore/filesystem/FileSystemOpsSelector.hpp>
+#include <pkgcore/filesystem/LocalFileSystemOps.hpp>
 
 #include <gtest/gtest.h>
+
+#include <utility>
 
 using opc::FileSystemOpsSelector;
 
@@ -32,6 +35,15 @@ TEST(FileSystemOpsSelector, HandsOutABackEndThatWorks) {
     EXPECT_EQ(local.appendPath(u"/a/", u"/b"), u"/a/b");
     EXPECT_EQ(local.appendPath(u"/a/", u"//b"), u"/a/b");
     EXPECT_TRUE(local.isFolder(u"/"));
+}
+
+TEST(LocalFileSystemOps, WorksAfterItWasCopiedAndMoved) {
+    opc::LocalFileSystemOps first;
+    opc::LocalFileSystemOps second(first);
+    second = first;
+    opc::LocalFileSystemOps third(std::move(second));
+    third = std::move(first);
+    EXPECT_TRUE(third.isFolder(u"/"));
 }
 
 }  // namespace

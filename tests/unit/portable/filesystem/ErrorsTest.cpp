@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <clocale>
 #include <system_error>
+#include <vector>
 
 namespace {
 
@@ -74,6 +75,13 @@ TEST(Errors, TextsAreEnglishInEveryLocale) {
         EXPECT_EQ("Input/output error", textOf(EIO));
         EXPECT_EQ("Unknown error 4711", textOf(4711));
     });
+}
+
+TEST(Errors, NameThePathConcernedAndTheOthersThatTookPart) {
+    const FsysExceptionBase failure("text", u"/from", {u"/to"});
+    EXPECT_EQ(u"/from", failure.get_path_name());
+    EXPECT_EQ(std::vector<std::u16string>{u"/to"}, failure.get_further_paths());
+    EXPECT_TRUE(AccessDenied(u"/from").get_further_paths().empty());
 }
 
 TEST(Errors, EntryOfAnEndedListingIsAnInvalidOperationWithoutPath) {

@@ -57,6 +57,24 @@ TEST(FileBuffer, ReadingAndWritingFollowEachOtherWithoutASeek) {
     EXPECT_EQ(test::contentOf(tree / "file"), "abXYeZ");
 }
 
+/// The part of a stream that only other buffers may ask for.
+class OpenFileBuffer : public file_buffer {
+public:
+    using file_buffer::overflow;
+};
+
+TEST(FileBuffer, TakesTheEndOfATextForAFlush) {
+    const test::TempTree tree;
+    const std::string path = tree / "file";
+    OpenFileBuffer buffer;
+    ASSERT_TRUE(buffer.open(std::wstring(path.begin(), path.end()), ios_base::out,
+                            fl::filesystem::share_mode::deny_none));
+    EXPECT_EQ('a', buffer.sputc('a'));
+    EXPECT_EQ("", test::contentOf(path));
+    EXPECT_NE(Traits::eof(), buffer.overflow(Traits::eof()));
+    EXPECT_EQ("a", test::contentOf(path));
+}
+
 TEST(FileBuffer, UngetGoesBackOverALargeRead) {
     const test::TempTree tree;
     const std::string content = test::someBytes(200000);

@@ -69,6 +69,16 @@ INSTANTIATE_TEST_SUITE_P(Sizes, RoundTrip,
                                           testing::Values(1, 1000, 16 * kKibi, 200 * kKibi),
                                           testing::Values(1, 4095, 16 * kKibi, 2048 * kKibi)));
 
+TEST(FileStreams, ShowTheBufferThatTheyReadAndWriteWith) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "text");
+    const auto in = opened<InputStream>(tree / "file");
+    EXPECT_EQ(static_cast<std::ios&>(*in).rdbuf(), in->rdbuf());
+    EXPECT_EQ('t', in->rdbuf()->sgetc());
+    const auto out = opened<OutputStream>(tree / "file");
+    EXPECT_EQ(static_cast<std::ios&>(*out).rdbuf(), out->rdbuf());
+}
+
 TEST(FileStreams, TextIsWrittenAsItIs) {
     const test::TempTree tree;
     const auto out = opened<OutputStream>(tree / "file");

@@ -4,6 +4,7 @@
 #include <pkgcore/platform/storage/Existence.hpp>
 #include <pkgcore/platform/storage/Folder.hpp>
 #include <pkgcore/platform/storage/IRIPrefix.hpp>
+#include <pkgcore/platform/storage/Listing.hpp>
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <utility>
 
 using namespace foundation::storage;
 using provider::makeMemoryProvider;
@@ -51,6 +53,28 @@ TEST(StorageSystem, HasNothingElseUnlessItIsMounted) {
     } catch (const vfs::UnsupportedIRISchemeException& failure) {
         EXPECT_EQ(failure.getScheme(), u"mem");
     }
+}
+
+TEST(StorageSystem, HasWhatWasMountedBeforeItsBuilderWasMoved) {
+    StorageSystemBuilder first;
+    first.mount(u"mem", makeMemoryProvider());
+    StorageSystemBuilder second(std::move(first));
+    StorageSystemBuilder third;
+    third = std::move(second);
+    makeFolder(u"mem://store/a", third.build());
+}
+
+TEST(StorageSystem, ListsWithAnIteratorAsTheLibraryOfCppHasThem) {
+    const StorageSystemReference storage = StorageSystemBuilder().mount(u"mem", makeMemoryProvider()).build();
+    makeFolder(u"mem://store/a", storage);
+    makeFolder(u"mem://store/b", storage);
+    vfs::Listing listing = vfs::Folder(CanonicalAbsoluteIRI(u"mem://store/"), storage).listAll(u"");
+    vfs::Listing::Iterator entry = listing.begin();
+    EXPECT_EQ(entry->getLocation(), CanonicalAbsoluteIRI(u"mem://store/a"));
+    entry++;
+    EXPECT_NE(entry, listing.end());
+    entry++;
+    EXPECT_EQ(entry, listing.end());
 }
 
 TEST(StorageSystem, KeepsTheAuthoritiesOfAStoreApart) {

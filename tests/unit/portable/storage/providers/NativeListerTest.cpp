@@ -3,14 +3,19 @@
 #include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
 
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/ScopedSystemCalls.hpp"
 #include "tests/support/TempTree.hpp"
+#include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 using foundation::storage::portable::NativeLister;
+using foundation::storage::provider::Kind;
 using foundation::storage::provider::ListItem;
 
 namespace {
@@ -49,6 +54,21 @@ TEST_P(NativeListing, ShowsEachEntryOnceAndInOrderWhateverThePage) {
 }
 
 TEST_P(NativeListing, OfAnEmptyFolderIsEmpty) { EXPECT_EQ(namesOf(newLister()).size(), 0u); }
+
+TEST_P(NativeListing, LooksAtEachEntryWhereTheFileSystemTellsNoKinds) {
+    test::makeFile(tree_ / "file");
+    test::makeFolder(tree_ / "folder");
+    test::makePipe(tree_ / "pipe");
+    test::ScopedSystemCalls calls;
+    test::hideKinds(calls);
+    std::vector<std::pair<Kind, bool>> found;
+    NativeLister lister = newLister();
+    for (auto page = lister.next(); !page.empty(); page = lister.next()) {
+        for (const ListItem& item : page) found.emplace_back(item.kind, item.isDevice);
+    }
+    EXPECT_EQ(found, (std::vector<std::pair<Kind, bool>>{
+                         {Kind::File, false}, {Kind::Folder, false}, {Kind::File, true}}));
+}
 
 TEST_P(NativeListing, GoesOnBehindWhatWasRemoved) {
     for (const char* name : {"a", "b", "c", "d", "e"}) {
