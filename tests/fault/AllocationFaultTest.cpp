@@ -78,6 +78,7 @@ protected:
             }
         }
         EXPECT_GT(at, 2) << "no allocation was counted";
+        RecordProperty("points", static_cast<int>(at - 2));  // the last one was not reached any more
     }
 
     const Operation& operation = GetParam();
@@ -89,6 +90,9 @@ TEST_P(AllocationFaultTest, NothingIsLostWhenOneFails) { failEachAllocation(fals
 TEST_P(AllocationFaultTest, NothingIsLostWhenMemoryIsUsedUp) { failEachAllocation(true); }
 
 INSTANTIATE_TEST_SUITE_P(Every, AllocationFaultTest, ::testing::ValuesIn(operations()),
+                         [](const auto& one) { return one.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(Local, AllocationFaultTest, ::testing::ValuesIn(localOperations()),
                          [](const auto& one) { return one.param.name; });
 
 }  // namespace

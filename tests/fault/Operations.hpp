@@ -51,6 +51,9 @@ struct ReportedFailure {};
 
 std::vector<Operation> operations();
 
+/// The same for every operation of the local back end that takes a call or two.
+std::vector<Operation> localOperations();
+
 /// The same for stores over files of the machine, through virtual storage.
 std::vector<Operation> storageOperations();
 

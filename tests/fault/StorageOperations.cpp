@@ -8,6 +8,8 @@
 #include "tests/fault/Operations.hpp"
 #include "tests/support/RawFiles.hpp"
 
+#include <boost/date_time/posix_time/posix_time.hpp>
+
 namespace test {
 
 namespace {
@@ -135,6 +137,52 @@ Operation readAndList(MakeGround makeGround, const std::string& name) {
     return operation;
 }
 
+/// One verb of a store on the trees.
+Operation verb(MakeGround makeGround, const std::string& name,
+               const std::function<std::string(const Workplace&)>& work) {
+    Operation operation;
+    operation.name = name;
+    operation.prepare = makeTrees;
+    operation.run = inStore(makeGround, work);
+    operation.recover = [](const TempTree& tree) { prepareAgain(tree, makeTrees); };
+    operation.harmless = kReadingIsHarmless;
+    return operation;
+}
+
+/// Of these, all is as it was or all is done.
+std::string lostByOneStep(const Outcome& outcome) {
+    return outcome.after == outcome.done ? std::string() : changed(outcome, isNothing);
+}
+
+void addVerbs(std::vector<Operation>& all, MakeGround ground, const std::string& suffix) {
+    const auto add = [&](const char* name, const std::function<void(const Workplace&)>& work) {
+        all.push_back(verb(ground, name + suffix, [work](const Workplace& place) {
+            work(place);
+            return std::string();
+        }));
+        all.back().lost = lostByOneStep;
+    };
+    add("CreateFolder", [](const Workplace& place) { place.folder(u"to/new").createFolder(); });
+    add("RemoveFile", [](const Workplace& place) { place.file(u"to/inner/to").removeFile(); });
+    add("MarkReadOnly", [](const Workplace& place) { place.file(u"to/inner/to").setWritable(false); });
+    add("SetTime", [](const Workplace& place) {
+        place.file(u"to/inner/to").setLastModified(boost::posix_time::from_time_t(1'000'000'000));
+    });
+    all.push_back(verb(ground, "Find" + suffix, [](const Workplace& place) {
+        return std::string(place.isMissing(u"to/inner/to") ? "missing" : "there") +
+               (place.isMissing(u"to/inner/none") ? "missing" : "there");
+    }));
+    all.back().lost = lostByOneStep;
+    all.push_back(verb(ground, "RemoveTree" + suffix, [](const Workplace& place) {
+        place.folder(u"to").removeFolder(vfs::FolderRemovalPolicy::WithContents);
+        return std::string();
+    }));
+    all.back().lost = [](const Outcome& outcome) {
+        return changedBesidesRemoval(outcome.before, outcome.after, "to");
+    };
+    all.back().harmless = kRemovalIsHarmless;
+}
+
 void addOperations(std::vector<Operation>& all, MakeGround ground, const std::string& suffix) {
     const auto makeFiles = [](const TempTree& tree) {
         makeFile(tree / "from", someBytes(100'000), 0640);
@@ -156,6 +204,7 @@ void addOperations(std::vector<Operation>& all, MakeGround ground, const std::st
         place.folder(u"from").moveFolder(place.folder(u"to"), kReplace);
     }));
     all.push_back(readAndList(ground, "ReadAndList" + suffix));
+    addVerbs(all, ground, suffix);
 }
 
 }  // namespace

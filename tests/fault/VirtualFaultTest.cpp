@@ -158,6 +158,7 @@ protected:
             ASSERT_LT(fault.number, 1000U);
         }
         EXPECT_GT(fault.number, 1U) << "no call was made";
+        RecordProperty("points", static_cast<int>(fault.number - 1));
     }
 };
 
