@@ -5,6 +5,7 @@
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/RunInChild.hpp"
+#include "tests/support/storage/PageSeals.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
@@ -123,7 +124,7 @@ TEST_F(Refusal, AStoreIsCutOff) {
 
 TEST_F(Refusal, TablesOfAnotherShapeAreDamage) {
     makeFile(someStore());
-    test::RawDatabase(file_.native()).run("ALTER TABLE orphan ADD COLUMN more INTEGER");
+    test::changeRows(file_.native(), "ALTER TABLE orphan ADD COLUMN more INTEGER");
     expectRefused(ErrorCode::NotRecoverable, "its tables are not those of a store");
 }
 
