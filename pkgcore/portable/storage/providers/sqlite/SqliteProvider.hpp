@@ -66,9 +66,9 @@ PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16st
 /// Makes the file of a store as small as what is in it: removed content leaves free pages in it, which are
 /// used again and do not go by themselves. What processes that have ended left half written goes, too.
 ///
-/// Others may have the store open, this process included, but while it works each of their changes waits, and
-/// at its end the readers do; a call that takes longer for it than its busyTime throws "busy" (code 7). The
-/// file gets smaller at once or, where the store has a write-ahead log, when the last one closes it.
+/// Others may have the store open, this process included, and wait while it works: all of them or, where the
+/// store has a write-ahead log, who changes something. A call that waits for longer than its busyTime throws
+/// "busy" (code 7). The file gets smaller at once; with a log, when nobody has the store open any more.
 ///
 /// It needs room for a second copy of what is in the store, in the folder for temporary files (SQLITE_TMPDIR,
 /// TMPDIR, /var/tmp or /tmp, the first one that can be written), and beside the store for a journal as large

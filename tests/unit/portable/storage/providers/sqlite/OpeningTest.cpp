@@ -128,6 +128,21 @@ TEST_F(Refusal, TablesOfAnotherShapeAreDamage) {
     expectRefused(ErrorCode::NotRecoverable, "its tables are not those of a store");
 }
 
+TEST_F(Refusal, AStoreWithoutRoomForTheSealsOfPagesIsLeftAlone) {
+    constexpr std::size_t kReservedAt = 20;
+    std::string bytes = someStore();
+    bytes[kReservedAt] = 0;
+    makeFile(bytes);
+    expectRefused(ErrorCode::NotSupported, "no room for checksums");
+}
+
+TEST_F(Refusal, WhatSqliteAloneHasWrittenIsDamage) {
+    const StoreFile other;
+    other.open();
+    test::RawDatabase(other.native()).run("VACUUM INTO '" + file_.native() + "'");
+    expectRefused(ErrorCode::NotRecoverable, "a page of the file does not fit its checksum");
+}
+
 TEST(SqliteOpening, AFolderAndAPipeAreNoStores) {
     const StoreFile file;
     test::makeFolder(file.tree() / "d");
