@@ -40,7 +40,7 @@ struct Header {
         }
         return number;
     }
-    std::size_t pageSize() const { return numberAt(kPageSizeAt) >> 16U; }
+    sqlite3_int64 pageSize() const { return numberAt(kPageSizeAt) >> 16U; }
     std::size_t reserved() const { return static_cast<unsigned char>(bytes[kReservedAt]); }
 };
 
@@ -93,7 +93,7 @@ void checkHeader(const Header& header) {
         fail(ErrorCode::NotSupported, "The store has version " + std::to_string(version) +
                                           ", and this library knows version " + std::to_string(kVersion));
     }
-    if (header.pageSize() != kPageSize || header.reserved() != kPageSealSize) {
+    if (header.pageSize() != static_cast<sqlite3_int64>(kPageSize) || header.reserved() != kPageSealSize) {
         fail(ErrorCode::NotSupported,
              "The pages of the store have no room for checksums: it was made by another program");
     }
@@ -109,7 +109,7 @@ void requireStore(const std::string& path) {
 void requireWholeFile(const std::string& path) {
     Connection connection(path, Access::Read, Milliseconds(0));
     const Header header = readHeader(connection);
-    const auto size = static_cast<sqlite3_int64>(header.pageSize() * header.numberAt(kPageCountAt));
+    const sqlite3_int64 size = header.pageSize() * header.numberAt(kPageCountAt);
     if (header.fileSize < size) {
         fail(ErrorCode::NotRecoverable, "The store is cut off: it has " + std::to_string(header.fileSize) +
                                             " of " + std::to_string(size) + " bytes");
