@@ -286,6 +286,37 @@ TEST_P(SqliteDamage, NoOtherByteIsTakenInTheHeader) {
     EXPECT_EQ(tally_.refused, tried);
 }
 
+/// As long as they may be, and the same but for the end.
+Tree storeLongNames(const StoreFile& file) {
+    const auto store = file.open();
+    for (char16_t last = u'a'; last <= u'l'; ++last) {
+        writeFile(*store, std::u16string(store->traits().maxNameLength - 1, u'n') + last,
+                  patternOf(last, 200));
+    }
+    return contentsOf(*store);
+}
+
+TEST(SqliteDamageOfLongNames, APageOfZerosHidesNone) {
+    const StoreFile file;
+    const Tree truth = storeLongNames(file);
+    const std::string whole = contentOf(file.native());
+    StoreFile::Options options = StoreFile::fast();
+    options.isReadOnly = true;
+    unsigned noticed = 0;
+    for (std::size_t page = 0; page < whole.size(); page += kPageSize) {
+        SCOPED_TRACE(page / kPageSize + 1);
+        ::unlink(file.native().c_str());
+        makeFile(file.native(), std::string(whole).replace(page, kPageSize, kPageSize, '\0'));
+        try {
+            const auto store = file.open(options);
+            noticed += Look(*store, truth, Expect::Everything).isNoticed() ? 1U : 0U;
+        } catch (const vfs::Exception&) {
+            ++noticed;
+        }
+    }
+    EXPECT_GE(noticed, 5U) << "the first one, those of names and those of contents";
+}
+
 INSTANTIATE_TEST_SUITE_P(Part, SqliteDamage, testing::Range(0U, kParts));
 
 }  // namespace

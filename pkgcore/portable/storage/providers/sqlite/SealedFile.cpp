@@ -45,7 +45,9 @@ std::uint64_t numberAt(sqlite3_int64 offset) noexcept {
 }
 
 /// A hole is what SQLite leaves where it never wrote a free page, and it may read it before it is written. In
-/// the place of a page that is in use it is damage to SQLite itself, for which no page begins with a zero.
+/// the place of a page of a table or an index it is damage to SQLite itself, for which none begins with a
+/// zero. The last page of a row that takes several may begin so, and passes: those are rows of chunks alone,
+/// for which a seal of their own covers the bytes and which are found by a number in front of them.
 bool isSound(const char* page, sqlite3_int64 offset) noexcept {
     return fitsSeal(page, numberAt(offset)) || isHole(page);
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 
 namespace foundation::storage::sqlite {
 
@@ -82,7 +83,9 @@ sqlite3_vfs& defaultVfs() {
 SealedVfs::SealedVfs()
     : name_("pkgcore-" + std::to_string(reinterpret_cast<std::uintptr_t>(this))),
       vfs_(sealedOver(defaultVfs(), name_.c_str())) {
-    sqlite3_vfs_register(&vfs_, 0);
+    if (sqlite3_vfs_register(&vfs_, 0) != SQLITE_OK) {
+        throw std::bad_alloc();  // nothing else keeps it from being known
+    }
 }
 
 SealedVfs::~SealedVfs() { sqlite3_vfs_unregister(&vfs_); }
