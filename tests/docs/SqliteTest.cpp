@@ -23,6 +23,8 @@ TEST(SqliteStores, AreOpenedWithOptions) {
 #include "sqlite/opening.inc"
         opc::FileSystemOpsSelector(storage).getVirtual().createFolders(u"sqlite://notes/a/b");
         EXPECT_TRUE(test::isThere(tree / "notes.db"));
+#include "sqlite/compacting.inc"
+        EXPECT_TRUE(opc::FileSystemOpsSelector(storage).getVirtual().exists(u"sqlite://notes/a/b"));
     });
 }
 

@@ -4,6 +4,7 @@
 #include "tests/sqlite/Tree.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/RunInChild.hpp"
+#include "tests/support/storage/PageSeals.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/StoreFile.hpp"
 
@@ -11,6 +12,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -132,12 +134,15 @@ TEST(SqliteSize, AFolderOfManyEntriesIsListedWithLittleMemory) {
 /// Adds a hole to a store that nobody has open, so that it has as many pages. False where no file can be so
 /// large.
 bool enlarge(const StoreFile& file, std::uint64_t pages) {
-    constexpr std::uint64_t kPageSize = 4096;
-    constexpr off_t kPageCountAt = 28;  // in the header of every SQLite database
-    if (::truncate(file.native().c_str(), static_cast<off_t>(pages * kPageSize)) != 0) return false;
+    constexpr std::size_t kPageCountAt = 28;  // in the header of every SQLite database
+    const auto size = static_cast<off_t>(pages * PageSeals::kPageSize);
+    if (::truncate(file.native().c_str(), size) != 0) return false;
     std::fstream bytes(file.native(), std::ios::in | std::ios::out | std::ios::binary);
-    bytes.seekp(kPageCountAt);
-    for (int shift = 24; shift >= 0; shift -= 8) bytes.put(static_cast<char>(pages >> shift));
+    std::array<char, PageSeals::kPageSize> first{};
+    bytes.read(first.data(), first.size());
+    for (std::size_t i = 0; i < 4; ++i) first[kPageCountAt + i] = static_cast<char>(pages >> (24 - 8 * i));
+    PageSeals::seal(first.data(), 1);
+    bytes.seekp(0).write(first.data(), first.size());
     return bytes.flush().good();
 }
 

@@ -36,6 +36,16 @@ public:
 
     int count(const std::string& table) { return std::stoi(run("SELECT count(*) FROM " + table)); }
 
+    /// Valid as long as this is.
+    sqlite3_file& file() {
+        sqlite3_file* file = nullptr;
+        sqlite3_file_control(handle_, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+        if (file == nullptr || file->pMethods == nullptr) {
+            throw std::runtime_error("the database has no file");
+        }
+        return *file;
+    }
+
 private:
     [[noreturn]] void fail() { throw std::runtime_error(sqlite3_errmsg(handle_)); }
 

@@ -35,7 +35,7 @@ void Connection::Close::operator()(sqlite3* handle) const noexcept { sqlite3_clo
 
 Connection::Connection(const std::string& path, Access access, Milliseconds busyTime) : patience_(busyTime) {
     sqlite3* handle = nullptr;
-    const int result = sqlite3_open_v2(path.c_str(), &handle, flagsOf(access), nullptr);
+    const int result = sqlite3_open_v2(path.c_str(), &handle, flagsOf(access), files_.name());
     handle_.reset(handle);  // there is one after most failures, too
     if (handle == nullptr) {
         throw std::bad_alloc();

@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Checksum.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Patience.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/SealedVfs.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Sql.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Statement.hpp>
 
@@ -18,7 +19,8 @@ using Milliseconds = std::chrono::milliseconds;
 /// How a database file is opened.
 enum class Access : unsigned char { Read, Write, Create };
 
-/// A connection to a database, for one thread at a time. Failures are exceptions of Errors.hpp.
+/// A connection to a database of which each page has a seal, for one thread at a time. Failures are
+/// exceptions of Errors.hpp.
 class Connection {
 public:
     /// Opens the file without reading any of it. Waits up to `busyTime` for others, in all its calls
@@ -64,6 +66,7 @@ private:
     void takeNumbers();
 
     Patience patience_;
+    SealedVfs files_;
     std::unique_ptr<sqlite3, Close> handle_;
     std::array<std::unique_ptr<Statement>, kSqlCount> statements_;
     Sealer sealer_{0};

@@ -68,7 +68,13 @@ ErrorCode codeOfReadOnly(int result) noexcept {
     }
 }
 
+/// A page of the store does not fit its seal.
+bool isUnsealed(int result) noexcept { return result == SQLITE_IOERR_DATA; }
+
 std::string messageOf(sqlite3* connection, int result) {
+    if (isUnsealed(result)) {
+        return "The stored data is damaged: a page of the file does not fit its checksum";
+    }
     std::string message = isCutOff(result) ? "A change was cut off: open the store once for writing. " : "";
     message += "SQLite: ";
     message += sqlite3_errstr(result);
@@ -141,7 +147,7 @@ ErrorCode storageCode(int result, int systemError) noexcept {
             return ErrorCode::AccessDenied;
         case SQLITE_CANTOPEN:
         case SQLITE_IOERR:
-            return codeOfSystem(systemError);
+            return isUnsealed(result) ? ErrorCode::NotRecoverable : codeOfSystem(systemError);
         // The statements are fixed and the schema was checked: what does not fit them is damage.
         case SQLITE_CORRUPT:
         case SQLITE_NOTADB:

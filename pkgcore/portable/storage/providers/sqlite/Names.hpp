@@ -6,8 +6,10 @@
 
 namespace foundation::storage::sqlite {
 
-/// In UTF-16 units: as long as no file system has them, and short enough for a page of a listing.
-inline constexpr std::size_t kMaxNameLength = 4096;
+/// In UTF-16 units: longer than file systems have them. The row of an entry stays within its page then, of
+/// which SQLite gives 1000 bytes to each, 80 for all but the name. What a row has in pages of its own may be
+/// read as zeros where such a page was lost (see SealedFile.cpp), and the name is what the row is found by.
+inline constexpr std::size_t kMaxNameLength = 450;
 
 /// A name as it is stored: UTF-16, the high byte of each unit first, so that bytes compare as units do. Every
 /// sequence of units has its form, unpaired surrogates too.

@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 
 #include <sqlite3.h>
@@ -22,6 +23,7 @@ namespace {
 constexpr int kHeaderSize = 100;
 constexpr std::string_view kMagic("SQLite format 3\0", 16);
 constexpr std::size_t kPageSizeAt = 16;  // in two bytes
+constexpr std::size_t kReservedAt = 20;  // in one
 constexpr std::size_t kPageCountAt = 28;
 constexpr std::size_t kUserVersionAt = 60;
 constexpr std::size_t kApplicationIdAt = 68;
@@ -38,6 +40,8 @@ struct Header {
         }
         return number;
     }
+    sqlite3_int64 pageSize() const { return numberAt(kPageSizeAt) >> 16U; }
+    std::size_t reserved() const { return static_cast<unsigned char>(bytes[kReservedAt]); }
 };
 
 Header readHeader(Connection& connection) {
@@ -89,6 +93,10 @@ void checkHeader(const Header& header) {
         fail(ErrorCode::NotSupported, "The store has version " + std::to_string(version) +
                                           ", and this library knows version " + std::to_string(kVersion));
     }
+    if (header.pageSize() != static_cast<sqlite3_int64>(kPageSize) || header.reserved() != kPageSealSize) {
+        fail(ErrorCode::NotSupported,
+             "The pages of the store have no room for checksums: it was made by another program");
+    }
 }
 
 }  // namespace
@@ -101,8 +109,7 @@ void requireStore(const std::string& path) {
 void requireWholeFile(const std::string& path) {
     Connection connection(path, Access::Read, Milliseconds(0));
     const Header header = readHeader(connection);
-    const sqlite3_int64 pageSize = header.numberAt(kPageSizeAt) >> 16U;
-    const sqlite3_int64 size = pageSize * header.numberAt(kPageCountAt);
+    const sqlite3_int64 size = header.pageSize() * header.numberAt(kPageCountAt);
     if (header.fileSize < size) {
         fail(ErrorCode::NotRecoverable, "The store is cut off: it has " + std::to_string(header.fileSize) +
                                             " of " + std::to_string(size) + " bytes");

@@ -3,6 +3,9 @@
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Entries.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
+
+#include <sqlite3.h>
 
 #include <iterator>
 #include <random>
@@ -40,7 +43,14 @@ constexpr const char* kTables[] = {
 
 // Texts are UTF-16 with the high byte first, as names are: so the sqlite3 program shows them with CAST(name
 // AS TEXT).
-constexpr const char* kPreparation = "PRAGMA page_size = 4096; PRAGMA encoding = 'UTF-16be'";
+constexpr const char* kEncoding = "PRAGMA encoding = 'UTF-16be'";
+
+/// Before there is a page: room for its seal.
+void reserveSeals(Connection& connection) {
+    connection.execute(("PRAGMA page_size = " + std::to_string(kPageSize)).c_str());
+    int reserved = kPageSealSize;
+    sqlite3_file_control(connection.get(), "main", SQLITE_FCNTL_RESERVE_BYTES, &reserved);
+}
 
 std::int64_t randomKey() {
     std::random_device source;
@@ -72,7 +82,8 @@ std::string quoted(const char* text) {
 }  // namespace
 
 void createSchema(Connection& connection) {
-    connection.execute(kPreparation);
+    reserveSeals(connection);
+    connection.execute(kEncoding);
     Transaction transaction(connection, Access::Write);
     connection.execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
     markVersion(connection);

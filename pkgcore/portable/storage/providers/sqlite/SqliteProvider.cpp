@@ -199,9 +199,8 @@ SharedStore openStore(const std::string& path, const SqliteOptions& options) {
     }
 }
 
-}  // namespace
-
-std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path, const SqliteOptions& options) {
+/// Rid of what ended processes have left, if it may be changed.
+SharedStore openTidyStore(const std::u16string& path, const SqliteOptions& options) {
     if (sqlite3_threadsafe() == 0) {
         fail(ErrorCode::NotSupported, "This SQLite was built for programs without threads");
     }
@@ -211,7 +210,20 @@ std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path, const S
     if (!options.isReadOnly) {
         sweep(*store);
     }
-    return std::make_shared<SqliteProvider>(std::move(store));
+    return store;
+}
+
+}  // namespace
+
+std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path, const SqliteOptions& options) {
+    return std::make_shared<SqliteProvider>(openTidyStore(path, options));
+}
+
+void compactSqliteStore(const std::u16string& path, std::chrono::milliseconds busyTime) {
+    SqliteOptions options;
+    options.mayCreate = false;
+    options.busyTime = busyTime;
+    openTidyStore(path, options)->compact();
 }
 
 }  // namespace foundation::storage::provider

@@ -38,9 +38,9 @@ struct SqliteOptions {
 
 /// A store in one file, an SQLite database of a layout of its own (docs/providers/sqlite.md). Several
 /// processes may have it open at once. All that is in it takes 16 TiB at most, in folders of any size; a
-/// folder is moved, and removed from sight, as fast as a file. Every byte and every name is under a checksum:
-/// a file that is read has the bytes that were written to it, or the call throws "damaged" (code 10). Damage
-/// that hides an entry is not noticed: the entry is "not found" then.
+/// folder is moved, and removed from sight, as fast as a file. Every page of the file, every content and
+/// every name is under a checksum (XXH3): what is read or listed is what was written, and what is not found
+/// was not there, or the call throws "damaged" (code 10).
 ///
 /// `path` is a native path. A relative one is resolved now, and a later change of the working directory does
 /// not matter. What a process that has ended left half written is cleaned up now. While the store is open,
@@ -62,5 +62,25 @@ struct SqliteOptions {
 /// Where the name of a new store cannot be brought to the disk, that is an IOError, and the store stays.
 PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16string& path,
                                                                 const SqliteOptions& options = {});
+
+/// Makes the file of a store as small as what is in it: removed content leaves free pages in it, which are
+/// used again and do not go by themselves. What processes that have ended left half written goes, too.
+///
+/// Others may have the store open, this process included, and wait while it works: all of them or, where the
+/// store has a write-ahead log, who changes something. A call that waits for longer than its busyTime throws
+/// "busy" (code 7). The file gets smaller at once; with a log, when nobody has the store open any more.
+///
+/// It needs room for a second copy of what is in the store, in the folder for temporary files (SQLITE_TMPDIR,
+/// TMPDIR, /var/tmp or /tmp, the first one that can be written), and beside the store for a journal as large
+/// as the file was.
+///
+/// Throws foundation::storage::vfs::Exception, and then the store is as it was:
+/// - TemporarilyBusy if others are at work for longer than `busyTime`;
+/// - NoSpace where that room is missing;
+/// - NotRecoverable where damage is found: every page that is in use is read;
+/// - what openSqliteProvider() throws; NotFound if there is no store, since none is made.
+/// If the process ends meanwhile, who opens the store for writing next undoes what was done.
+PKGCORE_SQLITE_API void compactSqliteStore(
+    const std::u16string& path, std::chrono::milliseconds busyTime = std::chrono::milliseconds(5000));
 
 }  // namespace foundation::storage::provider

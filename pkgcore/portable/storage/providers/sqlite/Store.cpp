@@ -175,6 +175,20 @@ void Store::sync() {
     transaction.commit();
 }
 
+// SQLite makes the copy in a temporary file, and then brings it in by one transaction. In memory, as other
+// temporary things are, a large store would have no room.
+void Store::compact() {
+    requireOwnProcess();
+    requireWritable();
+    Patience patience(options_.busyTime);
+    const Passage passage(gate_, patience);
+    Lease lease(*this, patience);
+    requireInPlace();
+    lease.connection().execute("PRAGMA temp_store = FILE");
+    lease.connection().execute("VACUUM");
+    lease.connection().execute("PRAGMA temp_store = MEMORY");
+}
+
 void Store::requireWritable() const {
     if (options_.isReadOnly) {
         fail(ErrorCode::ReadOnlyStorage);

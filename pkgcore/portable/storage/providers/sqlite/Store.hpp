@@ -55,6 +55,9 @@ public:
     /// Returns when the changes so far are on the disk, whatever the durability is.
     void sync();
 
+    /// Writes all of it anew without the free pages. Nobody may be reading or writing meanwhile; "busy" then.
+    void compact();
+
     /// Throws "read-only" if it is.
     void requireWritable() const;
 

@@ -5,6 +5,7 @@
 
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/storage/BeforeChange.hpp"
+#include "tests/support/storage/PageSeals.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
@@ -117,7 +118,7 @@ TEST_F(SqliteContentWithoutPins, WhatIsSweptAwayIsNotPublished) {
 
 TEST_F(SqliteContentWithoutPins, NoOrphanIsContinuedOfWhichAPartIsGone) {
     auto writer = beginFile(*store, u"huge", huge);
-    raw().run("DELETE FROM chunk WHERE id = (SELECT max(id) FROM chunk)");
+    test::changeRows(raw(), "DELETE FROM chunk WHERE id = (SELECT max(id) FROM chunk)");
     PKGCORE_EXPECT_FAILURE(IOError, writer->write(huge.data(), huge.size()));
     PKGCORE_EXPECT_FAILURE(IOError, writer->commit());
     writer.reset();

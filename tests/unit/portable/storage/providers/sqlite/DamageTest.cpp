@@ -1,10 +1,11 @@
-// A store whose rows were changed: what is read is what was written, or reading fails.
+// A store whose rows were changed and whose pages are whole: what is read is what was written, or reading
+// fails.
 
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/storage/PageSeals.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
-#include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gtest/gtest.h>
@@ -96,12 +97,12 @@ INSTANTIATE_TEST_SUITE_P(Of, SqliteDamage, testing::ValuesIn(kChanges),
                          [](const auto& one) { return std::string(one.param.name); });
 
 TEST_P(SqliteDamage, IsFoundByReading) {
-    test::RawDatabase(file.native()).run(GetParam().sql);
+    test::changeRows(file.native(), GetParam().sql);
     PKGCORE_EXPECT_FAILURE(NotRecoverable, readInAllWays(*file.open(), Path(GetParam().path)));
 }
 
 TEST_P(SqliteDamage, IsNotCopied) {
-    test::RawDatabase(file.native()).run(GetParam().sql);
+    test::changeRows(file.native(), GetParam().sql);
     PKGCORE_EXPECT_FAILURE(NotRecoverable, file.open()->copy(Path(GetParam().path), Path(u"copy"), kFail));
 }
 
@@ -110,7 +111,7 @@ TEST(SqliteDamageElsewhere, AMarkAndATimeAreUnderTheChecksum) {
          {"writable = 1 - writable", "modified = modified + 1", "seal = seal + 1"}) {
         const test::StoreFile file;
         writeFile(*file.open(), u"f", "text");
-        test::RawDatabase(file.native()).run(std::string("UPDATE entry SET ") + change + " WHERE parent = 1");
+        test::changeRows(file.native(), std::string("UPDATE entry SET ") + change + " WHERE parent = 1");
         const auto store = file.open();
         PKGCORE_EXPECT_FAILURE(NotRecoverable, store->find(Path(u"f")));
         PKGCORE_EXPECT_FAILURE(NotRecoverable, store->list(Path())->next());
@@ -120,7 +121,7 @@ TEST(SqliteDamageElsewhere, AMarkAndATimeAreUnderTheChecksum) {
 TEST(SqliteDamageElsewhere, WhatIsReadInPiecesIsCheckedToo) {
     const test::StoreFile file;
     writeFile(*file.open(), u"f", kLarge);
-    test::RawDatabase(file.native()).run("UPDATE chunk SET seal = seal + 1 WHERE id & 1");
+    test::changeRows(file.native(), "UPDATE chunk SET seal = seal + 1 WHERE id & 1");
     const auto reader = file.open()->openReader(Path(u"f"));
     char byte = 0;
     EXPECT_EQ(reader->readAt(10, &byte, 1), 1U);
@@ -144,7 +145,7 @@ TEST(SqliteDamageElsewhere, AFolderThatSeemsToHoldItselfIsRemoved) {
         for (const char16_t* const folder : {u"d", u"d/e", u"guarded"}) store->createFolder(Path(folder));
         store->setWritable(Path(u"guarded"), false);
     }
-    test::RawDatabase(file.native()).run("UPDATE entry SET id = parent WHERE name = CAST('e' AS BLOB)");
+    test::changeRows(file.native(), "UPDATE entry SET id = parent WHERE name = CAST('e' AS BLOB)");
     const auto store = file.open();
     store->removeTree(Path(u"d"));
     EXPECT_FALSE(store->find(Path(u"d")));
@@ -154,8 +155,7 @@ TEST(SqliteDamageElsewhere, AFolderThatSeemsToHoldItselfIsRemoved) {
 TEST(SqliteDamageElsewhere, NothingIsErasedThatTheListOfOrphansOnlySeemsToName) {
     const test::StoreFile file;
     writeFile(*file.open(), u"f", kLarge);
-    test::RawDatabase(file.native())
-        .run("INSERT INTO orphan SELECT content, 0, 0, 0 FROM entry WHERE size > 0");
+    test::changeRows(file.native(), "INSERT INTO orphan SELECT content, 0, 0, 0 FROM entry WHERE size > 0");
     EXPECT_EQ(test::readFile(*file.open(), u"f"), kLarge);
 }
 

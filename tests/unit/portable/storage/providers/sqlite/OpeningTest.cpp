@@ -5,6 +5,7 @@
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/RunInChild.hpp"
+#include "tests/support/storage/PageSeals.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
@@ -123,8 +124,23 @@ TEST_F(Refusal, AStoreIsCutOff) {
 
 TEST_F(Refusal, TablesOfAnotherShapeAreDamage) {
     makeFile(someStore());
-    test::RawDatabase(file_.native()).run("ALTER TABLE orphan ADD COLUMN more INTEGER");
+    test::changeRows(file_.native(), "ALTER TABLE orphan ADD COLUMN more INTEGER");
     expectRefused(ErrorCode::NotRecoverable, "its tables are not those of a store");
+}
+
+TEST_F(Refusal, AStoreWithoutRoomForTheSealsOfPagesIsLeftAlone) {
+    constexpr std::size_t kReservedAt = 20;
+    std::string bytes = someStore();
+    bytes[kReservedAt] = 0;
+    makeFile(bytes);
+    expectRefused(ErrorCode::NotSupported, "no room for checksums");
+}
+
+TEST_F(Refusal, WhatSqliteAloneHasWrittenIsDamage) {
+    const StoreFile other;
+    other.open();
+    test::RawDatabase(other.native()).run("VACUUM INTO '" + file_.native() + "'");
+    expectRefused(ErrorCode::NotRecoverable, "a page of the file does not fit its checksum");
 }
 
 TEST(SqliteOpening, AFolderAndAPipeAreNoStores) {

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <string>
+
+namespace foundation::storage::sqlite {
+
+/// A file system for one connection of SQLite: the one that was the default when this was made, with each
+/// page of the store sealed on its way. One for each connection, so that it lies over what is the default at
+/// that time, and nothing stays behind. It must outlive the connection, and so must what is below.
+class SealedVfs {
+public:
+    SealedVfs();
+    ~SealedVfs();
+    SealedVfs(const SealedVfs&) = delete;
+    SealedVfs& operator=(const SealedVfs&) = delete;
+
+    /// By which SQLite knows it.
+    const char* name() const noexcept { return name_.c_str(); }
+
+private:
+    std::string name_;
+    sqlite3_vfs vfs_;
+};
+
+}  // namespace foundation::storage::sqlite
