@@ -3,9 +3,10 @@
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Entries.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Random.hpp>
 
 #include <iterator>
-#include <random>
+#include <limits>
 #include <string>
 
 namespace foundation::storage::sqlite {
@@ -43,9 +44,9 @@ constexpr const char* kTables[] = {
 constexpr const char* kPreparation = "PRAGMA page_size = 4096; PRAGMA encoding = 'UTF-16be'";
 
 std::int64_t randomKey() {
-    std::random_device source;
-    const auto high = static_cast<std::int64_t>(source() & 0x7FFFFFFFU);
-    return high << 32 | source();
+    std::int64_t key = 0;
+    fillRandom(&key, sizeof key);
+    return key & std::numeric_limits<std::int64_t>::max();
 }
 
 std::int64_t sealOf(const Connection& connection, std::int64_t next) {
