@@ -164,6 +164,7 @@ void Store::sync() {
     if (options_.isReadOnly || options_.durability == SqliteDurability::Full) {
         return;
     }
+    requireOwnProcess();
     inTurn([this](Connection& connection) {
         const FullDurability durability(connection);
         change(connection, markVersion);

@@ -34,9 +34,11 @@ public:
         return finish(lease.connection(), body, [&transaction] { transaction.commit(); });
     }
 
-    /// Calls body(connection) within a transaction, and commits it. Nothing is changed if it throws.
+    /// Calls body(connection) within a transaction, and commits it. Nothing is changed if it throws, unless
+    /// the store has gone.
     template <typename Body>
     auto write(Body body) {
+        requireOwnProcess();
         requireWritable();
         return inTurn([this, &body](Connection& connection) { return change(connection, body); });
     }
@@ -71,7 +73,6 @@ private:
     /// Calls use(connection) when no other thread of the process is at that.
     template <typename Use>
     auto inTurn(Use use) {
-        requireOwnProcess();
         Patience patience(options_.busyTime);
         const Passage passage(gate_, patience);
         Lease lease(*this, patience);
