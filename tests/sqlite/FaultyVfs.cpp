@@ -103,14 +103,14 @@ int characteristics(sqlite3_file* file) {
 }
 
 int mapShared(sqlite3_file* file, int page, int size, int extend, void volatile** out) {
-    return forward(file,
-                   [=](auto& methods, auto* real) { return methods.xShmMap(real, page, size, extend, out); });
+    return pass(file, {Kind::MapShared, {}, nullptr, 0, 0},
+                [=](auto& methods, auto* real) { return methods.xShmMap(real, page, size, extend, out); });
 }
 
 int lockShared(sqlite3_file* file, int offset, int count, int flags) {
     const auto lock = [=](auto& methods, auto* real) { return methods.xShmLock(real, offset, count, flags); };
     return (flags & SQLITE_SHM_UNLOCK) != 0 ? forward(file, lock)
-                                            : pass(file, {Kind::Lock, {}, nullptr, 0, 0}, lock);
+                                            : pass(file, {Kind::LockShared, {}, nullptr, 0, 0}, lock);
 }
 
 void sharedBarrier(sqlite3_file* file) {

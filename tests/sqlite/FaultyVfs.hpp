@@ -9,7 +9,19 @@ namespace test {
 
 /// A call of SQLite to the files below it.
 struct VfsCall {
-    enum class Kind : unsigned char { Open, Delete, Read, Write, Truncate, Sync, FileSize, Lock };
+    /// The last two are of the memory that the users of a write-ahead log share.
+    enum class Kind : unsigned char {
+        Open,
+        Delete,
+        Read,
+        Write,
+        Truncate,
+        Sync,
+        FileSize,
+        Lock,
+        MapShared,
+        LockShared
+    };
 
     Kind kind = Kind::Open;
     std::string path;

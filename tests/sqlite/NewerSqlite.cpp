@@ -1,6 +1,7 @@
 // Makes this program's SQLite pass for the first one with which stores have a write-ahead log, so that what
-// goes on in and around the log is tested with older ones, too. They are not safe with a log where
-// connections are at work at the same instant, which is why only tests of one thread are run so.
+// goes on in and around the log is tested with older ones, too. In them, connections that write and empty
+// the log at the very same instant can damage the database; the tests with threads and processes have not met
+// that.
 
 #include <sqlite3.h>
 

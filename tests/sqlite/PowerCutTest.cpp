@@ -4,6 +4,7 @@
 
 #include "tests/sqlite/Change.hpp"
 #include "tests/sqlite/FaultyVfs.hpp"
+#include "tests/sqlite/Log.hpp"
 #include "tests/sqlite/Soundness.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/storage/StoreFile.hpp"
@@ -38,14 +39,10 @@ public:
     explicit Disk(unsigned seed) : random_(seed) {}
 
     void note(const VfsCall& call) {
-        if (call.kind == Kind::Open && isThere(call.path))
-            files_.try_emplace(call.path, File{contentOf(call.path), true, {}});
+        if (call.kind == Kind::Open) open(call.path);
         if (call.kind == Kind::Write) pending(call).push_back({call.offset, textOf(call), false});
         if (call.kind == Kind::Truncate) pending(call).push_back({call.size, {}, true});
-        if (call.kind == Kind::Sync) {
-            files_[call.path] = {contentOf(call.path), true, {}};
-            deleted_.erase(call.path);  // a new file is synced with its folder
-        }
+        if (call.kind == Kind::Sync) sync(call.path);
         if (call.kind == Kind::Delete) remove(call);
     }
 
@@ -69,8 +66,24 @@ private:
     struct File {
         std::string durable;
         bool isNamed = false;
+        bool isNew = false;
         std::vector<Write> pending;
     };
+
+    void open(const std::string& path) {
+        if (!isThere(path)) {
+            files_[path].isNew = true;
+        } else {
+            files_.try_emplace(path, File{contentOf(path), true, false, {}});
+        }
+    }
+
+    /// A new file is synced with its folder, and with what is no longer in it.
+    void sync(const std::string& path) {
+        deleted_.erase(path);
+        if (files_[path].isNew) deleted_.clear();
+        files_[path] = {contentOf(path), true, false, {}};
+    }
 
     /// Where the folder is not synced, the old file may come back.
     void remove(const VfsCall& call) {
@@ -141,8 +154,7 @@ protected:
     /// The scenario with the power failing at this change of a file. False if it was never reached.
     bool run(unsigned number) {
         SCOPED_TRACE(number);
-        ::unlink((file_.native() + "-journal").c_str());
-        ::unlink(file_.native().c_str());
+        removeStore(file_);
         makeFile(file_.native(), empty_);
         Disk disk(number);
         states_ = {Tree()};
@@ -175,8 +187,13 @@ private:
     /// Notes each state that was acknowledged, and that which was not.
     void makeChanges() {
         try {
-            const auto store = file_.open(options());
-            for (const Change& change : allKinds(GetParam().largeSize)) {
+            auto store = file_.open(options());
+            const std::vector<Change> changes = allKinds(GetParam().largeSize);
+            for (const Change& change : changes) {
+                if (&change == &changes[changes.size() / 2]) {
+                    store.reset();
+                    store = file_.open(options());
+                }
                 Tree next = states_.back();
                 ASSERT_TRUE(change.makeIn(next));
                 isLastOpen_ = true;
@@ -209,8 +226,9 @@ private:
 
 TEST_P(SqlitePowerCut, LeavesWhatWasPromised) {
     unsigned number = 1;
-    while (run(number) && !HasFailure()) number += GetParam().step;
-    RecordProperty("cuts", static_cast<int>(number - 1));
+    unsigned cuts = 0;
+    for (; run(number) && !HasFailure(); number += faultStep() * GetParam().step) ++cuts;
+    RecordProperty("cuts", static_cast<int>(cuts));
     EXPECT_GE(number, 50U) << "so often at least is a file changed";
 }
 

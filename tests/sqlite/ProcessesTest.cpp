@@ -3,6 +3,7 @@
 #include <pkgcore/platform/storage/Exceptions.hpp>
 
 #include "tests/sqlite/Child.hpp"
+#include "tests/sqlite/Log.hpp"
 #include "tests/sqlite/Soundness.hpp"
 #include "tests/sqlite/Tree.hpp"
 #include "tests/support/RawFiles.hpp"
@@ -11,7 +12,6 @@
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 
 #include <chrono>
 #include <thread>
@@ -305,7 +305,7 @@ TEST(SqliteProcesses, AReaderWaitsForWhoHasItAloneAsLongAsItWasTold) {
     StoreFile::Options options = StoreFile::fast();
     options.busyTime = 300ms;
     const auto store = file.open(options);
-    if (sqlite3_libversion_number() >= 3'051'003) GTEST_SKIP() << "with a log, readers wait for nobody";
+    if (storesHaveLog()) GTEST_SKIP() << "with a log, readers wait for nobody";
     {
         const Holder holder(file, "BEGIN EXCLUSIVE");
         expectBusy(options.busyTime, [&] { store->find(Path(u"d")); });
@@ -321,7 +321,7 @@ TEST(SqliteProcesses, AReaderThatStaysKeepsAChangeFromHappeningAtAll) {
     options.busyTime = 300ms;
     const auto store = file.open(options);
     writeFile(*store, u"f", "old");
-    if (sqlite3_libversion_number() >= 3'051'003) GTEST_SKIP() << "with a log, nobody waits for readers";
+    if (storesHaveLog()) GTEST_SKIP() << "with a log, nobody waits for readers";
     {
         const Holder holder(file, "BEGIN; SELECT count(*) FROM entry");
         expectBusy(options.busyTime, [&] { writeFile(*store, u"f", "new"); });
@@ -336,7 +336,7 @@ TEST(SqliteProcesses, TheJournalIsThatWhichThisSqliteIsSafeWith) {
     const StoreFile file;
     const auto store = file.open(StoreFile::Options());  // the journal of Normal stays for no time
     writeFile(*store, u"f", "text");
-    const bool hasLog = sqlite3_libversion_number() >= 3'051'003;
+    const bool hasLog = storesHaveLog();
     EXPECT_EQ(isThere(file.native() + "-wal"), hasLog);
     EXPECT_EQ(isThere(file.native() + "-journal"), !hasLog);
 }

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -33,6 +35,10 @@ std::vector<std::string> filesBeside(const StoreFile& file) {
         names.push_back(entry.path().filename().string());
     }
     return names;
+}
+
+void removeStore(const StoreFile& file) {
+    for (const std::string& name : filesBeside(file)) ::unlink((file.tree() / name).c_str());
 }
 
 unsigned amountOf(const char* variable, unsigned usual) {

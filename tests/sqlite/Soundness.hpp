@@ -11,7 +11,9 @@ namespace test {
 /// nothing is in it that no entry leads to, and nothing beside it.
 void expectSound(const StoreFile& file);
 
-/// The names in the folder of the store.
+/// With everything that a killed or failing process may have left beside it.
+void removeStore(const StoreFile& file);
+
 std::vector<std::string> filesBeside(const StoreFile& file);
 
 /// Sanitizers take time and memory.

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
 namespace foundation::storage::sqlite {
+
+/// A number as it is sealed: the low byte first, on every machine.
+using NumberBytes = std::array<char, 8>;
+NumberBytes bytesOf(std::int64_t number) noexcept;
 
 /// What the rows of a store are sealed with: XXH3 in 64 bits, over the row and over where it belongs. A row
 /// that was changed, or that turns up in the place of another one or in another store, does not fit its seal.

@@ -11,7 +11,6 @@ namespace foundation::storage::sqlite {
 
 namespace {
 
-constexpr auto kChunk = static_cast<std::int64_t>(kChunkSize);
 constexpr std::int64_t kMaxIndex = (std::int64_t{1} << kChunkBits) - 1;
 
 std::int64_t chunkId(std::int64_t content, std::int64_t index) {

@@ -2,6 +2,8 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/PathBytes.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Random.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Recognition.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 
@@ -11,7 +13,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <random>
 #include <string_view>
 #include <utility>
 
@@ -36,10 +37,11 @@ std::string freshName(const std::string& path) {
     constexpr std::string_view kEnding = ".new";
     constexpr std::size_t kAdded = 1 + kLength + kEnding.size() + kJournal.size();
     const bool isLong = lengthOfName(path) > kMaxFileName - kAdded;
-    std::random_device source;
+    unsigned char draws[kLength];
+    fillRandom(draws, sizeof draws);
     std::string name = (isLong ? folderOf(path) + "store" : path) + '.';
-    for (std::size_t i = 0; i < kLength; ++i) {
-        name += kDigits[source() % 32];
+    for (const unsigned char draw : draws) {
+        name += kDigits[draw % 32];
     }
     return name.append(kEnding);
 }
@@ -105,7 +107,9 @@ bool holdsSomething(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 && status.st_size > 0;
 }
 
-/// SQLite would bring what is in the journal of a store that has gone into the new one.
+/// SQLite would bring what is in the journal of a store that has gone into the new one. One that appears only
+/// after this belongs to somebody at work in a store that was deleted meanwhile: that can happen at any time
+/// later, too, and cannot be told from the journal of the first one who changes the new store.
 void requireNoJournal(const std::string& path) {
     for (const char* const ending : {"-journal", "-wal"}) {
         const bool isInTheWay = holdsSomething(path + ending) && look(path) == Found::Nothing;
@@ -124,6 +128,7 @@ bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {
              "The name of the store is too long: its journal needs a longer one");
     }
     NewFile file(freshName(path));
+    requireFitting(file.path());
     {
         Connection connection(file.path(), Access::Create, busyTime);
         connection.execute("PRAGMA synchronous = FULL");

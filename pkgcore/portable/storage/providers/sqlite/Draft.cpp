@@ -19,8 +19,6 @@ namespace {
 /// So much is kept in memory before it goes into the store: a transaction may cost a wait for the disk.
 constexpr std::size_t kSpillSize = 64 * kChunkSize;
 
-constexpr auto kChunk = static_cast<std::int64_t>(kChunkSize);
-
 std::size_t fullSize(std::size_t size) noexcept { return size / kChunkSize * kChunkSize; }
 
 }  // namespace

@@ -28,10 +28,8 @@ std::u16string_view takeName(std::u16string_view& path) {
 }
 
 void append(std::string& bytes, std::int64_t number) {
-    auto rest = static_cast<std::uint64_t>(number);
-    for (int i = 0; i < 8; ++i, rest >>= 8U) {
-        bytes += static_cast<char>(rest & 0xFFU);
-    }
+    const NumberBytes part = bytesOf(number);
+    bytes.append(part.data(), part.size());
 }
 
 }  // namespace

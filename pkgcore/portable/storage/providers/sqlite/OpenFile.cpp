@@ -20,7 +20,6 @@ bool isSameContent(const Entry& one, const Entry& other) noexcept {
 
 /// How many bytes of the content are in this chunk.
 std::size_t sizeOfChunk(std::int64_t size, std::int64_t index) noexcept {
-    constexpr auto kChunk = static_cast<std::int64_t>(kChunkSize);
     return static_cast<std::size_t>(std::min(kChunk, size - index * kChunk));
 }
 

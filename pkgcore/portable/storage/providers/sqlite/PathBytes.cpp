@@ -4,6 +4,8 @@
 #include <pkgcore/platform/i18n/CvtException.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 
+#include <sqlite3.h>
+
 #include <string_view>
 
 namespace foundation::storage::sqlite {
@@ -49,6 +51,19 @@ std::string pathBytes(const std::u16string& path) {
         return bytes[0] == '/' ? bytes : "./" + bytes;
     } catch (const fl::i18n::CvtExceptionBase&) {
         fail(ErrorCode::NotSupported, "The path of the store is no valid text");
+    }
+}
+
+void requireFitting(const std::string& path) {
+    constexpr std::size_t kEnding = std::string_view("-journal").size();
+    constexpr int kLongest = 8192;
+    sqlite3_vfs& files = *sqlite3_vfs_find(nullptr);
+    std::string full(kLongest, '\0');
+    // What is wrong with a path that has no full form is found out by opening it.
+    const bool isKnown = files.xFullPathname(&files, path.c_str(), kLongest, full.data()) == SQLITE_OK;
+    full.resize(isKnown ? full.find('\0') : 0);
+    if (full.size() + kEnding > static_cast<std::size_t>(files.mxPathname)) {
+        fail(ErrorCode::NotSupported, "The path of the store is too long for SQLite");
     }
 }
 

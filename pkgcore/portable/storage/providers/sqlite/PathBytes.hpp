@@ -9,4 +9,8 @@ namespace foundation::storage::sqlite {
 /// "file:x". NotFound for an empty path and NotSupported for one without a form in bytes.
 std::string pathBytes(const std::u16string& path);
 
+/// NotSupported unless SQLite has room for the path with all that is before a relative one, and for the
+/// longer names of the files beside it.
+void requireFitting(const std::string& path);
+
 }  // namespace foundation::storage::sqlite

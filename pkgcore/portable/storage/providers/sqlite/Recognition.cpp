@@ -119,7 +119,8 @@ void requireWholeFile(const std::string& path) {
 Found look(const std::string& path) {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
-        if (errno == ENOENT) {
+        const bool canBeNothingElse = errno == ENOENT || errno == ENAMETOOLONG;
+        if (canBeNothingElse) {
             return Found::Nothing;
         }
         failWithSystem(errno, "The store cannot be reached");

@@ -4,11 +4,12 @@
 #include <pkgcore/portable/storage/providers/sqlite/Entries.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Random.hpp>
 
 #include <sqlite3.h>
 
 #include <iterator>
-#include <random>
+#include <limits>
 #include <string>
 
 namespace foundation::storage::sqlite {
@@ -53,9 +54,9 @@ void reserveSeals(Connection& connection) {
 }
 
 std::int64_t randomKey() {
-    std::random_device source;
-    const auto high = static_cast<std::int64_t>(source() & 0x7FFFFFFFU);
-    return high << 32 | source();
+    std::int64_t key = 0;
+    fillRandom(&key, sizeof key);
+    return key & std::numeric_limits<std::int64_t>::max();
 }
 
 std::int64_t sealOf(const Connection& connection, std::int64_t next) {

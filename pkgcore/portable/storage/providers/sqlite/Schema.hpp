@@ -17,6 +17,8 @@ inline constexpr std::uint32_t kVersion = 1;
 
 /// A content is cut into chunks of this size, the last one shorter.
 inline constexpr std::size_t kChunkSize = std::size_t{64} * 1024;
+/// The same among numbers of the database.
+inline constexpr auto kChunk = static_cast<std::int64_t>(kChunkSize);
 
 /// The number of a chunk is that of its content and, in the lower bits, its place.
 inline constexpr int kChunkBits = 28;

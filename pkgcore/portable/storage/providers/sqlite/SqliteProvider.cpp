@@ -181,6 +181,7 @@ void requireStoreAt(const std::string& path, const SqliteOptions& options) {
             return;
         }
     }
+    requireFitting(path);
     requireStore(path);
     if (!options.isReadOnly) {
         requireWritableFile(path);

@@ -52,7 +52,7 @@ struct SqliteOptions {
 /// in which a process had ended may have been undone:
 /// - NotFound where nothing is and nothing is to be made, or a folder on the way is missing;
 /// - NotSupported for what is no store: a folder, a text, an empty file, the database of another program, and
-///   for a store of a newer version. The message says what was found;
+///   for a store of a newer version, and for a path or a name that is too long. The message says which;
 /// - NotRecoverable for a store that is cut off or damaged, and for the journal of one that has gone;
 /// - IOError for one that is to be read only, and has a change to be undone first;
 /// - AccessDenied or ReadOnlyStorage where it is to be written and may not be; TemporarilyBusy.

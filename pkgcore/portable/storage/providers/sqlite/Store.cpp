@@ -165,28 +165,23 @@ void Store::sync() {
         return;
     }
     requireOwnProcess();
-    Patience patience(options_.busyTime);
-    const Passage passage(gate_, patience);
-    Lease lease(*this, patience);
-    const FullDurability durability(lease.connection());
-    Transaction transaction(lease.connection(), Access::Write);
-    requireInPlace();
-    markVersion(lease.connection());
-    transaction.commit();
+    inTurn([this](Connection& connection) {
+        const FullDurability durability(connection);
+        change(connection, markVersion);
+    });
 }
 
 // SQLite makes the copy in a temporary file, and then brings it in by one transaction. In memory, as other
 // temporary things are, a large store would have no room.
 void Store::compact() {
-    requireOwnProcess();
     requireWritable();
-    Patience patience(options_.busyTime);
-    const Passage passage(gate_, patience);
-    Lease lease(*this, patience);
-    requireInPlace();
-    lease.connection().execute("PRAGMA temp_store = FILE");
-    lease.connection().execute("VACUUM");
-    lease.connection().execute("PRAGMA temp_store = MEMORY");
+    inTurn([this](Connection& connection) {
+        requireInPlace();
+        connection.execute("PRAGMA temp_store = FILE");
+        connection.execute("VACUUM");
+        requireInPlace();
+        connection.execute("PRAGMA temp_store = MEMORY");
+    });
 }
 
 void Store::requireWritable() const {
@@ -244,9 +239,15 @@ std::unique_ptr<Connection> Store::take(Patience patience) {
     return connection;
 }
 
+/// One that is still in a transaction is of no use, and neither is one for reading alone, as SQLite opens it
+/// while the file may not be written: others would be refused with it after that, too.
+bool Store::isReusable(const Connection& connection) const noexcept {
+    const bool isIdle = sqlite3_get_autocommit(connection.get()) != 0;
+    return isIdle && (options_.isReadOnly || sqlite3_db_readonly(connection.get(), "main") == 0);
+}
+
 void Store::giveBack(std::unique_ptr<Connection> connection) noexcept {
-    // One that is still in a transaction is of no use.
-    if (sqlite3_get_autocommit(connection->get()) == 0) {
+    if (!isReusable(*connection)) {
         return;
     }
     const std::lock_guard<std::mutex> lock(mutex_);

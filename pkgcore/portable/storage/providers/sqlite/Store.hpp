@@ -31,20 +31,16 @@ public:
         requireOwnProcess();
         Lease lease(*this, Patience(options_.busyTime));
         Transaction transaction(lease.connection(), Access::Read);
-        return finish(transaction, lease.connection(), body);
+        return finish(lease.connection(), body, [&transaction] { transaction.commit(); });
     }
 
-    /// Calls body(connection) within a transaction, and commits it. Nothing is changed if it throws.
+    /// Calls body(connection) within a transaction, and commits it. Nothing is changed if it throws, unless
+    /// the store has gone.
     template <typename Body>
     auto write(Body body) {
         requireOwnProcess();
         requireWritable();
-        Patience patience(options_.busyTime);
-        const Passage passage(gate_, patience);
-        Lease lease(*this, patience);
-        Transaction transaction(lease.connection(), Access::Write);
-        requireInPlace();
-        return finish(transaction, lease.connection(), body);
+        return inTurn([this, &body](Connection& connection) { return change(connection, body); });
     }
 
     Pins& pins() noexcept { return pins_; }
@@ -77,14 +73,34 @@ private:
         std::unique_ptr<Connection> connection_;
     };
 
+    /// Calls use(connection) when no other thread of the process is at that.
+    template <typename Use>
+    auto inTurn(Use use) {
+        Patience patience(options_.busyTime);
+        const Passage passage(gate_, patience);
+        Lease lease(*this, patience);
+        return use(lease.connection());
+    }
+
+    /// What was committed to a file that had just gone is lost, which SQLite does not see.
     template <typename Body>
-    static auto finish(Transaction& transaction, Connection& connection, Body& body) {
+    auto change(Connection& connection, Body& body) {
+        Transaction transaction(connection, Access::Write);
+        requireInPlace();
+        return finish(connection, body, [this, &transaction] {
+            transaction.commit();
+            requireInPlace();
+        });
+    }
+
+    template <typename Body, typename End>
+    static auto finish(Connection& connection, Body& body, End end) {
         if constexpr (std::is_void_v<decltype(body(connection))>) {
             body(connection);
-            transaction.commit();
+            end();
         } else {
             auto result = body(connection);
-            transaction.commit();
+            end();
             return result;
         }
     }
@@ -100,6 +116,7 @@ private:
     void leaveToParent() noexcept;
     std::unique_ptr<Connection> connect() const;
     std::unique_ptr<Connection> take(Patience patience);
+    bool isReusable(const Connection& connection) const noexcept;
     void giveBack(std::unique_ptr<Connection> connection) noexcept;
 
     OwnProcess process_;

@@ -10,10 +10,13 @@
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gmock/gmock.h>
+#include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <deque>
 #include <filesystem>
 
 namespace {
@@ -21,9 +24,22 @@ namespace {
 /// What syncing a folder comes to in this program, if it is not 0.
 int folderSyncError = 0;
 
+/// What drawing random numbers comes to, if it is not 0, call for call; it succeeds then.
+std::deque<int> randomErrors;
+
 }  // namespace
 
-// The library takes the program's function instead of the system's.
+// The library takes the program's functions instead of the system's.
+extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void* out, size_t size, unsigned flags) {
+    const int error = randomErrors.empty() ? 0 : randomErrors.front();
+    if (!randomErrors.empty()) randomErrors.pop_front();
+    if (error != 0) {
+        errno = error;
+        return -1;
+    }
+    return ::syscall(SYS_getrandom, out, size, flags);
+}
+
 extern "C" __attribute__((visibility("default"))) int fsync(int file) {
     struct stat status = {};
     if (folderSyncError != 0 && ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) {
@@ -108,6 +124,23 @@ TEST(SqliteCreation, AFolderThatCannotBeSyncedIsNone) {
     makeStoreWith(ENOTSUP);
 }
 
+TEST(SqliteCreation, ARandomSourceThatFailsIsAFailure) {
+    for (const auto& errors : {std::deque<int>{ENOSYS}, std::deque<int>{0, ENOSYS}}) {
+        const StoreFile file;
+        randomErrors = errors;
+        expectRefused(file, ErrorCode::IOError, "random");
+        EXPECT_TRUE(randomErrors.empty());
+        EXPECT_TRUE(namesIn(file.tree()).empty());
+    }
+}
+
+TEST(SqliteCreation, ASignalDoesNotKeepRandomNumbersAway) {
+    const StoreFile file;
+    randomErrors = {EINTR, 0, EINTR};
+    EXPECT_NO_THROW(file.open());
+    EXPECT_TRUE(randomErrors.empty());
+}
+
 // The file that is to become the store has a longer name, and so have the files beside both.
 TEST(SqliteCreation, ANameIsAsLongAsTheFileSystemAndSqliteLetIt) {
     for (const std::size_t length : {222U, 223U, 230U, 231U, 247U}) {
@@ -128,6 +161,75 @@ TEST(SqliteCreation, AStoreWhoseJournalWouldHaveNoNameIsNotMade) {
         PKGCORE_EXPECT_FAILURE(NotSupported, provider::openSqliteProvider(path));
         EXPECT_TRUE(namesIn(tree).empty());
     }
+}
+
+TEST(SqliteCreation, ANameThatNoFileCanHaveLeadsToNothing) {
+    const test::TempTree tree(test::fastFolder());
+    const std::u16string inFolder = std::u16string(256, u'd') + u"/store";
+    for (const std::u16string& name :
+         {std::u16string(256, u'n'), std::u16string(300, u'\x4E2D'), std::u16string(5'000, u'n'), inFolder}) {
+        provider::SqliteOptions options;
+        if (name == inFolder) {
+            PKGCORE_EXPECT_FAILURE(NotFound, provider::openSqliteProvider(tree.text(name), options));
+        } else {
+            PKGCORE_EXPECT_FAILURE(NotSupported, provider::openSqliteProvider(tree.text(name), options));
+        }
+        options.mayCreate = false;
+        PKGCORE_EXPECT_FAILURE(NotFound, provider::openSqliteProvider(tree.text(name), options));
+        options.isReadOnly = true;
+        PKGCORE_EXPECT_FAILURE(NotFound, provider::openSqliteProvider(tree.text(name), options));
+    }
+    EXPECT_TRUE(namesIn(tree).empty());
+}
+
+TEST(SqliteCreation, APathIsAsLongAsSqliteLetsIt) {
+    const test::TempTree tree(test::fastFolder());
+    std::string store;
+    std::string folder;
+    for (int i = 0; i < 8; ++i) {
+        folder += std::string(100, 'd');
+        test::makeFolder(tree / folder);
+        folder += '/';
+        const std::u16string path = tree.text(folder + "store");
+        if (path.size() < 450) {
+            test::writeFile(*provider::openSqliteProvider(path), u"f", std::string(100'000, 'x'));
+            store = test::contentOf(tree / folder + "store");
+        } else {
+            PKGCORE_EXPECT_FAILURE(NotSupported, provider::openSqliteProvider(path));
+            test::makeFile(tree / folder + "store", store);
+            PKGCORE_EXPECT_FAILURE(NotSupported, provider::openSqliteProvider(path));
+        }
+    }
+}
+
+/// Makes a store whose full path has so many bytes, in a folder that leaves little of them to the name.
+std::optional<ErrorCode> codeOfLength(std::size_t length, bool isRelative) {
+    const test::TempTree tree(test::fastFolder());
+    const std::string folder = std::string(200, 'd') + '/' + std::string(200, 'd');
+    test::makeFolder(tree / std::string(200, 'd'));
+    test::makeFolder(tree / folder);
+    const std::string start = tree / folder + '/';
+    const std::string name(length - start.size(), 'n');
+    const std::filesystem::path home = std::filesystem::current_path();
+    if (isRelative) std::filesystem::current_path(start);
+    const std::u16string path = test::text(isRelative ? name : start + name);
+    const auto code = failureOf([&] { provider::openSqliteProvider(path); });
+    std::filesystem::current_path(home);
+    EXPECT_EQ(test::isThere(start + name), !code);
+    return code;
+}
+
+TEST(SqliteCreation, AllPathsBeyondTheLimitAreRefusedAlike) {
+    std::vector<std::size_t> refused;
+    for (std::size_t length = 450; length < 530; ++length) {
+        const auto code = codeOfLength(length, false);
+        EXPECT_EQ(code, codeOfLength(length, true)) << length;
+        if (code) refused.push_back(length);
+        EXPECT_EQ(code.value_or(ErrorCode::NotSupported), ErrorCode::NotSupported) << length;
+    }
+    ASSERT_FALSE(refused.empty());
+    EXPECT_EQ(refused.size(), 530 - refused.front()) << "none that is longer may be made";
+    EXPECT_EQ(refused.front(), 480U);
 }
 
 TEST(SqliteCreation, AnEmptyJournalIsNotInTheWay) {

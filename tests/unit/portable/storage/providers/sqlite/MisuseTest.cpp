@@ -75,6 +75,40 @@ TEST(SqliteMisuse, NothingIsAcknowledgedInAFileThatHasGone) {
     }
 }
 
+// The right to write is asked for when the file is opened, as everywhere on the system.
+TEST(SqliteMisuse, AFileThatMayNotBeWrittenAnyMoreIsWrittenByWhoHasItOpen) {
+    test::runAsOrdinaryUser([] {
+        const StoreFile file;
+        const auto store = file.open();
+        test::setMode(file.native(), 0444);
+        store->createFolder(Path(u"d"));
+        PKGCORE_EXPECT_FAILURE(AccessDenied, file.open());
+        EXPECT_TRUE(store->find(Path(u"d")));
+    });
+}
+
+TEST(SqliteMisuse, WhoReadsWhileTheFileMayNotBeWrittenKeepsNobodyFromWritingAfterThat) {
+    test::runAsOrdinaryUser([] {
+        const StoreFile file;
+        const auto store = file.open();
+        test::writeFile(*store, u"f", "text");  // SQLite gives an empty log the mode of the file
+        withoutIdleConnection(file, *store, [&] {
+            test::setMode(file.native(), 0444);
+            EXPECT_FALSE(store->find(Path(u"d")));
+            test::setMode(file.native(), 0644);
+        });
+        test::RawDatabase other(file.native());
+        other.run("BEGIN EXCLUSIVE");
+        std::thread reader([&store] { EXPECT_TRUE(store->find(Path(u"d"))); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        std::thread writer([&store] { EXPECT_NO_THROW(store->createFolder(Path(u"e"))); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        other.run("ROLLBACK");
+        writer.join();
+        reader.join();
+    });
+}
+
 // A backup that is put in the place of a store has its key.
 TEST(SqliteMisuse, AStoreThatTookThePlaceIsLeftAlone) {
     const StoreFile file;

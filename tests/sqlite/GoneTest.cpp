@@ -1,0 +1,70 @@
+// The file of a store goes while a change is on its way into it.
+
+#include <pkgcore/platform/storage/Exceptions.hpp>
+
+#include "tests/sqlite/FaultyVfs.hpp"
+#include "tests/sqlite/Soundness.hpp"
+#include "tests/support/RawFiles.hpp"
+#include "tests/support/storage/ProviderCalls.hpp"
+#include "tests/support/storage/StoreFile.hpp"
+
+#include <gmock/gmock.h>
+
+#include <unistd.h>
+#include <cstdio>
+
+namespace test {
+
+namespace {
+
+namespace provider = foundation::storage::provider;
+namespace vfs = foundation::storage::vfs;
+using provider::Path;
+
+/// Calls strike() at the first write to a file of the store, and expects that the change is not acknowledged.
+template <typename Strike, typename Change>
+void expectRefused(const StoreFile& file, Strike strike, Change change) {
+    FaultyVfs files;
+    const auto store = file.open();
+    writeFile(*store, u"f", "text");
+    bool isStruck = false;
+    files.onCall([&](const VfsCall& call) {
+        if (call.kind == VfsCall::Kind::Write && !isStruck) {
+            isStruck = true;
+            strike();
+        }
+        return SQLITE_OK;
+    });
+    try {
+        change(*store);
+        ADD_FAILURE() << "it was acknowledged";
+    } catch (const vfs::Exception& failure) {
+        EXPECT_EQ(failure.getErrorCode(), vfs::ErrorCode::IOError) << failure.what();
+    }
+    EXPECT_TRUE(isStruck);
+}
+
+void makeFolder(provider::Provider& store) { store.createFolder(Path(u"d")); }
+
+void sync(provider::Provider& store) { store.sync(Path()); }
+
+TEST(SqliteGone, AChangeOfAStoreThatIsDeletedAtThatInstantIsNotAcknowledged) {
+    for (const auto change : {makeFolder, sync}) {
+        const StoreFile file;
+        expectRefused(
+            file, [&file] { ::unlink(file.native().c_str()); }, change);
+    }
+}
+
+TEST(SqliteGone, AStoreThatTakesThePlaceAtThatInstantIsNotTheOneThatWasChanged) {
+    const StoreFile file;
+    writeFile(*file.open(), u"f", "backup");
+    const std::string backup = contentOf(file.native());
+    makeFile(file.tree() / "backup", backup);
+    expectRefused(
+        file, [&file] { std::rename((file.tree() / "backup").c_str(), file.native().c_str()); }, makeFolder);
+}
+
+}  // namespace
+
+}  // namespace test
