@@ -32,8 +32,12 @@ bool isAtOrBelow(const std::string& one, const std::string& other) {
 bool isTransfer(const Call& call) { return call.name == "rename" || beginsWith(call.name, "copy"); }
 
 bool namesNothing(const Call& call) { return call.from.empty() || (isTransfer(call) && call.to.empty()); }
+bool hasALongName(const Call& call) { return call.from == kLongName || call.to == kLongName; }
+bool removesTheRoot(const Call& call) { return call.from == "/"; }
+bool looksForALongLink(const Call& call) { return call.name == "isSymlink" && hasALongName(call); }
 bool needsLinks(const Call& call) { return isOneOf(call.name, {"getLinkTarget", "createSymlink"}); }
 bool setsNoTime(const Call& call) { return call.name == "setLastModifiedTime none"; }
+bool setsATimeThatIsRefused(const Call& call) { return call.name == "setLastModifiedTime endless"; }
 bool overlaps(const Call& call) {
     return isTransfer(call) && (isFile(call.from) || isFolder(call.from)) &&
            (isAtOrBelow(call.from, call.to) || isAtOrBelow(call.to, call.from));
@@ -59,16 +63,23 @@ const Difference kDifferences[] = {
     {"links are native alone",
      needsLinks,
      {errc::success, errc::no_such_file_or_directory, errc::invalid_argument, errc::file_exists,
-      errc::not_a_directory},
+      errc::not_a_directory, errc::filename_too_long},
      {errc::operation_not_supported}},
+    {"nobody looks for a link in a store", looksForALongLink, {errc::filename_too_long}, {errc::success}},
     {"the empty path is no IRI",
      namesNothing,
      {errc::success, errc::no_such_file_or_directory, errc::invalid_argument, errc::io_error},
      {errc::bad_address}},
+    {"the root removed", removesTheRoot, {errc::device_or_resource_busy}, {errc::operation_not_supported}},
+    {"a time that is refused",
+     setsATimeThatIsRefused,
+     {errc::invalid_argument},
+     {errc::operation_not_supported, errc::no_such_file_or_directory}},
     {"no time for a missing item is nothing to do",
      setsNoTime,
      {errc::success},
-     {errc::no_such_file_or_directory}},
+     {errc::no_such_file_or_directory, errc::operation_not_supported}},
+    {"a name that is too long", hasALongName, {errc::filename_too_long}, {errc::operation_not_supported}},
     {"onto or into itself, or onto what holds it",
      overlaps,
      {errc::success, errc::file_exists, errc::invalid_argument, errc::not_a_directory, errc::is_a_directory,
@@ -109,9 +120,19 @@ TEST(BackEndAgreement, EveryStoreDoesTheSame) {
     }
 }
 
+/// Those over files of the machine.
+TEST(BackEndAgreement, StoresWithTheLimitsOfTheHostDoTheSameWithALongName) {
+    for (const Call& call : longNameCalls()) {
+        EXPECT_EQ(call.on(backEnd("VirtualFolder")), call.on(backEnd("VirtualFile"))) << call;
+    }
+}
+
 TEST(BackEndAgreement, NativePathsAndIRIsDoTheSameButForTheDifferences) {
     std::map<const Difference*, std::pair<Codes, Codes>> seen;
-    for (const Call& call : allCalls()) {
+    std::vector<Call> calls = allCalls();
+    const std::vector<Call> longNames = longNameCalls();
+    calls.insert(calls.end(), longNames.begin(), longNames.end());
+    for (const Call& call : calls) {
         const Outcome local = call.on(backEnd("Local"));
         const Outcome other = call.on(backEnd("VirtualFile"));
         if (local == other) {

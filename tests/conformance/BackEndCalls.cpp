@@ -14,6 +14,7 @@ using Paths = std::vector<opc::ustring>;
 const std::vector<std::string> kSubjects = {"",           "missing",    "missing/below",  "file",
                                             "other",      "file/below", "empty",          "full",
                                             "full/inner", "full/deep",  "full/deep/leaf", "empty/new"};
+const std::string kLongName(300, 'n');
 
 namespace {
 
@@ -36,6 +37,12 @@ Scene::Scene(const BackEnd& backEnd) : place_(backEnd.makePlace()) {
 opc::ustring Scene::at(const std::string& name) const {
     return name.empty() ? opc::ustring()
                         : ops().appendPath(place_->folder(), opc::ustring(name.begin(), name.end()));
+}
+
+opc::ustring Scene::root() const {
+    opc::ustring top = place_->folder();
+    for (opc::ustring above = top; !above.empty(); above = ops().getParentPath(top)) top = above;
+    return top;
 }
 
 std::string Scene::shown(const opc::ustring& path) const {
@@ -146,11 +153,16 @@ std::vector<Call> marksOf(const std::string& subject) {
         error_code ignored;
         return yesOrNo(scene.ops().getLastModifiedTime(scene.at(subject), ignored) == time);
     };
+    const auto setEndlessTime = [=](Scene& scene, error_code& ec) {
+        scene.ops().setLastModifiedTime(scene.at(subject), ptime(boost::posix_time::pos_infin), ec);
+        return std::string();
+    };
     return {{"getPermissions", subject, "", getPermissions},
             {"setPermissions NotKnown", subject, "", setNoPermissions},
             {"setPermissions", subject, "", setPermissions},
             {"getLastModifiedTime", subject, "", getTime},
             {"setLastModifiedTime none", subject, "", setNoTime},
+            {"setLastModifiedTime endless", subject, "", setEndlessTime},
             {"setLastModifiedTime", subject, "", setTime}};
 }
 
@@ -208,20 +220,47 @@ std::vector<Call> transfersOf(const std::string& from, const std::string& to) {
             {"copy Replace", from, to, copy(opc::Replace)}};
 }
 
+void append(const std::vector<Call>& more, std::vector<Call>& calls) {
+    calls.insert(calls.end(), more.begin(), more.end());
+}
+
+/// Those on one item.
+std::vector<Call> callsOn(const std::string& subject) {
+    std::vector<Call> calls;
+    append(queriesOf(subject), calls);
+    append(changesOf(subject), calls);
+    append(marksOf(subject), calls);
+    append(linksAndListingsOf(subject), calls);
+    append(streamsOf(subject), calls);
+    return calls;
+}
+
+/// Only what no host could do in any case: `removeAll` and its like would take the machine along, were
+/// the refusal missing.
+Call removalOfTheRoot() {
+    return {"remove the root", "/", "", [](Scene& scene, error_code& ec) {
+                scene.ops().remove(scene.root(), ec);
+                return std::string();
+            }};
+}
+
 }  // namespace
 
 std::vector<Call> allCalls() {
-    std::vector<Call> calls;
-    const auto add = [&calls](const std::vector<Call>& more) {
-        calls.insert(calls.end(), more.begin(), more.end());
-    };
+    std::vector<Call> calls{removalOfTheRoot()};
     for (const std::string& subject : kSubjects) {
-        add(queriesOf(subject));
-        add(changesOf(subject));
-        add(marksOf(subject));
-        add(linksAndListingsOf(subject));
-        add(streamsOf(subject));
-        for (const std::string& to : kSubjects) add(transfersOf(subject, to));
+        append(callsOn(subject), calls);
+        for (const std::string& to : kSubjects) append(transfersOf(subject, to), calls);
+    }
+    return calls;
+}
+
+std::vector<Call> longNameCalls() {
+    std::vector<Call> calls = callsOn(kLongName);
+    append(transfersOf(kLongName, kLongName), calls);
+    for (const std::string other : {"missing", "file", "full"}) {
+        append(transfersOf(kLongName, other), calls);
+        append(transfersOf(other, kLongName), calls);
     }
     return calls;
 }

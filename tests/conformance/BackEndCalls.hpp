@@ -22,6 +22,9 @@ public:
     /// The path of an item; of none with the empty name.
     opc::ustring at(const std::string& name) const;
 
+    /// The top of the back end, above everything.
+    opc::ustring root() const;
+
     /// A path without what belongs to the back end.
     std::string shown(const opc::ustring& path) const;
 
@@ -62,7 +65,15 @@ struct Call {
     }
 };
 
-/// Every operation that can fail, on each subject or on each two of them.
+/// A name that is longer than file systems take.
+extern const std::string kLongName;
+
+/// Every operation that can fail, on each subject or on each two of them; and what cannot be undone on the
+/// root.
 std::vector<Call> allCalls();
+
+/// The same on an item with the long name, and moves and copies from it and to it. Of the stores, some take
+/// every name.
+std::vector<Call> longNameCalls();
 
 }  // namespace test

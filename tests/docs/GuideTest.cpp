@@ -146,6 +146,61 @@ TEST_F(Guide, TheClockOnTheWallComesBack) {
     EXPECT_LE(std::max(now, again) - std::min(now, again), boost::posix_time::hours(2));
 }
 
+/// Calls of the virtual back end whose texts the page has to the letter.
+struct Mistake {
+    const char16_t* iri;
+    const char* text;
+};
+
+const Mistake kMistakes[] = {
+    {u"mem://a/b c", "Character U+0020 at offset 9 is not allowed in the path of an IRI"},
+    {u"abcdefghi", "The end at offset 9 is not allowed in the scheme of an IRI"},
+    {u"mem://a/b%2F", "Character U+002F, encoded at offset 9, is not allowed in a name"},
+    {u"mem://a/b%zz", "The percent-encoding at offset 9 lacks its two hexadecimal digits"},
+    {u"mem://a/b%ff", "The percent-encoding at offset 9 is not UTF-8"},
+};
+
+std::string messageOf(opc::FileSystemOps& files, const opc::ustring& iri) {
+    try {
+        files.exists(iri);
+    } catch (const opc::Exception& failure) {
+        EXPECT_EQ(failure.code(), boost::system::errc::bad_address);
+        return failure.what();
+    }
+    return "";
+}
+
+TEST(ErrorsTable, HasWhatIsWrongWithAnIRI) {
+    const std::string text = documents::textOf("errors.md");
+    const opc::FileSystemOpsSelector selector(
+        vfs::StorageSystemBuilder().mount(u"mem", provider::makeMemoryProvider()).build());
+    for (const Mistake& mistake : kMistakes) {
+        const std::string message = messageOf(selector.getVirtual(), mistake.iri);
+        EXPECT_EQ(message.rfind(std::string("exists failed: ") + mistake.text + ": ", 0), 0U) << message;
+        EXPECT_NE(documents::rowOf(text, mistake.text), "") << mistake.text;
+    }
+}
+
+TEST(ErrorsTable, AStreamTellsWhatIsNoIRIAndWhichSchemeIsNotMounted) {
+    namespace errc = boost::system::errc;
+    const opc::FileSystemOpsSelector selector(vfs::StorageSystemBuilder()
+                                                  .mount(u"mem", provider::makeMemoryProvider())
+                                                  .mount(u"box", u"inbox", provider::makeMemoryProvider())
+                                                  .build());
+    const std::pair<opc::ustring, errc::errc_t> expected[] = {
+        {u"/srv/notes", errc::bad_address},
+        {u"nobodys://a/b", errc::address_family_not_supported},
+        {u"zip://a/b", errc::address_family_not_supported},  // known, and not mounted
+        {u"box://outbox/b", errc::io_error},
+        {u"mem://a/b", errc::io_error},
+    };
+    for (const auto& [path, code] : expected) {
+        boost::system::error_code ec;
+        EXPECT_EQ(selector.getVirtual().createInputStream(path, 0, ec), nullptr);
+        EXPECT_EQ(ec, code);
+    }
+}
+
 /// One failure of a storage system, as the table of codes has it.
 struct StorageRow {
     vfs::ErrorCode failure;

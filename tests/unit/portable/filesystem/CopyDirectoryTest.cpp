@@ -6,6 +6,7 @@
 #include "tests/support/RunInChild.hpp"
 #include "tests/support/TempTree.hpp"
 #include "tests/support/TreeSnapshot.hpp"
+#include "tests/unit/portable/filesystem/CopyDirectoryFixture.hpp"
 #include "tests/unit/portable/filesystem/FailedNumber.hpp"
 #include "tests/unit/portable/filesystem/MirrorMount.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
@@ -25,6 +26,7 @@ using fl::filesystem::InvalidOperation;
 using fl::filesystem::NotDirectoryError;
 using fl::filesystem::PathNotFound;
 using fl::filesystem::posix::kHostCalls;
+using test::CopyDirectory;
 using test::failedPath;
 using test::isThere;
 using test::makeFile;
@@ -34,44 +36,6 @@ using test::ScopedSystemCalls;
 using test::snapshot;
 using test::SystemCalls;
 using test::TempTree;
-
-class CopyDirectory : public ::testing::Test {
-protected:
-    explicit CopyDirectory(const std::string& parent = "/tmp") : tree(parent) {}
-
-    void copy(std::string_view from = "a", std::string_view to = "b") const {
-        copy_directory(tree.text(from), tree.text(to));
-    }
-
-    template <typename Failure>
-    bool copyThrows(std::string_view about, std::string_view from = "a", std::string_view to = "b") const {
-        return tree.text(about) == failedPath<Failure>([&] { copy(from, to); });
-    }
-
-    void fill(const std::string& top) const {
-        makeFolder(tree / top, 0750);
-        makeFolder(tree / (top + "/inner"), 0755);
-        makeFolder(tree / (top + "/inner/empty"), 0700);
-        makeFile(tree / (top + "/inner/file"), "text", 0640);
-        makeFile(tree / (top + "/file"), test::someBytes(20'000), 0444);
-        makeLink("nowhere", tree / (top + "/dangling"));
-        makeLink("inner", tree / (top + "/link"));
-    }
-
-    void expectSame() const {
-        EXPECT_EQ(snapshot(tree / "a"), snapshot(tree / "b"));
-        EXPECT_EQ(test::modeOf(tree / "a"), test::modeOf(tree / "b"));
-    }
-
-    TempTree tree;
-    test::NoDescriptorLeft noDescriptorLeft;
-};
-
-/// Large trees, in memory: a disk without a journal takes very long to make what was just removed.
-class CopyLargeDirectory : public CopyDirectory {
-protected:
-    CopyLargeDirectory() : CopyDirectory(test::fastFolder()) {}
-};
 
 TEST_F(CopyDirectory, CopiesAWholeTree) {
     fill("a");
@@ -112,15 +76,6 @@ TEST_F(CopyDirectory, CopiesNamesOfEveryKind) {
     for (const char* const name : {"...", " ", "\n", "\xFF\xFE", "\\", "\xC3\xA4"}) {
         makeFolder(tree / ("a/" + std::string(name)));
         makeFile(tree / ("a/" + std::string(name) + "/" + name), name);
-    }
-    copy();
-    expectSame();
-}
-
-TEST_F(CopyLargeDirectory, CopiesAFolderOfManyEntries) {
-    makeFolder(tree / "a");
-    for (int i = 0; i < 3000; ++i) {
-        makeFile(tree / ("a/a rather long name of a file, number " + std::to_string(i)), std::to_string(i));
     }
     copy();
     expectSame();
@@ -376,51 +331,6 @@ TEST_F(CopyDirectory, OfAFolderThatCannotBeReadFails) {
     ScopedSystemCalls calls;
     test::failCall<&SystemCalls::getdents64>(calls, 1, EIO);
     EXPECT_TRUE(test::failsWith(EIO, tree.text("a"), [&] { copy(); }));
-}
-
-TEST_F(CopyLargeDirectory, WorksAt900LevelsWith256Descriptors) {
-    makeFolder(tree / "a");
-    test::makeChain(tree / "a", "level", 900);
-    test::runInChild([&] {
-        test::limitResource(RLIMIT_NOFILE, 256);
-        copy();
-        fl::filesystem::remove_all(tree.text("b/level"));
-        copy("a", "b");
-    });
-    std::string leaf;
-    for (int level = 0; level < 600; ++level) {  // about as deep as one call can look
-        leaf += "/level";
-    }
-    EXPECT_TRUE(isThere(tree / ("b" + leaf)));
-}
-
-TEST_F(CopyLargeDirectory, AndRemovingItGiveDescriptorsUpWhereThereAreNoMore) {
-    makeFolder(tree / "a");
-    test::makeChain(tree / "a", "level", 60);
-    makeFile(tree / "a/level/level/zfile", "text");
-    test::runInChild([&] {
-        test::limitResource(RLIMIT_NOFILE, test::openDescriptors().size() + 8);
-        copy();
-        EXPECT_EQ(snapshot(tree / "a"), snapshot(tree / "b"));
-        test::limitResource(RLIMIT_NOFILE, test::openDescriptors().size() + 4);
-        fl::filesystem::remove_all(tree.text("b"));
-    });
-    EXPECT_FALSE(isThere(tree / "b"));
-}
-
-TEST_F(CopyLargeDirectory, WorksAt3000LevelsAndCopiesTheLast) {
-    makeFolder(tree / "a");
-    test::makeChain(tree / "a", "d", 3000);
-    copy();
-    int folder = ::open((tree / "b").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    for (int level = 0; level < 3000; ++level) {
-        const int inner = ::openat(folder, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        ::close(folder);
-        folder = inner;
-        ASSERT_GE(folder, 0) << level;
-    }
-    EXPECT_EQ(0, ::faccessat(folder, "leaf", R_OK, 0));
-    ::close(folder);
 }
 
 TEST_F(CopyDirectory, SpendsEightCallsOnASmallFile) {
