@@ -57,7 +57,6 @@ pkgcore_packaging_packages=(
 
 # In addition: planting defects.
 pkgcore_mutation_packages=(
-    patch
     rsync
     util-linux
 )
