@@ -26,7 +26,7 @@ bool becomeMounter() {
     }
     try {
         writeInPlace("/proc/self/uid_map", "0 " + user + " 1");
-        // A disk that is mounted here takes no file of a group without a number; groups may then not be given up.
+        // A disk that is mounted here takes no file of a group that has no number here.
         writeInPlace("/proc/self/setgroups", "deny");
         writeInPlace("/proc/self/gid_map", "0 " + group + " 1");
         return true;
