@@ -8,7 +8,7 @@ add_custom_target(pkgcore_concurrent_tests)
 # pkgcore_add_test(NAME <name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...] [WHOLE])
 #
 # Makes a GoogleTest program and registers each of its tests with CTest as <name>/<Suite>.<Test>, or the program as a whole with
-# WHOLE, for many short tests, and in a build with sanitizers or for coverage. LIBRARIES says what is tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted
+# WHOLE, for many short tests, and in a build with sanitizers, for coverage or with PKGCORE_WHOLE_TESTS. LIBRARIES says what is tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted
 # platform, or pkgcore::pkgcore. Each test carries the first folder below tests/ as a label, in addition to LABELS.
 function(pkgcore_add_test)
   cmake_parse_arguments(PARSE_ARGV 0 arg "WHOLE" "NAME" "SOURCES;LIBRARIES;LABELS")
@@ -29,9 +29,13 @@ function(pkgcore_add_test)
     add_dependencies(pkgcore_concurrent_tests ${arg_NAME})
   endif()
   # Starting a program takes a tenth of a second, and longer with a sanitizer or the counters of coverage.
-  if(arg_WHOLE OR PKGCORE_SANITIZE OR PKGCORE_COVERAGE)
+  if(arg_WHOLE OR PKGCORE_SANITIZE OR PKGCORE_COVERAGE OR PKGCORE_WHOLE_TESTS)
+    set(seconds 1200)
+    if(PKGCORE_WHOLE_TESTS)
+      set(seconds ${PKGCORE_WHOLE_TESTS})
+    endif()
     add_test(NAME ${arg_NAME} COMMAND ${arg_NAME} --gtest_brief=1)
-    set_tests_properties(${arg_NAME} PROPERTIES LABELS "${labels}" TIMEOUT 1200)
+    set_tests_properties(${arg_NAME} PROPERTIES LABELS "${labels}" TIMEOUT ${seconds})
     return()
   endif()
 

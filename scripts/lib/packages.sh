@@ -55,6 +55,12 @@ pkgcore_packaging_packages=(
     pkg-config
 )
 
+# In addition: planting defects.
+pkgcore_mutation_packages=(
+    rsync
+    util-linux
+)
+
 is_installed() {
     [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }

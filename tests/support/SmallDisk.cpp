@@ -17,6 +17,7 @@ namespace {
 /// Root of a namespace of its own, if not of this one; files that are made belong to the user as before.
 bool becomeMounter() {
     const std::string user = std::to_string(::geteuid());
+    const std::string group = std::to_string(::getegid());
     if (::unshare(CLONE_NEWNS) == 0) {
         return true;
     }
@@ -25,6 +26,9 @@ bool becomeMounter() {
     }
     try {
         writeInPlace("/proc/self/uid_map", "0 " + user + " 1");
+        // A disk that is mounted here takes no file of a group that has no number here.
+        writeInPlace("/proc/self/setgroups", "deny");
+        writeInPlace("/proc/self/gid_map", "0 " + group + " 1");
         return true;
     } catch (const std::system_error&) {
         return false;  // the host has a say in it that cannot be asked before

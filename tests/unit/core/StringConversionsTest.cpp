@@ -188,6 +188,8 @@ TEST(CaselessCompare, GivesTheDistanceOfTheFirstDifferenceOrComparesLengths) {
         {u"abcdefgH", u"ABCDEFGh", 0},
         {u"abcdefgHi", u"ABCDEFGhJ", -1},
         {u"abcdXfgh", u"abcdYfgz", -1},
+        {u"b", u"aa", 1},
+        {u"abcdefgHx", u"ABCDEFGj", -2},
     };
     for (const Comparison& row : table) {
         EXPECT_EQ(caselessCompare(row.a, row.b), row.result) << toUTF8String(row.a, true);

@@ -72,7 +72,7 @@ TEST_P(CopyFile, CarriesThePermissionBitsWhateverTheMask) {
     test::runInChild([&] {
         ::umask(077);
         makeFile(tree / "a", "text");
-        for (const mode_t bits : {0666U, 0444U, 0755U, 0600U, 0U, 0777U}) {
+        for (const mode_t bits : {0666U, 0444U, 0755U, 0600U, 0400U, 0777U}) {
             test::setMode(tree / "a", bits);
             copy("a", "b");
             EXPECT_EQ(bits, modeOf(tree / "b"));
@@ -81,10 +81,14 @@ TEST_P(CopyFile, CarriesThePermissionBitsWhateverTheMask) {
     });
 }
 
+// Of a file that an ordinary user writes to, the system takes these bits anyway; not of an empty one.
 TEST_P(CopyFile, LeavesOutSetUidSetGidAndTheStickyBit) {
     makeFile(tree / "a", "text", 07755);
+    makeFile(tree / "empty", "", 07755);
     copy("a", "b");
     EXPECT_EQ(0755U, modeOf(tree / "b"));
+    copy("empty", "c");
+    EXPECT_EQ(0755U, modeOf(tree / "c"));
 }
 
 TEST_P(CopyFile, CopiesAFileThatMayOnlyBeRead) {
@@ -161,6 +165,25 @@ TEST_P(CopyFile, DoesNotWaitForAPipeThatTookTheFilesPlace) {
         if (path == name) {
             ::unlink(path.c_str());
             makePipe(path);
+            EXPECT_NE(0, flags & O_NONBLOCK);
+            flags |= O_NONBLOCK;  // the test does not wait either
+        }
+        return fl::filesystem::posix::kHostCalls.openat(folder, name, flags, mode);
+    };
+    EXPECT_TRUE(copyThrows<fl::filesystem::InvalidOperation>("a", "a", "new"));
+    EXPECT_FALSE(test::isThere(tree / "new"));
+}
+
+TEST_P(CopyFile, DoesNotFollowALinkThatTookTheFilesPlace) {
+    makeFile(tree / "a", "text");
+    makeFile(tree / "secret", "secret");
+    static std::string path;
+    path = tree / "a";
+    ScopedSystemCalls calls;
+    calls->openat = [](int folder, const char* name, int flags, mode_t mode) {
+        if (path == name) {
+            ::unlink(path.c_str());
+            makeLink("secret", path);
         }
         return fl::filesystem::posix::kHostCalls.openat(folder, name, flags, mode);
     };

@@ -269,6 +269,22 @@ TEST(Tmpfile, IsMadeWherePermissionsCannotBeSet) {
     EXPECT_NE(nullptr, File(tmpfile(name, test::text(tree.path()), u"p", u"")));
 }
 
+TEST(Tmpfile, IsOfItsOwnerBeforePermissionsAreSet) {
+    test::runInChild([] {
+        const TempTree tree;
+        ::umask(0);
+        ScopedSystemCalls calls;
+        calls->fchmod = [](int, mode_t) {
+            errno = EPERM;
+            return -1;
+        };
+        std::u16string name;
+        const File file(tmpfile(name, test::text(tree.path()), u"p", u""));
+        ASSERT_NE(nullptr, file);
+        EXPECT_EQ(0600U, test::modeOf(std::string(name.begin(), name.end())));
+    });
+}
+
 TEST(Tmpfile, CanBeWrittenAndRead) {
     const TempTree tree;
     std::u16string name;

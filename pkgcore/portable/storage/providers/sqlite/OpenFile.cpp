@@ -18,11 +18,6 @@ bool isSameContent(const Entry& one, const Entry& other) noexcept {
     return one.content == other.content && one.size == other.size;
 }
 
-/// How many bytes of the content are in this chunk.
-std::size_t sizeOfChunk(std::int64_t size, std::int64_t index) noexcept {
-    return static_cast<std::size_t>(std::min(kChunk, size - index * kChunk));
-}
-
 }  // namespace
 
 /// A content of one row is read at once. A larger one is pinned, and then looked for again: what is still

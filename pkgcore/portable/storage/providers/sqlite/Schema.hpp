@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -25,6 +27,11 @@ inline constexpr int kChunkBits = 28;
 inline constexpr std::int64_t kMaxNumber = (std::int64_t{1} << (62 - kChunkBits)) - 1;
 /// What its chunks can be numbered for; a store is full somewhat earlier.
 inline constexpr std::uint64_t kMaxFileSize = kChunkSize << kChunkBits;
+
+/// How many bytes of a content of this size are in this one of its chunks.
+constexpr std::size_t sizeOfChunk(std::int64_t size, std::int64_t index) noexcept {
+    return static_cast<std::size_t>(std::min(kChunk, size - index * kChunk));
+}
 
 inline constexpr std::int64_t kNone = 0;
 inline constexpr std::int64_t kNoContent = kNone;

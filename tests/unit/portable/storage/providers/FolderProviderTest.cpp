@@ -111,6 +111,17 @@ TEST_P(ClosedWorld, HasNoWayOutByALinkToAFile) {
     EXPECT_EQ(test::contentOf(tree_ / "outside/secret"), "secret");
 }
 
+TEST_P(ClosedWorld, TakesALinkToAFolderInsideForNoFolder) {
+    test::makeFolder(native("d"));
+    test::makeFile(native("d/file"), "inside");
+    test::makeLink("d", native("link"));
+    EXPECT_TRUE(place_.isMissing(u"link/file"));
+    EXPECT_EQ(place_.read(u"link/file"), "(none)");
+    EXPECT_FALSE(place_.write(u"link/file", "overwritten"));
+    EXPECT_TRUE(failureOf([&] { place_.list(u"link"); }));
+    EXPECT_EQ(test::contentOf(native("d/file")), "inside");
+}
+
 TEST_P(ClosedWorld, HasNoWayOutByDots) {
     const portable::ClosedFolder world(tree_.text("world"));
     for (const std::u16string path : {u"..", u".", u"../outside", u"a/../..", u"a//b", u"/etc", u"a/"}) {

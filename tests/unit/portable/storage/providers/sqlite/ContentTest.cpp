@@ -1,6 +1,7 @@
 // Contents that are larger than a row: written apart, published at once, kept for who reads them, erased when
 // nobody does.
 
+#include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/RawFiles.hpp"
@@ -31,6 +32,16 @@ using test::readFile;
 using test::readRest;
 using test::SqliteContent;
 using test::writeFile;
+
+TEST(SqliteChunks, AreFullBeforeTheLastOneHoweverManyThereAre) {
+    using foundation::storage::sqlite::sizeOfChunk;
+    for (const std::int64_t last : {0, 1, 0x7FFF, 0x8000, 0xFFFF, 0x10000, 0x0FFF'FFFF}) {
+        const std::int64_t size = last * std::int64_t{kChunk} + 5;
+        EXPECT_EQ(sizeOfChunk(size, last), 5U) << last;
+        EXPECT_EQ(sizeOfChunk(size, 0), last == 0 ? 5U : kChunk) << last;
+        EXPECT_EQ(sizeOfChunk(size - 5 + std::int64_t{kChunk}, last), kChunk) << last;
+    }
+}
 
 TEST_F(SqliteContent, WhatIsNotPublishedIsAnOrphan) {
     const int before = chunks();
