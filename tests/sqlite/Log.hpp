@@ -11,6 +11,8 @@ inline bool storesHaveLog() { return sqlite3_libversion_number() >= 3'051'003; }
 
 /// From one fault to the next one: what goes on with a log is swept more coarsely, since both are swept.
 /// PKGCORE_SQLITE_STEP=1 asks for every fault.
-inline unsigned faultStep() { return amountOf("PKGCORE_SQLITE_STEP", (storesHaveLog() ? 7 : 1) * (kIsSanitized ? 5 : 1)); }
+inline unsigned faultStep() {
+    return amountOf("PKGCORE_SQLITE_STEP", (storesHaveLog() ? 7 : 1) * (kIsSanitized ? 5 : 1));
+}
 
 }  // namespace test
