@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 # Time zones come from the system's database.
 set(CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_RECOMMENDS tzdata)
 
-set(CPACK_COMPONENT_PKGCORE_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: headers, CMake package, pkg-config file")
+set(CPACK_COMPONENT_PKGCORE_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: headers, CMake package, pkg-config files")
 set(CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_NAME libpkgcore-dev)
 set(CPACK_DEBIAN_PKGCORE_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(pkgcore_debian_libraries "${CPACK_DEBIAN_PKGCORE_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
@@ -49,5 +49,16 @@ string(
   "libboost-dev (>= ${PKGCORE_BOOST_VERSION})"
   libboost-filesystem-dev
   libboost-thread-dev)
+
+# Debian wants the license in each package, under the package's name. Only the packages have these.
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER "${component}" upper)
+  install(
+    FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}"
+    RENAME copyright
+    COMPONENT ${component}
+    EXCLUDE_FROM_ALL)
+endforeach()
 
 include(CPack)

@@ -1,4 +1,4 @@
-# Installation: the library, its public headers, a CMake package that other projects find with find_package(pkgcore), and a file
+# Installation: the library, its public headers, a CMake package that other projects find with find_package(pkgcore), and files
 # for pkg-config.
 
 include(CMakePackageConfigHelpers)
@@ -44,12 +44,16 @@ install(
   DESTINATION "${pkgcore_package_dir}"
   COMPONENT pkgcore_development)
 
-pkgcore_install_pkg_config(pkgcore_development)
+pkgcore_install_pkg_config(pkgcore pkgcore_development)
+if(PKGCORE_BUILD_SQLITE)
+  pkgcore_install_pkg_config(pkgcore-sqlite pkgcore_development)
+endif()
+
+# Each Debian package has a copy of its own, see DebianPackages.cmake.
 install(
   FILES "${PROJECT_SOURCE_DIR}/LICENSE"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}"
-  RENAME copyright
-  COMPONENT pkgcore_runtime)
+  COMPONENT pkgcore_license)
 
 if(PROJECT_IS_TOP_LEVEL)
   include(DebianPackages)

@@ -1,6 +1,6 @@
-# pkgcore_install_pkg_config(<component>): the file by which pkg-config finds the library, relative to its own place unless the
-# folders of the installation are not below one prefix.
-function(pkgcore_install_pkg_config component)
+# pkgcore_install_pkg_config(<name> <component>): the file by which pkg-config finds the library <name>, made of cmake/<name>.pc.in,
+# relative to its own place unless the folders of the installation are not below one prefix.
+function(pkgcore_install_pkg_config name component)
   set(folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
   file(RELATIVE_PATH pkgcore_pc_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
   string(REGEX REPLACE "/$" "" pkgcore_pc_to_prefix "${pkgcore_pc_to_prefix}")
@@ -10,6 +10,6 @@ function(pkgcore_install_pkg_config component)
   if(NOT PKGCORE_PLATFORM STREQUAL "portable")
     set(pkgcore_pc_definitions " -DPKGCORE_PLATFORM_EXTERNAL")
   endif()
-  configure_file("${PROJECT_SOURCE_DIR}/cmake/pkgcore.pc.in" "${PROJECT_BINARY_DIR}/pkgcore.pc" @ONLY)
-  install(FILES "${PROJECT_BINARY_DIR}/pkgcore.pc" DESTINATION "${folder}" COMPONENT ${component})
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION "${folder}" COMPONENT ${component})
 endfunction()

@@ -8,8 +8,9 @@ add_custom_target(pkgcore_concurrent_tests)
 # pkgcore_add_test(NAME <name> SOURCES <source>... [LIBRARIES <target>...] [LABELS <label>...] [WHOLE])
 #
 # Makes a GoogleTest program and registers each of its tests with CTest as <name>/<Suite>.<Test>, or the program as a whole with
-# WHOLE, for many short tests, and in a build with sanitizers, for coverage or with PKGCORE_WHOLE_TESTS. LIBRARIES says what is tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted
-# platform, or pkgcore::pkgcore. Each test carries the first folder below tests/ as a label, in addition to LABELS.
+# WHOLE, for many short tests, and in a build with sanitizers, for coverage or with PKGCORE_WHOLE_TESTS. LIBRARIES says what is
+# tested: pkgcore_objects (the default), pkgcore_logic_objects with a scripted platform, or pkgcore::pkgcore. Each test carries
+# the first folder below tests/ as a label, in addition to LABELS.
 function(pkgcore_add_test)
   cmake_parse_arguments(PARSE_ARGV 0 arg "WHOLE" "NAME" "SOURCES;LIBRARIES;LABELS")
   if(NOT arg_NAME OR NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)

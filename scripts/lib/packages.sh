@@ -1,37 +1,47 @@
 # Debian packages, listed here and nowhere else. Sourced by the scripts.
 
-# To build, to test and to run the demonstration.
-pkgcore_build_packages=(
+# To build and install the libraries.
+pkgcore_library_packages=(
     cmake
     g++
-    git
     ninja-build
-    python3
-    libbenchmark-dev
-    libboost-date-time-dev
     libboost-dev
     libboost-filesystem-dev
-    libboost-iostreams-dev
     libboost-thread-dev
-    libgmock-dev
-    libgtest-dev
     libicu-dev
     libsqlite3-dev
     libxxhash-dev
-    sqlite3
+)
+
+# To build everything, to test and to measure.
+pkgcore_build_packages=(
+    "${pkgcore_library_packages[@]}"
+    git
+    python3
+    libbenchmark-dev
+    libboost-date-time-dev
+    libboost-iostreams-dev
+    libgmock-dev
+    libgtest-dev
     tzdata
 )
 
-# In addition: what the demonstration looks into a store with.
+# In addition: what the demonstration and the check of the documents look into a store with.
 pkgcore_demo_packages=(
     sqlite3
 )
 
+# For the formatter alone.
+pkgcore_format_packages=(
+    clang-format
+    git
+)
+
 # In addition: sanitizers, fuzzing, the linters.
 pkgcore_check_packages=(
+    "${pkgcore_format_packages[@]}"
     binutils
     clang
-    clang-format
     clang-tidy
     libclang-rt-14-dev
 )

@@ -3,7 +3,8 @@
 
 A block is opened by ```cpp and a name, and becomes <output>/<document>/<name>.inc; its #include lines, if there are any,
 become <output>/<document>/<name>.includes.inc. Fails for a block without a name of its own, and for one that no source
-includes: nobody would compile it.
+includes: nobody would compile it. Blocks of commands and of CMake and SQL need a name of their own as well: by that,
+scripts/check-consumers runs them and commands.py looks through them.
 Usage: blocks.py OUTPUT_FOLDER SOURCE_FOLDER DOCUMENT...
 """
 
@@ -11,15 +12,17 @@ import pathlib
 import re
 import sys
 
-OPENING = re.compile(r"```cpp(?:\s+(?P<name>\S+))?\s*")
+OPENING = re.compile(r"(?P<indent> *)```(?P<language>cpp|sh|cmake|sql)(?:\s+(?P<name>\S+))?\s*")
 INCLUDED = re.compile(r'#include "(?P<name>[^"]+\.inc)"')
 
 
 class Block:
-    def __init__(self, document, line, name):
+    def __init__(self, document, line, opening):
         self.document = document
         self.line = line
-        self.name = name
+        self.language = opening["language"]
+        self.name = opening["name"]
+        self.indent = opening["indent"]
         self.lines = []
 
     def place(self):
@@ -27,6 +30,8 @@ class Block:
 
     def contents(self):
         """What becomes of it, by the names of files. A blank takes the place of an #include, so that line numbers are right."""
+        if self.language != "cpp":
+            return {}
         key = f"{self.document.stem}/{self.name}"
         includes = [line for line in self.lines if is_include(line)]
         body = ["" if is_include(line) else line for line in self.lines]
@@ -45,26 +50,26 @@ def blocks_of(document):
     block = None
     for number, line in enumerate(document.read_text(encoding="utf-8").splitlines(), start=1):
         opening = OPENING.fullmatch(line)
-        if block is not None and line == "```":
+        if block is not None and line == block.indent + "```":
             yield block
             block = None
         elif block is not None:
-            block.lines.append(line)
+            block.lines.append(line.removeprefix(block.indent))
         elif opening:
-            block = Block(document, number, opening["name"])
+            block = Block(document, number, opening)
 
 
 def complaints_about(blocks, included):
     seen = set()
     for block in blocks:
-        names = block.contents()
+        key = (block.document.stem, block.name)
         if block.name is None:
             yield f"{block.place()}: a block without a name"
-        elif not seen.isdisjoint(names):
+        elif key in seen:
             yield f"{block.place()}: a second block of the name {block.name}"
         else:
-            yield from (f'{block.place()}: no test includes "{name}"' for name in names if name not in included)
-        seen.update(names)
+            yield from (f'{block.place()}: no test includes "{name}"' for name in block.contents() if name not in included)
+        seen.add(key)
 
 
 def write(output, contents):
@@ -87,7 +92,7 @@ def main(arguments):
     complaints = list(complaints_about(blocks, included))
     for complaint in complaints:
         print(complaint, file=sys.stderr)
-    if complaints or not blocks:
+    if complaints or not any(block.language == "cpp" for block in blocks):
         return 1
     write(output, {name: text for block in blocks for name, text in block.contents().items()})
     return 0

@@ -43,8 +43,23 @@ class Blocks(unittest.TestCase):
         self.assertEqual(sorted(file.name for file in (self.root / "out" / "page").iterdir()), ["two.inc", "two.includes.inc"])
 
     def test_a_block_of_another_language_is_left_alone(self):
-        status, _ = self.run_on("```sh\nls\n```\n" + BLOCK.format("one"), SOURCE.format("one"))
+        status, _ = self.run_on("```\nls\n```\n" + BLOCK.format("one"), SOURCE.format("one"))
         self.assertEqual(status, 0)
+
+    def test_commands_need_a_name_and_no_source(self):
+        for language in ("sh", "cmake", "sql"):
+            with self.subTest(language=language):
+                opening = f"```{language}"
+                text = BLOCK.format("one")
+                self.expect_refused("page.md:1: a block without a name", f"{opening}\nls\n```\n{text}")
+                self.expect_refused("page.md:3: a block without a name", f"- a\n\n  {opening}\n  ls\n  ```\n{text}")
+                self.expect_refused("a second block of the name one", f"{opening} one\nls\n```\n{text}")
+                self.assertEqual(self.run_on(f"{opening} two\nls\n```\n{text}", SOURCE.format("one")), (0, ""))
+                self.assertFalse((self.root / "out" / "page" / "two.inc").exists())
+
+    def test_documents_with_commands_alone_are_refused(self):
+        status, _ = self.run_on("```sh one\nls\n```\n", "")
+        self.assertEqual(status, 1)
 
     def test_a_block_that_nobody_includes_is_refused(self):
         self.expect_refused("page.md:3: no test includes", BLOCK.format("two"))

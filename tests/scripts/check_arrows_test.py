@@ -3,7 +3,10 @@
 
 import unittest
 
-from script_run import run_on_tree
+from script_run import SCRIPTS, run_on_tree
+
+# The table of this repository.
+ARCHITECTURE = (SCRIPTS.parent / "docs" / "architecture.md").read_text(encoding="utf-8")
 
 # (file, include) that must be refused.
 FORBIDDEN = [
@@ -63,6 +66,13 @@ FORBIDDEN = [
     ("pkgcore/testing/A.cpp", "<tests/support/TempTree.hpp>"),
     ("pkgcore/testing/A.cpp", "<pkgcore/filesystem/FileSystemOps.hpp>"),
     ("pkgcore/pkgcore.hpp", "<pkgcore/portable/path/PosixSyntax.hpp>"),
+    ("pkgcore/Other.hpp", "<string>"),
+    # Tests of users bring GoogleTest alone.
+    ("pkgcore/testing/A.hpp", "<unistd.h>"),
+    ("pkgcore/testing/A.hpp", "<unicode/ustring.h>"),
+    ("pkgcore/testing/A.hpp", "<sqlite3.h>"),
+    ("pkgcore/testing/A.hpp", "<fstream>"),
+    ("pkgcore/core/A.cpp", "<gtest/gtest.h>"),
     # Ways round the check.
     ("pkgcore/core/A.cpp", '"pkgcore/core/Exception.hpp"'),
     ("pkgcore/core/A.cpp", '"../portable/path/PosixSyntax.hpp"'),
@@ -85,13 +95,17 @@ ALLOWED = [
     ("pkgcore/portable/storage/providers/sqlite/A.cpp", "<sqlite3.h>"),
     ("pkgcore/portable/storage/providers/sqlite/A.cpp", "<pkgcore/portable/storage/Provider.hpp>"),
     ("pkgcore/pkgcore.hpp", "<pkgcore/filesystem/FileSystemOps.hpp>"),
+    ("pkgcore/testing/A.hpp", "<gtest/gtest.h>"),
+    ("pkgcore/testing/A.hpp", "<pkgcore/portable/storage/Provider.hpp>"),
+    ("pkgcore/portable/filesystem/A.cpp", "<fstream>"),
     ("tests/unit/core/A.cpp", "<pkgcore/portable/path/PosixSyntax.hpp>"),
 ]
 
 
 def tree_with(file, include):
     """The include stands on the third line, behind one in a comment that does not count."""
-    return {"pkgcore/core/Other.hpp": "#pragma once\n",
+    return {"docs/architecture.md": ARCHITECTURE,
+            "pkgcore/core/Other.hpp": "#pragma once\n",
             file: f"// #include <pkgcore/portable/A.hpp>\n\n# include {include}  // why\n"}
 
 
@@ -110,9 +124,22 @@ class CheckArrows(unittest.TestCase):
                 status, output = run_on_tree("check-arrows", tree_with(file, include))
                 self.assertEqual(status, 0, output)
 
+    def test_the_table_of_the_document_is_what_holds(self):
+        tree = tree_with("pkgcore/core/A.cpp", "<pkgcore/streams/InputStream.hpp>")
+        tree["docs/architecture.md"] = ARCHITECTURE.replace("| `core` | `platform` |", "| `core` | `platform`, `streams` |")
+        status, output = run_on_tree("check-arrows", tree)
+        self.assertEqual(status, 0, output)
+
     def test_refuses_a_tree_without_sources(self):
-        status, output = run_on_tree("check-arrows", {"README.md": ""})
+        status, output = run_on_tree("check-arrows", {"docs/architecture.md": ARCHITECTURE})
         self.assertEqual(status, 1, output)
+
+    def test_refuses_a_tree_without_the_table(self):
+        tree = tree_with("pkgcore/core/A.cpp", "<string>")
+        tree["docs/architecture.md"] = "# Architecture\n"
+        status, output = run_on_tree("check-arrows", tree)
+        self.assertEqual(status, 1, output)
+        self.assertIn("no table of the layers", output)
 
 
 if __name__ == "__main__":

@@ -12,7 +12,8 @@ inline bool storesHaveLog() { return sqlite3_libversion_number() >= 3'051'003; }
 /// From one fault to the next one: what goes on with a log is swept more coarsely, since both are swept.
 /// PKGCORE_SQLITE_STEP=1 asks for every fault.
 inline unsigned faultStep() {
-    return amountOf("PKGCORE_SQLITE_STEP", (storesHaveLog() ? 7 : 1) * (kIsSanitized ? 5 : 1));
+    const unsigned usual = storesHaveLog() ? 7 : 1;
+    return amountOf("PKGCORE_SQLITE_STEP", kIsSanitized ? 5 * usual : usual);
 }
 
 }  // namespace test
