@@ -40,7 +40,8 @@ struct SqliteOptions {
 /// processes may have it open at once. All that is in it takes 16 TiB at most, in folders of any size; a
 /// folder is moved, and removed from sight, as fast as a file. Every page of the file, every content and
 /// every name is under a checksum (XXH3): what is read or listed is what was written, and what is not found
-/// was not there, or the call throws "damaged" (code 10).
+/// was not there, or the call throws "damaged" (code 10). While SQLite has a change in a journal or a log
+/// beside the file, damage in that can hide an entry; what is read is right, or "damaged", then, too.
 ///
 /// `path` is a native path. A relative one is resolved now, and a later change of the working directory does
 /// not matter. What a process that has ended left half written is cleaned up now. While the store is open,
@@ -77,7 +78,8 @@ PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16st
 /// Throws foundation::storage::vfs::Exception, and then the store is as it was:
 /// - TemporarilyBusy if others are at work for longer than `busyTime`;
 /// - NoSpace where that room is missing;
-/// - NotRecoverable where damage is found: every page that is in use is read;
+/// - NotRecoverable where damage is found: every page is read, and one without use, torn by a loss
+///   of power, counts as well: copy what is in the store to a new one then;
 /// - what openSqliteProvider() throws; NotFound if there is no store, since none is made.
 /// If the process ends meanwhile, who opens the store for writing next undoes what was done.
 PKGCORE_SQLITE_API void compactSqliteStore(

@@ -133,8 +133,10 @@ Store::~Store() {
         // With one connection it is alone.
         idle_.erase(idle_.begin() + 1, idle_.end());
         sqlite3_busy_timeout(idle_.back()->get(), 0);
-        sqlite3_exec(idle_.back()->get(), "PRAGMA journal_mode = TRUNCATE; PRAGMA journal_mode = DELETE",
-                     nullptr, nullptr, nullptr);
+        // Leaving a log is a change with a rollback journal, of which the disk must have all before the page.
+        constexpr const char* kLeaving =
+            "PRAGMA synchronous = EXTRA; PRAGMA journal_mode = TRUNCATE; PRAGMA journal_mode = DELETE";
+        sqlite3_exec(idle_.back()->get(), kLeaving, nullptr, nullptr, nullptr);
     }
 }
 
