@@ -28,8 +28,6 @@ constexpr std::string_view kJournal = "-journal";
 
 std::size_t lengthOfName(const std::string& path) { return path.size() - (path.rfind('/') + 1); }
 
-std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
-
 /// Beside the path, so that it can be given the name.
 std::string freshName(const std::string& path) {
     constexpr char kDigits[] = "0123456789abcdefghijklmnopqrstuv";
@@ -127,6 +125,7 @@ bool createStore(const std::string& path, std::chrono::milliseconds busyTime) {
         fail(vfs::ErrorCode::NotSupported,
              "The name of the store is too long: its journal needs a longer one");
     }
+    requireWritable(folderOf(path));
     NewFile file(freshName(path));
     requireFitting(file.path());
     {

@@ -5,12 +5,15 @@
 #include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <string_view>
 
 namespace foundation::storage::sqlite {
@@ -134,9 +137,21 @@ Found look(const std::string& path) {
     return Found::File;
 }
 
-void requireWritableFile(const std::string& path) {
-    if (::access(path.c_str(), W_OK) != 0) {
+std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+void requireWritable(const std::string& path) {
+    // By the rights that the calls on the file will have, whoever started the process.
+    if (::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) {
         failWithSystem(errno, "The store cannot be written");
+    }
+}
+
+void requireWritableStore(const std::string& path) {
+    requireWritable(path);
+    // The journal is made beside the file itself, not beside a link to it.
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+    if (real) {
+        requireWritable(folderOf(real.get()));
     }
 }
 

@@ -19,7 +19,13 @@ enum class Found : unsigned char { Nothing, File };
 /// Throws for what can be no store, and if it cannot tell.
 Found look(const std::string& path);
 
-/// Throws unless the file may be written.
-void requireWritableFile(const std::string& path);
+/// The folder in which a path with a slash lies, with the slash.
+std::string folderOf(const std::string& path);
+
+/// Throws unless the file or the folder may be written.
+void requireWritable(const std::string& path);
+
+/// Throws unless the file of a store may be written, and a journal be made beside it.
+void requireWritableStore(const std::string& path);
 
 }  // namespace foundation::storage::sqlite

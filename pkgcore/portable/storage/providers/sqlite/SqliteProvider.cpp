@@ -184,7 +184,7 @@ void requireStoreAt(const std::string& path, const SqliteOptions& options) {
     requireFitting(path);
     requireStore(path);
     if (!options.isReadOnly) {
-        requireWritableFile(path);
+        requireWritableStore(path);
     }
 }
 

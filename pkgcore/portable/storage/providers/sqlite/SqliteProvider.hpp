@@ -41,7 +41,7 @@ struct SqliteOptions {
 /// folder is moved, and removed from sight, as fast as a file. Every page of the file, every content and
 /// every name is under a checksum (XXH3): what is read or listed is what was written, and what is not found
 /// was not there, or the call throws "damaged" (code 10). While SQLite has a change in a journal or a log
-/// beside the file, damage in that can hide an entry; what is read is right, or "damaged", then, too.
+/// beside the file, damage in that can hide an entry or undo the last changes.
 ///
 /// `path` is a native path. A relative one is resolved now, and a later change of the working directory does
 /// not matter. What a process that has ended left half written is cleaned up now. While the store is open,

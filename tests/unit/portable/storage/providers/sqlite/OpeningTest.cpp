@@ -262,6 +262,19 @@ TEST(SqliteOpening, AFileThatMayNotBeWrittenIsOpenedForReadingAlone) {
     });
 }
 
+TEST(SqliteOpening, AFolderThatMayNotBeWrittenHasNoPlaceForANewStoreNorForAJournal) {
+    test::runAsOrdinaryUser([] {
+        const StoreFile file;
+        test::setMode(file.tree().path(), 0500);
+        PKGCORE_EXPECT_FAILURE(AccessDenied, file.open());
+        test::setMode(file.tree().path(), 0700);
+        file.open();
+        test::setMode(file.tree().path(), 0500);
+        PKGCORE_EXPECT_FAILURE(AccessDenied, file.open());
+        test::setMode(file.tree().path(), 0700);
+    });
+}
+
 TEST(SqliteOpening, AReadOnlyFolderIsNoHindranceForReading) {
     test::runAsOrdinaryUser([] {
         const StoreFile file;
