@@ -138,8 +138,10 @@ Store::~Store() {
     }
 }
 
-/// Closing a connection rolls back, and brings in the log: the memory is given up instead.
+/// Closing a connection rolls back, and brings in the log; destroying a gate waits for the threads before it,
+/// which only the parent has. The memory is given up instead.
 void Store::leaveToParent() noexcept {
+    static_cast<void>(gate_.release());
     for (std::unique_ptr<Connection>& connection : idle_) {
         static_cast<void>(connection.release());
     }

@@ -77,7 +77,7 @@ private:
     template <typename Use>
     auto inTurn(Use use) {
         Patience patience(options_.busyTime);
-        const Passage passage(gate_, patience);
+        const Passage passage(*gate_, patience);
         Lease lease(*this, patience);
         return use(lease.connection());
     }
@@ -125,7 +125,7 @@ private:
     std::int64_t key_ = 0;
     provider::Identity file_;  ///< without a number
     Pins pins_;
-    Gate gate_;
+    std::unique_ptr<Gate> gate_ = std::make_unique<Gate>();
     std::mutex mutex_;
     std::vector<std::unique_ptr<Connection>> idle_;
 };

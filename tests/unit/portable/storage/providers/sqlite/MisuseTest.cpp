@@ -15,6 +15,7 @@
 
 #include <cstdio>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -187,6 +188,27 @@ TEST_F(Forked, LeavingHarmsNothing) {
         reader_.reset();
         store_.reset();
     });
+    expectUnharmed();
+}
+
+TEST_F(Forked, LeavingWaitsForNoThreadOfTheParent) {
+    test::RawDatabase other(file_.native());
+    other.run("BEGIN IMMEDIATE");
+    std::vector<std::thread> writers;
+    for (int i = 0; i < 3; ++i) {
+        writers.emplace_back([this] { EXPECT_NO_THROW(store_->setWritable(Path(u"large"), true)); });
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    test::runInChild([this] {
+        ::alarm(3);
+        writer_.reset();
+        reader_.reset();
+        store_.reset();
+    });
+    other.run("ROLLBACK");
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
     expectUnharmed();
 }
 
