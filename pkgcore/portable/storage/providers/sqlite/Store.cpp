@@ -163,10 +163,10 @@ void Store::prepareToWrite(Connection& connection) const {
 // Full durability for one change brings those before it to the disk as well. Where no byte of a row becomes
 // another, SQLite writes nothing; the header of the file it always writes.
 void Store::sync() {
+    requireOwnProcess();
     if (options_.isReadOnly || options_.durability == SqliteDurability::Full) {
         return;
     }
-    requireOwnProcess();
     inTurn([this](Connection& connection) {
         const FullDurability durability(connection);
         change(connection, markVersion);

@@ -48,7 +48,8 @@ public:
     /// Of an entry, also among those of other stores.
     provider::Identity identityOf(std::int64_t entry) const noexcept;
 
-    /// Returns when the changes so far are on the disk, whatever the durability is.
+    /// Returns when the changes that were made through this store are on the disk: with full durability they
+    /// are already, and one for reading alone has none. With normal durability, those of others, too.
     void sync();
 
     /// Writes all of it anew without the free pages. Nobody may be reading or writing meanwhile; "busy" then.

@@ -225,4 +225,16 @@ TEST_F(Forked, UsingIsRefusedAndHarmsNothing) {
     expectUnharmed();
 }
 
+TEST(SqliteMisuse, NoForkedProcessIsToldThatTheChangesAreOnTheDisk) {
+    provider::SqliteOptions full;
+    provider::SqliteOptions readOnly;
+    readOnly.isReadOnly = true;
+    for (const auto& options : {full, readOnly}) {
+        const StoreFile file;
+        file.open();
+        const auto store = file.open(options);
+        test::runInChild([&store] { PKGCORE_EXPECT_FAILURE(NotSupported, store->sync(Path())); });
+    }
+}
+
 }  // namespace
