@@ -5,6 +5,7 @@
 #include "tests/sqlite/FaultyVfs.hpp"
 #include "tests/sqlite/Soundness.hpp"
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/StoreFile.hpp"
 
@@ -21,6 +22,18 @@ namespace provider = foundation::storage::provider;
 namespace vfs = foundation::storage::vfs;
 using provider::Path;
 
+/// Has strike() called before the first call of the kind.
+template <typename Strike>
+void strikeAt(FaultyVfs& files, VfsCall::Kind kind, bool& isStruck, Strike strike) {
+    files.onCall([kind, &isStruck, strike](const VfsCall& call) {
+        if (call.kind == kind && !isStruck) {
+            isStruck = true;
+            strike();
+        }
+        return SQLITE_OK;
+    });
+}
+
 /// Calls strike() at the first write to a file of the store, and expects that the change is not acknowledged.
 template <typename Strike, typename Change>
 void expectRefused(const StoreFile& file, Strike strike, Change change) {
@@ -28,13 +41,7 @@ void expectRefused(const StoreFile& file, Strike strike, Change change) {
     const auto store = file.open();
     writeFile(*store, u"f", "text");
     bool isStruck = false;
-    files.onCall([&](const VfsCall& call) {
-        if (call.kind == VfsCall::Kind::Write && !isStruck) {
-            isStruck = true;
-            strike();
-        }
-        return SQLITE_OK;
-    });
+    strikeAt(files, VfsCall::Kind::Write, isStruck, strike);
     try {
         change(*store);
         ADD_FAILURE() << "it was acknowledged";
@@ -63,6 +70,21 @@ TEST(SqliteGone, AStoreThatTakesThePlaceAtThatInstantIsNotTheOneThatWasChanged) 
     makeFile(file.tree() / "backup", backup);
     expectRefused(
         file, [&file] { std::rename((file.tree() / "backup").c_str(), file.native().c_str()); }, makeFolder);
+}
+
+// The change is on the disk, whoever may look at that.
+TEST(SqliteGone, AChangeThatWasMadeIsAcknowledgedThoughNobodyMayFollowThePathAnyMore) {
+    runAsOrdinaryUser([] {
+        FaultyVfs files;
+        const StoreFile file;
+        const auto store = file.open({});
+        bool isStruck = false;
+        strikeAt(files, VfsCall::Kind::Write, isStruck, [&file] { setMode(file.tree().path(), 0); });
+        EXPECT_NO_THROW(makeFolder(*store));
+        EXPECT_TRUE(isStruck);
+        setMode(file.tree().path(), 0700);
+        EXPECT_TRUE(store->find(Path(u"d")));
+    });
 }
 
 }  // namespace

@@ -89,12 +89,30 @@ private:
     Connection& connection_;
 };
 
-provider::Identity identityOfFile(const std::string& path) {
+constexpr const char* kGone = "The store has gone";
+
+/// Sets the identity of the file that is there; returns the errno, and leaves it as it was, if nobody can say.
+int findFile(const std::string& path, provider::Identity& identity) noexcept {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
-        failInUse(errno, "The store has gone");
+        return errno;
     }
-    return {status.st_dev, status.st_ino, 0};
+    identity = {status.st_dev, status.st_ino, 0};
+    return 0;
+}
+
+provider::Identity identityOfFile(const std::string& path) {
+    provider::Identity identity;
+    if (const int error = findFile(path, identity); error != 0) {
+        failInUse(error, kGone);
+    }
+    return identity;
+}
+
+void requireSame(const provider::Identity& found, const provider::Identity& file) {
+    if (found != file) {
+        fail(ErrorCode::IOError, "Another file has taken the place of the store");
+    }
 }
 
 }  // namespace
@@ -181,7 +199,7 @@ void Store::compact() {
         requireInPlace();
         connection.execute("PRAGMA temp_store = FILE");
         connection.execute("VACUUM");
-        requireInPlace();
+        requireNotGone();
         connection.execute("PRAGMA temp_store = MEMORY");
     });
 }
@@ -192,10 +210,16 @@ void Store::requireWritable() const {
     }
 }
 
-void Store::requireInPlace() const {
-    if (identityOfFile(path_) != file_) {
-        fail(ErrorCode::IOError, "Another file has taken the place of the store");
+void Store::requireInPlace() const { requireSame(identityOfFile(path_), file_); }
+
+// A path that cannot be followed now, for want of a right or of memory, does not undo what was committed.
+void Store::requireNotGone() const {
+    provider::Identity found = file_;
+    const int error = findFile(path_, found);
+    if (error == ENOENT || error == ENOTDIR) {
+        failInUse(error, kGone);
     }
+    requireSame(found, file_);
 }
 
 bool Store::isInPlace() const noexcept {

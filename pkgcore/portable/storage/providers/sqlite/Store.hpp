@@ -90,7 +90,7 @@ private:
         requireInPlace();
         return finish(connection, body, [this, &transaction] {
             transaction.commit();
-            requireInPlace();
+            requireNotGone();
         });
     }
 
@@ -112,6 +112,9 @@ private:
     /// looks by itself; with a log it does not.
     void requireInPlace() const;
     bool isInPlace() const noexcept;
+
+    /// The same after a change, which was made unless the file is known to have gone.
+    void requireNotGone() const;
 
     void prepareToWrite(Connection& connection) const;
     void leaveToParent() noexcept;
