@@ -13,6 +13,7 @@
 
 #include <unistd.h>
 #include <cstdio>
+#include <functional>
 
 namespace test {
 
@@ -34,6 +35,15 @@ void strikeAt(FaultyVfs& files, VfsCall::Kind kind, bool& isStruck, Strike strik
     });
 }
 
+void expectIOError(const std::function<void()>& body) {
+    try {
+        body();
+        ADD_FAILURE() << "it was acknowledged";
+    } catch (const vfs::Exception& failure) {
+        EXPECT_EQ(failure.getErrorCode(), vfs::ErrorCode::IOError) << failure.what();
+    }
+}
+
 /// Calls strike() at the first write to a file of the store, and expects that the change is not acknowledged.
 template <typename Strike, typename Change>
 void expectRefused(const StoreFile& file, Strike strike, Change change) {
@@ -42,12 +52,7 @@ void expectRefused(const StoreFile& file, Strike strike, Change change) {
     writeFile(*store, u"f", "text");
     bool isStruck = false;
     strikeAt(files, VfsCall::Kind::Write, isStruck, strike);
-    try {
-        change(*store);
-        ADD_FAILURE() << "it was acknowledged";
-    } catch (const vfs::Exception& failure) {
-        EXPECT_EQ(failure.getErrorCode(), vfs::ErrorCode::IOError) << failure.what();
-    }
+    expectIOError([&] { change(*store); });
     EXPECT_TRUE(isStruck);
 }
 
@@ -70,6 +75,19 @@ TEST(SqliteGone, AStoreThatTakesThePlaceAtThatInstantIsNotTheOneThatWasChanged) 
     makeFile(file.tree() / "backup", backup);
     expectRefused(
         file, [&file] { std::rename((file.tree() / "backup").c_str(), file.native().c_str()); }, makeFolder);
+}
+
+// Whether it has gone is asked of the file that was opened, not of the one that is found afterwards.
+TEST(SqliteGone, AStoreThatTakesThePlaceOfOneThatIsBeingOpenedIsRefused) {
+    const StoreFile file;
+    writeFile(*file.open(), u"f", "text");
+    makeFile(file.tree() / "backup", contentOf(file.native()));
+    FaultyVfs files;
+    bool isStruck = false;
+    strikeAt(files, VfsCall::Kind::Lock, isStruck,
+             [&file] { std::rename((file.tree() / "backup").c_str(), file.native().c_str()); });
+    expectIOError([&file] { file.open(); });
+    EXPECT_TRUE(isStruck);
 }
 
 // The change is on the disk, whoever may look at that.

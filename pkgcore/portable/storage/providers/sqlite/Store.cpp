@@ -115,11 +115,22 @@ void requireSame(const provider::Identity& found, const provider::Identity& file
     }
 }
 
+std::unique_ptr<Connection> connectTo(const std::string& path, const provider::SqliteOptions& options) {
+    const Access access = options.isReadOnly ? Access::Read : Access::Write;
+    return std::make_unique<Connection>(path, access, options.busyTime);
+}
+
 }  // namespace
 
-Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options)
+// The braces have the file looked at before it is opened: one that took its place after that is found out.
+Store::Store(const std::string& path, const provider::SqliteOptions& options)
+    : Store{identityOfFile(path), connectTo(path, options), options} {}
+
+Store::Store(const provider::Identity& file, std::unique_ptr<Connection> first,
+             const provider::SqliteOptions& options)
     : options_(options),
       path_(first->fullPath()),
+      file_(file),
       pins_(path_, Patience(options.busyTime), !options.isReadOnly) {
     first->execute(kTuning);
     {
@@ -128,8 +139,8 @@ Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& o
         key_ = readStoreRow(*first).key;
         transaction.commit();
     }
+    requireInPlace();
     prepareToWrite(*first);  // which may change the file, and so comes behind all that may refuse it
-    file_ = identityOfFile(path_);
     idle_.reserve(kMaxIdle);
     idle_.push_back(std::move(first));
 }
@@ -234,8 +245,7 @@ bool Store::isInPlace() const noexcept {
 /// That the store has gone must not look as if an item were not there.
 std::unique_ptr<Connection> Store::connect() const {
     try {
-        const Access access = options_.isReadOnly ? Access::Read : Access::Write;
-        return std::make_unique<Connection>(path_, access, options_.busyTime);
+        return connectTo(path_, options_);
     } catch (const vfs::Exception& failure) {
         if (failure.getErrorCode() != ErrorCode::NotFound) throw;
         fail(ErrorCode::IOError, "The store has gone");

@@ -19,8 +19,8 @@ namespace foundation::storage::sqlite {
 /// without a trace.
 class Store {
 public:
-    /// Of a file that is known to be a store. Takes over the first connection.
-    Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options);
+    /// Opens a file that is known to be a store. Throws an IOError if it goes meanwhile.
+    Store(const std::string& path, const provider::SqliteOptions& options);
     ~Store();
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
@@ -105,6 +105,10 @@ private:
             return result;
         }
     }
+
+    /// Takes over the first connection to the file, as it was before that.
+    Store(const provider::Identity& file, std::unique_ptr<Connection> first,
+          const provider::SqliteOptions& options);
 
     void requireOwnProcess() const;
 
