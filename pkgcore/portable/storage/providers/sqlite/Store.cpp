@@ -91,7 +91,8 @@ private:
 
 constexpr const char* kGone = "The store has gone";
 
-/// Sets the identity of the file that is there; returns the errno, and leaves it as it was, if nobody can say.
+/// Sets the identity of the file that is there; returns the errno, and leaves it as it was, if nobody can
+/// say.
 int findFile(const std::string& path, provider::Identity& identity) noexcept {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
