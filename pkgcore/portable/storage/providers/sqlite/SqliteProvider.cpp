@@ -189,9 +189,8 @@ void requireStoreAt(const std::string& path, const SqliteOptions& options) {
 }
 
 SharedStore openStore(const std::string& path, const SqliteOptions& options) {
-    const Access access = options.isReadOnly ? Access::Read : Access::Write;
     try {
-        return std::make_shared<Store>(std::make_unique<Connection>(path, access, options.busyTime), options);
+        return std::make_shared<Store>(path, options);
     } catch (const vfs::Exception& failure) {
         if (failure.getErrorCode() == ErrorCode::NotRecoverable) {
             requireWholeFile(path);

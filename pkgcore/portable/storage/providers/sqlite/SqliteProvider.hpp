@@ -46,8 +46,8 @@ struct SqliteOptions {
 /// `path` is a native path. A relative one is resolved now, and a later change of the working directory does
 /// not matter. What a process that has ended left half written is cleaned up now. While the store is open,
 /// nobody may delete, rename or replace its file, and this process may not open and close that file by other
-/// means than SQLite's: the system drops the locks of the process then. A child of fork() cannot use the
-/// store (code 11), and does no harm by letting go of it.
+/// means than SQLite's: the system drops the locks of the process then. In a child of fork(), each
+/// call that needs the file is refused (code 11), and letting go of the store does no harm.
 ///
 /// Throws foundation::storage::vfs::Exception, and then nothing at the path has changed, except that a change
 /// in which a process had ended may have been undone:

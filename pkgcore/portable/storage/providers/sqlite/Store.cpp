@@ -89,19 +89,49 @@ private:
     Connection& connection_;
 };
 
-provider::Identity identityOfFile(const std::string& path) {
+constexpr const char* kGone = "The store has gone";
+
+/// Sets the identity of the file that is there; returns the errno, and leaves it as it was, if nobody can
+/// say.
+int findFile(const std::string& path, provider::Identity& identity) noexcept {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
-        failInUse(errno, "The store has gone");
+        return errno;
     }
-    return {status.st_dev, status.st_ino, 0};
+    identity = {status.st_dev, status.st_ino, 0};
+    return 0;
+}
+
+provider::Identity identityOfFile(const std::string& path) {
+    provider::Identity identity;
+    if (const int error = findFile(path, identity); error != 0) {
+        failInUse(error, kGone);
+    }
+    return identity;
+}
+
+void requireSame(const provider::Identity& found, const provider::Identity& file) {
+    if (found != file) {
+        fail(ErrorCode::IOError, "Another file has taken the place of the store");
+    }
+}
+
+std::unique_ptr<Connection> connectTo(const std::string& path, const provider::SqliteOptions& options) {
+    const Access access = options.isReadOnly ? Access::Read : Access::Write;
+    return std::make_unique<Connection>(path, access, options.busyTime);
 }
 
 }  // namespace
 
-Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options)
+// The braces have the file looked at before it is opened: one that took its place after that is found out.
+Store::Store(const std::string& path, const provider::SqliteOptions& options)
+    : Store{identityOfFile(path), connectTo(path, options), options} {}
+
+Store::Store(const provider::Identity& file, std::unique_ptr<Connection> first,
+             const provider::SqliteOptions& options)
     : options_(options),
       path_(first->fullPath()),
+      file_(file),
       pins_(path_, Patience(options.busyTime), !options.isReadOnly) {
     first->execute(kTuning);
     {
@@ -110,8 +140,8 @@ Store::Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& o
         key_ = readStoreRow(*first).key;
         transaction.commit();
     }
+    requireInPlace();
     prepareToWrite(*first);  // which may change the file, and so comes behind all that may refuse it
-    file_ = identityOfFile(path_);
     idle_.reserve(kMaxIdle);
     idle_.push_back(std::move(first));
 }
@@ -140,8 +170,10 @@ Store::~Store() {
     }
 }
 
-/// Closing a connection rolls back, and brings in the log: the memory is given up instead.
+/// Closing a connection rolls back, and brings in the log; destroying a gate waits for the threads before it,
+/// which only the parent has. The memory is given up instead.
 void Store::leaveToParent() noexcept {
+    static_cast<void>(gate_.release());
     for (std::unique_ptr<Connection>& connection : idle_) {
         static_cast<void>(connection.release());
     }
@@ -163,10 +195,10 @@ void Store::prepareToWrite(Connection& connection) const {
 // Full durability for one change brings those before it to the disk as well. Where no byte of a row becomes
 // another, SQLite writes nothing; the header of the file it always writes.
 void Store::sync() {
+    requireOwnProcess();
     if (options_.isReadOnly || options_.durability == SqliteDurability::Full) {
         return;
     }
-    requireOwnProcess();
     inTurn([this](Connection& connection) {
         const FullDurability durability(connection);
         change(connection, markVersion);
@@ -181,7 +213,7 @@ void Store::compact() {
         requireInPlace();
         connection.execute("PRAGMA temp_store = FILE");
         connection.execute("VACUUM");
-        requireInPlace();
+        requireNotGone();
         connection.execute("PRAGMA temp_store = MEMORY");
     });
 }
@@ -192,10 +224,16 @@ void Store::requireWritable() const {
     }
 }
 
-void Store::requireInPlace() const {
-    if (identityOfFile(path_) != file_) {
-        fail(ErrorCode::IOError, "Another file has taken the place of the store");
+void Store::requireInPlace() const { requireSame(identityOfFile(path_), file_); }
+
+// A path that cannot be followed now, for want of a right or of memory, does not undo what was committed.
+void Store::requireNotGone() const {
+    provider::Identity found = file_;
+    const int error = findFile(path_, found);
+    if (error == ENOENT || error == ENOTDIR) {
+        failInUse(error, kGone);
     }
+    requireSame(found, file_);
 }
 
 bool Store::isInPlace() const noexcept {
@@ -210,8 +248,7 @@ bool Store::isInPlace() const noexcept {
 /// That the store has gone must not look as if an item were not there.
 std::unique_ptr<Connection> Store::connect() const {
     try {
-        const Access access = options_.isReadOnly ? Access::Read : Access::Write;
-        return std::make_unique<Connection>(path_, access, options_.busyTime);
+        return connectTo(path_, options_);
     } catch (const vfs::Exception& failure) {
         if (failure.getErrorCode() != ErrorCode::NotFound) throw;
         fail(ErrorCode::IOError, "The store has gone");

@@ -19,8 +19,8 @@ namespace foundation::storage::sqlite {
 /// without a trace.
 class Store {
 public:
-    /// Of a file that is known to be a store. Takes over the first connection.
-    Store(std::unique_ptr<Connection> first, const provider::SqliteOptions& options);
+    /// Opens a file that is known to be a store. Throws an IOError if it goes meanwhile.
+    Store(const std::string& path, const provider::SqliteOptions& options);
     ~Store();
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
@@ -48,7 +48,8 @@ public:
     /// Of an entry, also among those of other stores.
     provider::Identity identityOf(std::int64_t entry) const noexcept;
 
-    /// Returns when the changes so far are on the disk, whatever the durability is.
+    /// Returns when the changes that were made through this store are on the disk: with full durability they
+    /// are already, and one for reading alone has none. With normal durability, those of others, too.
     void sync();
 
     /// Writes all of it anew without the free pages. Nobody may be reading or writing meanwhile; "busy" then.
@@ -77,7 +78,7 @@ private:
     template <typename Use>
     auto inTurn(Use use) {
         Patience patience(options_.busyTime);
-        const Passage passage(gate_, patience);
+        const Passage passage(*gate_, patience);
         Lease lease(*this, patience);
         return use(lease.connection());
     }
@@ -89,7 +90,7 @@ private:
         requireInPlace();
         return finish(connection, body, [this, &transaction] {
             transaction.commit();
-            requireInPlace();
+            requireNotGone();
         });
     }
 
@@ -105,12 +106,19 @@ private:
         }
     }
 
+    /// Takes over the first connection to the file, as it was before that.
+    Store(const provider::Identity& file, std::unique_ptr<Connection> first,
+          const provider::SqliteOptions& options);
+
     void requireOwnProcess() const;
 
     /// What is written to a file that no path leads to any more is lost. With the rollback journal, SQLite
     /// looks by itself; with a log it does not.
     void requireInPlace() const;
     bool isInPlace() const noexcept;
+
+    /// The same after a change, which was made unless the file is known to have gone.
+    void requireNotGone() const;
 
     void prepareToWrite(Connection& connection) const;
     void leaveToParent() noexcept;
@@ -125,7 +133,7 @@ private:
     std::int64_t key_ = 0;
     provider::Identity file_;  ///< without a number
     Pins pins_;
-    Gate gate_;
+    std::unique_ptr<Gate> gate_ = std::make_unique<Gate>();
     std::mutex mutex_;
     std::vector<std::unique_ptr<Connection>> idle_;
 };

@@ -15,6 +15,7 @@
 
 #include <cstdio>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -190,6 +191,27 @@ TEST_F(Forked, LeavingHarmsNothing) {
     expectUnharmed();
 }
 
+TEST_F(Forked, LeavingWaitsForNoThreadOfTheParent) {
+    test::RawDatabase other(file_.native());
+    other.run("BEGIN IMMEDIATE");
+    std::vector<std::thread> writers;
+    for (int i = 0; i < 3; ++i) {
+        writers.emplace_back([this] { EXPECT_NO_THROW(store_->setWritable(Path(u"large"), true)); });
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    test::runInChild([this] {
+        ::alarm(3);
+        writer_.reset();
+        reader_.reset();
+        store_.reset();
+    });
+    other.run("ROLLBACK");
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    expectUnharmed();
+}
+
 TEST_F(Forked, UsingIsRefusedAndHarmsNothing) {
     test::runInChild([this] {
         char byte = 0;
@@ -201,6 +223,18 @@ TEST_F(Forked, UsingIsRefusedAndHarmsNothing) {
         PKGCORE_EXPECT_FAILURE(NotSupported, store_->sync(Path()));
     });
     expectUnharmed();
+}
+
+TEST(SqliteMisuse, NoForkedProcessIsToldThatTheChangesAreOnTheDisk) {
+    provider::SqliteOptions full;
+    provider::SqliteOptions readOnly;
+    readOnly.isReadOnly = true;
+    for (const auto& options : {full, readOnly}) {
+        const StoreFile file;
+        file.open();
+        const auto store = file.open(options);
+        test::runInChild([&store] { PKGCORE_EXPECT_FAILURE(NotSupported, store->sync(Path())); });
+    }
 }
 
 }  // namespace
