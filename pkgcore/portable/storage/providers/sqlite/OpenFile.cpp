@@ -40,7 +40,7 @@ bool OpenFile::open(Find find) {
         if (found && isSameContent(*found, entry_)) {
             break;
         }
-        pin_.release();
+        letGo();
     }
     if (!found) {
         return false;
@@ -49,13 +49,17 @@ bool OpenFile::open(Find find) {
     return true;
 }
 
-OpenFile::OpenFile(SharedStore store, const provider::Path& path) : store_(std::move(store)) {
+// The destructor lets go what is pinned when this throws, since another constructor is done by then.
+OpenFile::OpenFile(SharedStore store, const provider::Path& path) : OpenFile(std::move(store)) {
     open([&path](Connection& connection) {
         return std::optional<Entry>(Entries(connection).requireFile(path));
     });
 }
 
-OpenFile::~OpenFile() {
+OpenFile::~OpenFile() { letGo(); }
+
+/// Whoever made an orphan of it has left it in the store for the sake of the pin.
+void OpenFile::letGo() noexcept {
     if (pin_.isHeld()) {
         pin_.release();
         sweepContent(*store_, entry_.content);

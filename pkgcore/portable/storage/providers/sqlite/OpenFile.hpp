@@ -43,6 +43,7 @@ private:
     template <typename Find>
     bool open(Find find);
 
+    void letGo() noexcept;
     std::size_t readFull(std::int64_t index, char* out, std::size_t count);
     std::size_t readPart(std::int64_t index, std::size_t start, char* out, std::size_t count);
 

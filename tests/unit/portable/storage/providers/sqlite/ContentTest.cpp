@@ -177,6 +177,30 @@ TEST_F(SqliteContent, AReaderKeepsWhatIsReplacedFromElsewhere) {
     EXPECT_EQ(byte + readRest(*reader), large);
 }
 
+TEST_F(SqliteContent, OpeningWhatIsRemovedMeanwhileLeavesNothingBehind) {
+    for (int look = 1; orphans() == 0; ++look) {
+        writeFile(*store, u"large", large);
+        const test::BeforeLook hook(look, [this] { other->remove(Path(u"large")); });
+        try {
+            file.open()->openReader(Path(u"large"));
+        } catch (const vfs::Exception& failure) {
+            EXPECT_EQ(failure.getErrorCode(), ErrorCode::NotFound) << failure.what();
+        }
+        EXPECT_EQ(orphans(), 0) << look;
+        if (!hook.wasReached()) return;
+    }
+}
+
+TEST_F(SqliteContent, OpeningWhatIsReplacedMeanwhileLeavesNothingBehind) {
+    for (int look = 1; orphans() == 0; ++look) {
+        writeFile(*store, u"large", large);
+        const test::BeforeLook hook(look, [this] { writeFile(*other, u"large", huge); });
+        file.open()->openReader(Path(u"large"));
+        EXPECT_EQ(orphans(), 0) << look;
+        if (!hook.wasReached()) return;
+    }
+}
+
 TEST_F(SqliteContent, AppendingGoesOnInPlace) {
     const int before = chunks();
     const auto reader = other->openReader(Path(u"large"));
