@@ -66,13 +66,23 @@ void OpenFile::letGo() noexcept {
     }
 }
 
-std::optional<OpenFile> OpenFile::ofEntry(const SharedStore& store, const Entry& entry) {
+template <typename Find>
+std::optional<OpenFile> OpenFile::openIfThere(const SharedStore& store, Find find) {
     OpenFile file(store);
-    const bool isThere = file.open([&entry](Connection& connection) {
-        std::optional<Entry> found = Entries(connection).find(entry.parent, entry.name);
+    const bool isThere = file.open([&find](Connection& connection) {
+        Entries entries(connection);
+        std::optional<Entry> found = find(entries);
         return found && !found->isFolder() ? found : std::nullopt;
     });
     return isThere ? std::optional<OpenFile>(std::move(file)) : std::nullopt;
+}
+
+std::optional<OpenFile> OpenFile::ifThere(const SharedStore& store, const provider::Path& path) {
+    return openIfThere(store, [&path](Entries& entries) { return entries.find(path); });
+}
+
+std::optional<OpenFile> OpenFile::ofEntry(const SharedStore& store, const Entry& entry) {
+    return openIfThere(store, [&entry](Entries& entries) { return entries.find(entry.parent, entry.name); });
 }
 
 const std::string& OpenFile::chunk(std::int64_t index) {
