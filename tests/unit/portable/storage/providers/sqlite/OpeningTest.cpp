@@ -11,10 +11,12 @@
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <map>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -327,6 +329,32 @@ TEST(SqliteOpening, BusyTimeIsTheLimitOfWaiting) {
     EXPECT_FALSE(store->find(Path(u"d"))) << "reading goes on";
     other.run("ROLLBACK");
     EXPECT_NO_THROW(store->createFolder(Path(u"d")));
+}
+
+/// An SQLite that knows no files.
+class NoFiles {
+public:
+    NoFiles() {
+        while (sqlite3_vfs* const one = sqlite3_vfs_find(nullptr)) {
+            old_.push_back(one);
+            sqlite3_vfs_unregister(one);
+        }
+    }
+    ~NoFiles() {
+        for (auto one = old_.rbegin(); one != old_.rend(); ++one) sqlite3_vfs_register(*one, 1);
+    }
+    NoFiles(const NoFiles&) = delete;
+    NoFiles& operator=(const NoFiles&) = delete;
+
+private:
+    std::vector<sqlite3_vfs*> old_;
+};
+
+TEST(SqliteOpening, FailsWhereSqliteHasNoFiles) {
+    const StoreFile file;
+    file.open();
+    const NoFiles none;
+    PKGCORE_EXPECT_FAILURE(IOError, file.open());
 }
 
 }  // namespace
