@@ -14,6 +14,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <map>
 #include <thread>
 #include <vector>
@@ -354,6 +355,33 @@ TEST(SqliteOpening, FailsWhereSqliteHasNoFiles) {
     const StoreFile file;
     file.open();
     const NoFiles none;
+    PKGCORE_EXPECT_FAILURE(IOError, file.open());
+}
+
+/// Files that cannot be opened, with the errno of something else.
+class StaleFiles {
+public:
+    StaleFiles() : vfs_(*sqlite3_vfs_find(nullptr)) {
+        vfs_.zName = "stale";
+        vfs_.xOpen = [](sqlite3_vfs*, const char*, sqlite3_file* file, int, int*) {
+            file->pMethods = nullptr;
+            return SQLITE_IOERR;
+        };
+        vfs_.xGetLastError = [](sqlite3_vfs*, int, char*) { return EEXIST; };
+        sqlite3_vfs_register(&vfs_, 1);
+    }
+    ~StaleFiles() { sqlite3_vfs_unregister(&vfs_); }
+    StaleFiles(const StaleFiles&) = delete;
+    StaleFiles& operator=(const StaleFiles&) = delete;
+
+private:
+    sqlite3_vfs vfs_;
+};
+
+TEST(SqliteOpening, OfAStoreThatCannotBeReadDoesNotSayThatItExists) {
+    const StoreFile file;
+    file.open();
+    const StaleFiles stale;
     PKGCORE_EXPECT_FAILURE(IOError, file.open());
 }
 
