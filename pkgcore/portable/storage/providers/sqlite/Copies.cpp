@@ -3,11 +3,13 @@
 #include <pkgcore/portable/storage/providers/sqlite/Changes.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Contents.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Draft.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Names.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/OpenFile.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Sweep.hpp>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -64,12 +66,12 @@ public:
     TreeCopy& operator=(const TreeCopy&) = delete;
 
     void fill(const Entry& source);
-    void publish(const Path& to, ReplacementPolicy policy, bool isWritable);
+    void publish(const Path& from, const Entry& source, const Path& to, ReplacementPolicy policy);
 
 private:
     /// A folder that is being copied, up to the entry with this name.
     struct Level {
-        std::int64_t from;
+        Entry from;
         std::int64_t to;
         std::string last;
     };
@@ -77,6 +79,8 @@ private:
     void makeTop();
     Entry requireTop(Entries& entries) const;
     bool fillSome();
+    void beginAgain();
+    void copyNext(const std::vector<Entry>& page);
     std::optional<Level> copyPage(Connection& connection, const std::vector<Entry>& page, std::int64_t to,
                                   std::vector<Entry>& large);
     void copyLarge(const Entry& source, std::int64_t to);
@@ -110,37 +114,69 @@ Entry TreeCopy::requireTop(Entries& entries) const {
 }
 
 void TreeCopy::fill(const Entry& source) {
-    levels_.push_back({source.id, top_, {}});
+    levels_.push_back({source, top_, {}});
     while (!levels_.empty()) {
         if (!fillSome()) levels_.pop_back();
     }
 }
 
-/// One page of the innermost folder, up to its first folder, which becomes the innermost. False at its end.
+bool isThere(Entries& entries, const Entry& folder) {
+    const std::optional<Entry> found = entries.find(folder.parent, folder.name);
+    return found && found->id == folder.id;
+}
+
+/// One page of the innermost folder, up to its first folder, which becomes the innermost. False at its end,
+/// which is that of all of it only if it is still there: what was removed is swept in pieces.
 bool TreeCopy::fillSome() {
-    Level& level = levels_.back();
-    std::vector<Entry> page = store_->read([&level](Connection& connection) {
-        return Entries(connection).listAfter(level.from, level.last, kCopiedAtOnce);
+    const Level& level = levels_.back();
+    std::vector<Entry> page;
+    const bool isWhole = store_->read([&](Connection& connection) {
+        Entries entries(connection);
+        page = entries.listAfter(level.from.id, level.last, kCopiedAtOnce);
+        return isThere(entries, level.from);
     });
-    if (page.empty()) {
+    if (!isWhole && levels_.size() > 1) {
+        beginAgain();
+        return true;
+    }
+    if (!isWhole || page.empty()) {
         return false;
     }
-    std::size_t count = 0;
-    while (count < page.size() && !page[count].isFolder()) ++count;
-    const bool endsInFolder = count < page.size();
-    page.resize(endsInFolder ? count + 1 : count);
+    const auto firstFolder =
+        std::find_if(page.begin(), page.end(), [](const Entry& e) { return e.isFolder(); });
+    if (firstFolder != page.end()) page.erase(firstFolder + 1, page.end());
+    copyNext(page);
+    return true;
+}
+
+/// The innermost folder has gone from its place: what was copied of it goes, too. Copies what has its name
+/// now.
+void TreeCopy::beginAgain() {
+    const Level gone = std::move(levels_.back());
+    levels_.pop_back();
+    store_->write([&](Connection& connection) {
+        Entries entries(connection);
+        requireTop(entries);
+        if (const std::optional<Entry> part = entries.find(levels_.back().to, gone.from.name)) {
+            entries.erase(*part);
+            Contents(connection).retire(*part);
+        }
+    });
+    copyNext({gone.from});
+}
+
+void TreeCopy::copyNext(const std::vector<Entry>& page) {
+    Level& level = levels_.back();
     level.last = page.back().name;
-    const std::int64_t to = level.to;
     std::vector<Entry> large;
     std::optional<Level> inner = store_->write([&](Connection& connection) {
         large.clear();
-        return copyPage(connection, page, to, large);
+        return copyPage(connection, page, level.to, large);
     });
-    for (const Entry& entry : large) copyLarge(entry, to);
+    for (const Entry& entry : large) copyLarge(entry, level.to);
     if (inner) {
         levels_.push_back(*std::move(inner));
     }
-    return true;
 }
 
 /// Copies all but the large files, which are left to be copied apart. The level of the folder at the end, if
@@ -157,17 +193,16 @@ std::optional<TreeCopy::Level> TreeCopy::copyPage(Connection& connection, const 
             large.push_back(*entry);
             continue;
         }
-        const std::int64_t folder = entry->id;
-        const std::int64_t content = entry->content;
+        const Entry source = *entry;
         entry->parent = to;
         entry->modified = timeOfNow();
         entry->id = connection.newNumber();
         entry->content = entry->size > 0 ? connection.newNumber() : kNoContent;
         entries.put(*entry);
         if (entry->isFolder()) {
-            inner = Level{folder, entry->id, {}};
+            inner = Level{source, entry->id, {}};
         } else {
-            copyBytes(connection, content, *entry);
+            copyBytes(connection, source.content, *entry);
         }
     }
     return inner;
@@ -186,14 +221,20 @@ void TreeCopy::copyLarge(const Entry& source, std::int64_t to) {
     });
 }
 
-void TreeCopy::publish(const Path& to, ReplacementPolicy policy, bool isWritable) {
+/// "Not found" unless the source is where it was: only then is known that nothing of it was swept meanwhile.
+/// So a source that was moved has gone as well, though it is whole.
+void TreeCopy::publish(const Path& from, const Entry& source, const Path& to, ReplacementPolicy policy) {
     store_->write([&](Connection& connection) {
         Entries entries(connection);
+        if (entries.requireFolder(from).id != source.id) {
+            fail(vfs::ErrorCode::NotFound);
+        }
         Contents contents(connection);
         const Place place = placeFor(entries, to, Kind::Folder, policy);
         entries.erase(requireTop(entries));
         if (place.old) contents.retire(*place.old);
-        entries.put({place.folder, place.name, top_, Kind::Folder, isWritable, timeOfNow(), 0, kNoContent});
+        entries.put(
+            {place.folder, place.name, top_, Kind::Folder, source.isWritable, timeOfNow(), 0, kNoContent});
         contents.eraseOrphan(cradle_);
     });
     isPublished_ = true;
@@ -201,10 +242,11 @@ void TreeCopy::publish(const Path& to, ReplacementPolicy policy, bool isWritable
     sweep(*store_);
 }
 
-void copyFolder(const SharedStore& store, const Entry& source, const Path& to, ReplacementPolicy policy) {
+void copyFolder(const SharedStore& store, const Path& from, const Entry& source, const Path& to,
+                ReplacementPolicy policy) {
     TreeCopy copy(store);
     copy.fill(source);
-    copy.publish(to, policy, source.isWritable);
+    copy.publish(from, source, to, policy);
 }
 
 }  // namespace
@@ -218,7 +260,7 @@ void copyEntry(const SharedStore& store, const Path& from, const Path& to, Repla
         return entry;
     });
     if (source.isFolder()) {
-        copyFolder(store, source, to, policy);
+        copyFolder(store, from, source, to, policy);
     } else {
         copyFile(store, from, to, policy);
     }

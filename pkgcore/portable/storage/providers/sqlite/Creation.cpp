@@ -47,11 +47,11 @@ std::string freshName(const std::string& path) {
 /// A file that goes away, with its journal, unless it was given its name.
 class NewFile {
 public:
-    explicit NewFile(std::string path) : path_(std::move(path)) {}
+    explicit NewFile(std::string path) : path_(std::move(path)), journal_(path_ + std::string(kJournal)) {}
     ~NewFile() {
         if (!isNamed_) {
             ::unlink(path_.c_str());
-            ::unlink(path_.append(kJournal).c_str());
+            ::unlink(journal_.c_str());
         }
     }
     NewFile(const NewFile&) = delete;
@@ -83,6 +83,7 @@ private:
     }
 
     std::string path_;
+    std::string journal_;  ///< made beforehand: a destructor may not fail
     bool isNamed_ = false;
 };
 

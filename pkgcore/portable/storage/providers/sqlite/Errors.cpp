@@ -12,15 +12,13 @@ using vfs::ErrorCode;
 
 namespace {
 
-/// Of a file that could not be opened, read, written or named. That it is missing is no news of what is in
-/// the store.
+/// Of a file that could not be opened, read or written. That it is missing, or that something is in its
+/// place, is no news of what is in the store.
 ErrorCode codeOfSystem(int error) noexcept {
     switch (error) {
         case EACCES:
         case EPERM:
             return ErrorCode::AccessDenied;
-        case EEXIST:
-            return ErrorCode::AlreadyExists;
         case EROFS:
             return ErrorCode::ReadOnlyStorage;
         case EMFILE:
@@ -36,13 +34,15 @@ ErrorCode codeOfSystem(int error) noexcept {
     }
 }
 
-/// Of a store that could not be reached.
+/// Of a store that could not be reached, or be given its name.
 ErrorCode codeOfOpening(int error) noexcept {
     switch (error) {
         case ENOENT:
         case ENOTDIR:
         case ENAMETOOLONG:
             return ErrorCode::NotFound;
+        case EEXIST:
+            return ErrorCode::AlreadyExists;
         default:
             return codeOfSystem(error);
     }

@@ -40,7 +40,7 @@ bool OpenFile::open(Find find) {
         if (found && isSameContent(*found, entry_)) {
             break;
         }
-        pin_.release();
+        letGo();
     }
     if (!found) {
         return false;
@@ -49,26 +49,40 @@ bool OpenFile::open(Find find) {
     return true;
 }
 
-OpenFile::OpenFile(SharedStore store, const provider::Path& path) : store_(std::move(store)) {
+// The destructor lets go what is pinned when this throws, since another constructor is done by then.
+OpenFile::OpenFile(SharedStore store, const provider::Path& path) : OpenFile(std::move(store)) {
     open([&path](Connection& connection) {
         return std::optional<Entry>(Entries(connection).requireFile(path));
     });
 }
 
-OpenFile::~OpenFile() {
+OpenFile::~OpenFile() { letGo(); }
+
+/// Whoever made an orphan of it has left it in the store for the sake of the pin.
+void OpenFile::letGo() noexcept {
     if (pin_.isHeld()) {
         pin_.release();
         sweepContent(*store_, entry_.content);
     }
 }
 
-std::optional<OpenFile> OpenFile::ofEntry(const SharedStore& store, const Entry& entry) {
+template <typename Find>
+std::optional<OpenFile> OpenFile::openIfThere(const SharedStore& store, Find find) {
     OpenFile file(store);
-    const bool isThere = file.open([&entry](Connection& connection) {
-        std::optional<Entry> found = Entries(connection).find(entry.parent, entry.name);
+    const bool isThere = file.open([&find](Connection& connection) {
+        Entries entries(connection);
+        std::optional<Entry> found = find(entries);
         return found && !found->isFolder() ? found : std::nullopt;
     });
     return isThere ? std::optional<OpenFile>(std::move(file)) : std::nullopt;
+}
+
+std::optional<OpenFile> OpenFile::ifThere(const SharedStore& store, const provider::Path& path) {
+    return openIfThere(store, [&path](Entries& entries) { return entries.find(path); });
+}
+
+std::optional<OpenFile> OpenFile::ofEntry(const SharedStore& store, const Entry& entry) {
+    return openIfThere(store, [&entry](Entries& entries) { return entries.find(entry.parent, entry.name); });
 }
 
 const std::string& OpenFile::chunk(std::int64_t index) {

@@ -22,6 +22,9 @@ public:
     /// Erases the content if it was kept for this file alone.
     ~OpenFile();
 
+    /// The file at a path; none for a folder and for nothing.
+    static std::optional<OpenFile> ifThere(const SharedStore& store, const provider::Path& path);
+
     /// Of an entry that was listed, with the content that it has now; none if no file has its name any more.
     static std::optional<OpenFile> ofEntry(const SharedStore& store, const Entry& entry);
 
@@ -41,8 +44,11 @@ private:
     explicit OpenFile(SharedStore store) : store_(std::move(store)) {}
 
     template <typename Find>
+    static std::optional<OpenFile> openIfThere(const SharedStore& store, Find find);
+    template <typename Find>
     bool open(Find find);
 
+    void letGo() noexcept;
     std::size_t readFull(std::int64_t index, char* out, std::size_t count);
     std::size_t readPart(std::int64_t index, std::size_t start, char* out, std::size_t count);
 

@@ -3,8 +3,7 @@
 #include <pkgcore/platform/i18n/Conversion.hpp>
 #include <pkgcore/platform/i18n/CvtException.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
-
-#include <sqlite3.h>
+#include <pkgcore/portable/storage/providers/sqlite/SealedVfs.hpp>
 
 #include <string_view>
 
@@ -57,7 +56,7 @@ std::string pathBytes(const std::u16string& path) {
 void requireFitting(const std::string& path) {
     constexpr std::size_t kEnding = std::string_view("-journal").size();
     constexpr int kLongest = 8192;
-    sqlite3_vfs& files = *sqlite3_vfs_find(nullptr);
+    sqlite3_vfs& files = defaultVfs();
     std::string full(kLongest, '\0');
     // What is wrong with a path that has no full form is found out by opening it.
     const bool isKnown = files.xFullPathname(&files, path.c_str(), kLongest, full.data()) == SQLITE_OK;

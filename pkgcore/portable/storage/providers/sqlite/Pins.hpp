@@ -47,8 +47,9 @@ public:
 
     Pin pin(std::int64_t number);
 
-    /// Whether nobody uses it. What no entry leads to is never pinned anew, so that this stays true for such
-    /// a number.
+    /// Whether nobody uses it. What no entry leads to is pinned anew only by who has seen the entry just
+    /// before; they look for it again, and let go without reading. So what this says of such a number stays
+    /// true.
     bool isFree(std::int64_t number);
 
 private:

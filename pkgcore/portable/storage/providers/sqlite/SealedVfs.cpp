@@ -70,6 +70,8 @@ sqlite3_vfs sealedOver(sqlite3_vfs& below, const char* name) noexcept {
     return vfs;
 }
 
+}  // namespace
+
 sqlite3_vfs& defaultVfs() {
     sqlite3_vfs* const found = sqlite3_vfs_find(nullptr);
     if (found == nullptr) {
@@ -77,8 +79,6 @@ sqlite3_vfs& defaultVfs() {
     }
     return *found;
 }
-
-}  // namespace
 
 SealedVfs::SealedVfs()
     : name_("pkgcore-" + std::to_string(reinterpret_cast<std::uintptr_t>(this))),

@@ -6,6 +6,10 @@
 
 namespace foundation::storage::sqlite {
 
+/// What SQLite uses for files unless told otherwise. Throws where there is none, as where SQLite cannot be
+/// initialised.
+sqlite3_vfs& defaultVfs();
+
 /// A file system for one connection of SQLite: the one that was the default when this was made, with each
 /// page of the store sealed on its way. One for each connection, so that it lies over what is the default at
 /// that time, and nothing stays behind. It must outlive the connection, and so must what is below.

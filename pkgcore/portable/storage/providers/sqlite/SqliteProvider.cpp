@@ -138,13 +138,15 @@ public:
 
     std::unique_ptr<Writer> openWriter(const Path& file, WriteMode mode) override {
         store_->requireWritable();
-        const bool exists = store_->read([&file](Connection& connection) {
+        store_->read([&file](Connection& connection) {
             Entries entries(connection);
-            return placeForWriting(entries, file, true).old.has_value();
+            placeForWriting(entries, file, true);
         });
         auto writer = std::make_unique<SqliteWriter>(store_, file, mode);
-        if (exists && mode == WriteMode::Append) {
-            writer->continueFrom(OpenFile(store_, file));
+        std::optional<OpenFile> old =
+            mode == WriteMode::Append ? OpenFile::ifThere(store_, file) : std::nullopt;
+        if (old) {
+            writer->continueFrom(*std::move(old));
         }
         return writer;
     }

@@ -12,6 +12,7 @@
 #include "tests/support/storage/StoreFile.hpp"
 #include "tests/unit/portable/storage/providers/sqlite/ContentFixture.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -175,6 +176,43 @@ TEST_F(SqliteContent, AReaderKeepsWhatIsReplacedFromElsewhere) {
     writeFile(*store, u"large", huge);
     store->remove(Path(u"large"));
     EXPECT_EQ(byte + readRest(*reader), large);
+}
+
+TEST_F(SqliteContent, OpeningWhatIsRemovedMeanwhileLeavesNothingBehind) {
+    for (int look = 1; orphans() == 0; ++look) {
+        writeFile(*store, u"large", large);
+        const test::BeforeLook hook(look, [this] { other->remove(Path(u"large")); });
+        try {
+            file.open()->openReader(Path(u"large"));
+        } catch (const vfs::Exception& failure) {
+            EXPECT_EQ(failure.getErrorCode(), ErrorCode::NotFound) << failure.what();
+        }
+        EXPECT_EQ(orphans(), 0) << look;
+        if (!hook.wasReached()) return;
+    }
+}
+
+TEST_F(SqliteContent, OpeningWhatIsReplacedMeanwhileLeavesNothingBehind) {
+    for (int look = 1; orphans() == 0; ++look) {
+        writeFile(*store, u"large", large);
+        const test::BeforeLook hook(look, [this] { writeFile(*other, u"large", huge); });
+        file.open()->openReader(Path(u"large"));
+        EXPECT_EQ(orphans(), 0) << look;
+        if (!hook.wasReached()) return;
+    }
+}
+
+TEST_F(SqliteContent, AppendingBeginsAnewWhereTheFileGoesMeanwhile) {
+    for (int look = 1;; ++look) {
+        writeFile(*store, u"large", large);
+        const test::BeforeLook hook(look, [this] { other->remove(Path(u"large")); });
+        const auto watched = file.open();
+        const auto writer = beginFile(*watched, u"large", "new", WriteMode::Append);
+        if (!hook.wasReached()) break;
+        writer->commit();
+        EXPECT_THAT(readFile(*other, u"large"), testing::AnyOf("new", large + "new")) << look;
+    }
+    EXPECT_EQ(orphans(), 0);
 }
 
 TEST_F(SqliteContent, AppendingGoesOnInPlace) {

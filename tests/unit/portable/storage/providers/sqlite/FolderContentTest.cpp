@@ -69,6 +69,79 @@ TEST_F(SqliteContent, AFolderThatIsReplacedWhileItIsCopiedIsCopiedAsItIsThen) {
     EXPECT_FALSE(other->find(Path(u"copy/e/old")));
 }
 
+/// A folder of several pages that is changed by somebody else while it is copied.
+class SqliteCopy : public SqliteContent {
+protected:
+    static constexpr int kFiles = 700;  ///< more than are swept at once
+
+    void fill(const std::u16string& folder) {
+        store->createFolder(Path(folder));
+        for (int i = 0; i < kFiles; ++i) writeFile(*store, folder + u'/' + decimal(i), "text");
+    }
+    std::size_t count(const std::u16string& folder) {
+        const auto lister = other->list(Path(folder));
+        std::size_t count = 0;
+        for (auto page = lister->next(); !page.empty(); page = lister->next()) count += page.size();
+        return count;
+    }
+
+private:
+    static std::u16string decimal(int number) {
+        const std::string digits = std::to_string(number);
+        return {digits.begin(), digits.end()};
+    }
+};
+
+TEST_F(SqliteCopy, OfASourceThatIsRemovedMeanwhileReplacesNothing) {
+    store->createFolder(Path(u"copy"));
+    writeFile(*store, u"copy/old", "old");
+    for (const int change : {2, 3, 6, 12}) {
+        SCOPED_TRACE(change);
+        fill(u"d");
+        const test::BeforeChange hook(change, [this] { other->removeTree(Path(u"d")); });
+        PKGCORE_EXPECT_FAILURE(NotFound, file.open()->copy(Path(u"d"), Path(u"copy"), kReplace));
+        ASSERT_TRUE(hook.wasReached());
+        EXPECT_EQ(readFile(*other, u"copy/old"), "old");
+        EXPECT_EQ(count(u"copy"), 1U);
+        EXPECT_EQ(orphans(), 0);
+    }
+}
+
+TEST_F(SqliteCopy, OfASourceInWhosePlaceAnotherIsMeanwhileReplacesNothing) {
+    fill(u"d");
+    const test::BeforeChange hook(3, [this] {
+        other->removeTree(Path(u"d"));
+        other->createFolder(Path(u"d"));
+    });
+    PKGCORE_EXPECT_FAILURE(NotFound, file.open()->copy(Path(u"d"), Path(u"copy"), kFail));
+    EXPECT_FALSE(other->find(Path(u"copy")));
+}
+
+TEST_F(SqliteCopy, HoldsNothingOfAFolderThatIsRemovedMeanwhile) {
+    store->createFolder(Path(u"d"));
+    writeFile(*store, u"d/z", "last");
+    fill(u"d/e");
+    const test::BeforeChange hook(4, [this] { other->removeTree(Path(u"d/e")); });
+    file.open()->copy(Path(u"d"), Path(u"copy"), kFail);
+    ASSERT_TRUE(hook.wasReached());
+    EXPECT_FALSE(other->find(Path(u"copy/e")));
+    EXPECT_EQ(readFile(*other, u"copy/z"), "last");
+    EXPECT_EQ(orphans(), 0);
+}
+
+TEST_F(SqliteCopy, HoldsTheFolderThatReplacesOneMeanwhile) {
+    store->createFolder(Path(u"d"));
+    fill(u"d/e");
+    store->createFolder(Path(u"new"));
+    writeFile(*store, u"new/f", "new");
+    const test::BeforeChange hook(4, [this] { other->move(Path(u"new"), Path(u"d/e"), kReplace); });
+    file.open()->copy(Path(u"d"), Path(u"copy"), kFail);
+    ASSERT_TRUE(hook.wasReached());
+    EXPECT_EQ(count(u"copy/e"), 1U);
+    EXPECT_EQ(readFile(*other, u"copy/e/f"), "new");
+    EXPECT_EQ(orphans(), 0);
+}
+
 TEST_F(SqliteContent, AFolderIsMovedInOneRow) {
     store->createFolder(Path(u"d"));
     for (int i = 0; i < 100; ++i) {

@@ -11,10 +11,13 @@
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <map>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -340,6 +343,59 @@ TEST(SqliteOpening, BusyTimeIsTheLimitOfWaiting) {
     EXPECT_FALSE(store->find(Path(u"d"))) << "reading goes on";
     other.run("ROLLBACK");
     EXPECT_NO_THROW(store->createFolder(Path(u"d")));
+}
+
+/// An SQLite that knows no files.
+class NoFiles {
+public:
+    NoFiles() {
+        while (sqlite3_vfs* const one = sqlite3_vfs_find(nullptr)) {
+            old_.push_back(one);
+            sqlite3_vfs_unregister(one);
+        }
+    }
+    ~NoFiles() {
+        for (auto one = old_.rbegin(); one != old_.rend(); ++one) sqlite3_vfs_register(*one, 1);
+    }
+    NoFiles(const NoFiles&) = delete;
+    NoFiles& operator=(const NoFiles&) = delete;
+
+private:
+    std::vector<sqlite3_vfs*> old_;
+};
+
+TEST(SqliteOpening, FailsWhereSqliteHasNoFiles) {
+    const StoreFile file;
+    file.open();
+    const NoFiles none;
+    PKGCORE_EXPECT_FAILURE(IOError, file.open());
+}
+
+/// Files that cannot be opened, with the errno of something else.
+class StaleFiles {
+public:
+    StaleFiles() : vfs_(*sqlite3_vfs_find(nullptr)) {
+        vfs_.zName = "stale";
+        vfs_.xOpen = [](sqlite3_vfs*, const char*, sqlite3_file* file, int, int*) {
+            file->pMethods = nullptr;
+            return SQLITE_IOERR;
+        };
+        vfs_.xGetLastError = [](sqlite3_vfs*, int, char*) { return EEXIST; };
+        sqlite3_vfs_register(&vfs_, 1);
+    }
+    ~StaleFiles() { sqlite3_vfs_unregister(&vfs_); }
+    StaleFiles(const StaleFiles&) = delete;
+    StaleFiles& operator=(const StaleFiles&) = delete;
+
+private:
+    sqlite3_vfs vfs_;
+};
+
+TEST(SqliteOpening, OfAStoreThatCannotBeReadDoesNotSayThatItExists) {
+    const StoreFile file;
+    file.open();
+    const StaleFiles stale;
+    PKGCORE_EXPECT_FAILURE(IOError, file.open());
 }
 
 }  // namespace
