@@ -52,6 +52,13 @@ function(pkgcore_add_test)
   pkgcore_label_discovered_tests(${arg_NAME} "${labels}")
 endfunction()
 
+# For a folder of tests that, with sanitizers, take longer to compile than to run: these are not optimized there, the library is.
+macro(pkgcore_compile_quickly_with_sanitizers)
+  if(PKGCORE_SANITIZE)
+    add_compile_options(-O0)
+  endif()
+endmacro()
+
 # Gives the tests that CTest has just discovered in a program their labels. gtest_discover_tests cannot: it flattens the list
 # and keeps the first one alone.
 function(pkgcore_label_discovered_tests name labels)
