@@ -48,9 +48,9 @@ void expectIOError(const std::function<void()>& body) {
 template <typename Strike, typename Change>
 void expectRefused(const StoreFile& file, Strike strike, Change change) {
     FaultyVfs files;
+    bool isStruck = false;  // until the store is closed, which writes, too
     const auto store = file.open();
     writeFile(*store, u"f", "text");
-    bool isStruck = false;
     strikeAt(files, VfsCall::Kind::Write, isStruck, strike);
     expectIOError([&] { change(*store); });
     EXPECT_TRUE(isStruck);
@@ -95,8 +95,8 @@ TEST(SqliteGone, AChangeThatWasMadeIsAcknowledgedThoughNobodyMayFollowThePathAny
     runAsOrdinaryUser([] {
         FaultyVfs files;
         const StoreFile file;
+        bool isStruck = false;  // until the store is closed, which writes, too
         const auto store = file.open({});
-        bool isStruck = false;
         strikeAt(files, VfsCall::Kind::Write, isStruck, [&file] { setMode(file.tree().path(), 0); });
         EXPECT_NO_THROW(makeFolder(*store));
         EXPECT_TRUE(isStruck);
