@@ -251,7 +251,7 @@ std::unique_ptr<Connection> Store::connect() const {
         return connectTo(path_, options_);
     } catch (const vfs::Exception& failure) {
         if (failure.getErrorCode() != ErrorCode::NotFound) throw;
-        fail(ErrorCode::IOError, "The store has gone");
+        fail(ErrorCode::IOError, kGone);
     }
 }
 
