@@ -1,5 +1,6 @@
 #include <pkgcore/portable/storage/providers/sqlite/Recognition.hpp>
 
+#include <pkgcore/portable/storage/providers/sqlite/BigEndian.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
@@ -37,11 +38,7 @@ struct Header {
 
     bool hasMagic() const { return std::string_view(bytes, kMagic.size()) == kMagic; }
     std::uint32_t numberAt(std::size_t at) const {
-        std::uint32_t number = 0;
-        for (std::size_t i = at; i < at + 4; ++i) {
-            number = number << 8U | static_cast<unsigned char>(bytes[i]);
-        }
-        return number;
+        return static_cast<std::uint32_t>(readNumber(bytes + at, 4));
     }
     sqlite3_int64 pageSize() const { return numberAt(kPageSizeAt) >> 16U; }
     std::size_t reserved() const { return static_cast<unsigned char>(bytes[kReservedAt]); }

@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/SealedFile.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/SealedJournal.hpp>
 
 #include <algorithm>
 #include <cstdint>
@@ -14,9 +15,13 @@ namespace {
 sqlite3_vfs& below(sqlite3_vfs* vfs) noexcept { return *static_cast<sqlite3_vfs*>(vfs->pAppData); }
 
 int openFile(sqlite3_vfs* vfs, const char* path, sqlite3_file* out, int flags, int* given) noexcept {
-    const bool isStore = (flags & SQLITE_OPEN_MAIN_DB) != 0;
-    return isStore ? openSealed(below(vfs), path, out, flags, given)
-                   : below(vfs).xOpen(&below(vfs), path, out, flags, given);
+    if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
+        return openSealed(below(vfs), path, out, flags, given);
+    }
+    if ((flags & SQLITE_OPEN_MAIN_JOURNAL) != 0) {
+        return openSealedJournal(below(vfs), path, out, flags, given);
+    }
+    return below(vfs).xOpen(&below(vfs), path, out, flags, given);
 }
 
 int deleteFile(sqlite3_vfs* vfs, const char* path, int syncFolder) noexcept {
@@ -53,7 +58,7 @@ int lastError(sqlite3_vfs* vfs, int size, char* out) noexcept {
 sqlite3_vfs sealedOver(sqlite3_vfs& below, const char* name) noexcept {
     sqlite3_vfs vfs = {};
     vfs.iVersion = std::min(below.iVersion, 2);
-    vfs.szOsFile = sealedFileSize(below.szOsFile);
+    vfs.szOsFile = std::max(sealedFileSize(below.szOsFile), sealedJournalSize(below.szOsFile));
     vfs.mxPathname = below.mxPathname;
     vfs.zName = name;
     vfs.pAppData = &below;
