@@ -1,8 +1,7 @@
 #include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
 
+#include <pkgcore/portable/storage/providers/sqlite/BigEndian.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Hash.hpp>
-
-#include <boost/endian/conversion.hpp>
 
 #include <algorithm>
 #include <string_view>
@@ -23,27 +22,19 @@ std::uint32_t linkSealOf(const char* page, std::uint64_t number) noexcept {
     return static_cast<std::uint32_t>(hashOf({page, kLinkSize}, number));
 }
 
-unsigned char* at(char* page, std::size_t place) noexcept {
-    return reinterpret_cast<unsigned char*>(page) + place;
-}
-
-const unsigned char* at(const char* page, std::size_t place) noexcept {
-    return reinterpret_cast<const unsigned char*>(page) + place;
-}
-
 }  // namespace
 
 void sealPage(char* page, std::uint64_t number) noexcept {
-    boost::endian::store_big_u32(at(page, kLinkSealAt), linkSealOf(page, number));
-    boost::endian::store_big_u64(at(page, kSealAt), sealOf(page, number));
+    writeU32(page + kLinkSealAt, linkSealOf(page, number));
+    writeU64(page + kSealAt, sealOf(page, number));
 }
 
 bool fitsSeal(const char* page, std::uint64_t number) noexcept {
-    return boost::endian::load_big_u64(at(page, kSealAt)) == sealOf(page, number);
+    return readU64(page + kSealAt) == sealOf(page, number);
 }
 
 bool fitsLinkSeal(const char* page, std::uint64_t number) noexcept {
-    return boost::endian::load_big_u32(at(page, kLinkSealAt)) == linkSealOf(page, number);
+    return readU32(page + kLinkSealAt) == linkSealOf(page, number);
 }
 
 // The first page has the header of the file in front; the others say at once what they are.

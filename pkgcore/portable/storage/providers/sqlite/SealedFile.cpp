@@ -1,5 +1,6 @@
 #include <pkgcore/portable/storage/providers/sqlite/SealedFile.hpp>
 
+#include <pkgcore/portable/storage/providers/sqlite/LayeredFile.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
 
 #include <sqlite3.h>
@@ -21,25 +22,13 @@ constexpr sqlite3_int64 kHeaderSize = 100;
 
 constexpr auto kSize = static_cast<sqlite3_int64>(kPageSize);
 
-/// The file below lies behind it in memory.
-struct SealedFile {
-    sqlite3_file base;           ///< what SQLite sees
-    std::unique_ptr<Page> page;  ///< what is being sealed, or read in part
-    const PageCheck* check;
-
-    sqlite3_file* below() noexcept { return reinterpret_cast<sqlite3_file*>(this + 1); }
+struct SealedFile : LayeredFile {
+    /// What is being sealed, or read in part.
+    std::unique_ptr<Page> page{new (std::nothrow) Page};
+    const PageCheck* check = nullptr;
 };
 
-static_assert(sizeof(SealedFile) % alignof(sqlite3_int64) == 0, "the file below is aligned as this one");
-
-SealedFile& fileOf(sqlite3_file* file) noexcept { return *reinterpret_cast<SealedFile*>(file); }
-
-/// Makes the call on the file below.
-template <typename Call>
-auto forward(sqlite3_file* file, Call call) noexcept {
-    sqlite3_file* const below = fileOf(file).below();
-    return call(*below->pMethods, below);
-}
+SealedFile& fileOf(sqlite3_file* file) noexcept { return *static_cast<SealedFile*>(file); }
 
 std::uint64_t numberAt(sqlite3_int64 offset) noexcept {
     return static_cast<std::uint64_t>(offset / kSize) + 1;
@@ -81,12 +70,6 @@ int readPart(sqlite3_file* file, void* out, int size, sqlite3_int64 offset) noex
     return result;
 }
 
-int closeFile(sqlite3_file* file) noexcept {
-    const int result = forward(file, [](const auto& methods, auto* below) { return methods.xClose(below); });
-    fileOf(file).~SealedFile();
-    return result;
-}
-
 int readFile(sqlite3_file* file, void* out, int size, sqlite3_int64 offset) noexcept {
     if (size == kSize && offset % kSize == 0) {
         return readPage(file, static_cast<char*>(out), offset);
@@ -110,106 +93,38 @@ int writeFile(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 off
         file, [=](const auto& methods, auto* below) { return methods.xWrite(below, page, size, offset); });
 }
 
-int truncateFile(sqlite3_file* file, sqlite3_int64 size) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) { return methods.xTruncate(below, size); });
-}
-
-int syncFile(sqlite3_file* file, int flags) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) { return methods.xSync(below, flags); });
-}
-
-int sizeOfFile(sqlite3_file* file, sqlite3_int64* size) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) { return methods.xFileSize(below, size); });
-}
-
-int lockFile(sqlite3_file* file, int lock) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) { return methods.xLock(below, lock); });
-}
-
-int unlockFile(sqlite3_file* file, int lock) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) { return methods.xUnlock(below, lock); });
-}
-
-int checkReserved(sqlite3_file* file, int* out) noexcept {
-    return forward(file,
-                   [=](const auto& methods, auto* below) { return methods.xCheckReservedLock(below, out); });
-}
-
-int controlFile(sqlite3_file* file, int verb, void* argument) noexcept {
-    return forward(
-        file, [=](const auto& methods, auto* below) { return methods.xFileControl(below, verb, argument); });
-}
-
-int sectorSize(sqlite3_file* file) noexcept {
-    return forward(file, [](const auto& methods, auto* below) { return methods.xSectorSize(below); });
-}
-
+/// No file system writes a page with its seal in one piece, and the journal is to be written as SealedJournal
+/// knows it.
 int characteristics(sqlite3_file* file) noexcept {
-    return forward(file,
-                   [](const auto& methods, auto* below) { return methods.xDeviceCharacteristics(below); });
+    constexpr int kAtomic = SQLITE_IOCAP_ATOMIC | SQLITE_IOCAP_ATOMIC512 | SQLITE_IOCAP_ATOMIC1K |
+                            SQLITE_IOCAP_ATOMIC2K | SQLITE_IOCAP_ATOMIC4K | SQLITE_IOCAP_ATOMIC8K |
+                            SQLITE_IOCAP_ATOMIC16K | SQLITE_IOCAP_ATOMIC32K | SQLITE_IOCAP_ATOMIC64K |
+                            SQLITE_IOCAP_BATCH_ATOMIC | SQLITE_IOCAP_SAFE_APPEND;
+    return characteristicsBelow(file) & ~kAtomic;
 }
 
-int mapShared(sqlite3_file* file, int page, int size, int extend, void volatile** out) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) {
-        return methods.xShmMap(below, page, size, extend, out);
-    });
-}
-
-int lockShared(sqlite3_file* file, int offset, int count, int flags) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) {
-        return methods.xShmLock(below, offset, count, flags);
-    });
-}
-
-void sharedBarrier(sqlite3_file* file) noexcept {
-    forward(file, [](const auto& methods, auto* below) { methods.xShmBarrier(below); });
-}
-
-int unmapShared(sqlite3_file* file, int erase) noexcept {
-    return forward(file, [=](const auto& methods, auto* below) { return methods.xShmUnmap(below, erase); });
-}
-
-/// Version 2 is with the memory that the connections of a log share. Version 3 would map the pages of the
-/// file into memory, past the seals.
-constexpr sqlite3_io_methods methodsOfVersion(int version) noexcept {
-    return {version,    closeFile,     readFile,      writeFile,   truncateFile, syncFile,        sizeOfFile,
-            lockFile,   unlockFile,    checkReserved, controlFile, sectorSize,   characteristics, mapShared,
-            lockShared, sharedBarrier, unmapShared,   nullptr,     nullptr};
-}
-
-constexpr sqlite3_io_methods kMethods = methodsOfVersion(2);
-constexpr sqlite3_io_methods kMethodsWithoutLog = methodsOfVersion(1);
-
-int openBelow(sqlite3_vfs& below, const char* path, SealedFile& file, int flags, int* given) noexcept {
-    file.below()->pMethods = nullptr;
-    const int result = below.xOpen(&below, path, file.below(), flags, given);
-    const sqlite3_io_methods* const methods = file.below()->pMethods;
-    if (result != SQLITE_OK && methods != nullptr) {
-        methods->xClose(file.below());
-    }
-    return result;
-}
+constexpr OwnCalls kOwn = {closeOver<SealedFile>, readFile, writeFile, characteristics};
+constexpr sqlite3_io_methods kMethods = methodsOver(2, kOwn);
+constexpr sqlite3_io_methods kMethodsWithoutLog = methodsOver(1, kOwn);
 
 }  // namespace
 
-int sealedFileSize(int sizeBelow) noexcept { return static_cast<int>(sizeof(SealedFile)) + sizeBelow; }
+int sealedFileSize(int sizeBelow) noexcept { return sizeOver<SealedFile>(sizeBelow); }
 
 int openSealed(sqlite3_vfs& below, const char* path, sqlite3_file* out, int flags, int* given,
                const PageCheck& check) noexcept {
-    out->pMethods = nullptr;  // nothing to close
-    std::unique_ptr<Page> page(new (std::nothrow) Page);
-    if (!page) {
-        return SQLITE_NOMEM;
-    }
-    auto* const file = new (out) SealedFile{{nullptr}, std::move(page), &check};
-    const int result = openBelow(below, path, *file, flags, given);
+    const int result = openOver<SealedFile>(below, path, out, flags, given);
     if (result != SQLITE_OK) {
-        file->~SealedFile();
-        out->pMethods = nullptr;
         return result;
     }
-    const bool hasLog = file->below()->pMethods->iVersion >= 2;
-    file->base.pMethods = hasLog ? &kMethods : &kMethodsWithoutLog;
+    if (!fileOf(out).page) {
+        closeOver<SealedFile>(out);
+        out->pMethods = nullptr;
+        return SQLITE_NOMEM;
+    }
+    fileOf(out).check = &check;
+    const bool hasLog = fileOf(out).below->pMethods->iVersion >= 2;
+    out->pMethods = hasLog ? &kMethods : &kMethodsWithoutLog;
     return SQLITE_OK;
 }
 

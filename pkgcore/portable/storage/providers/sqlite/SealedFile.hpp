@@ -14,8 +14,8 @@ int sealedFileSize(int sizeBelow) noexcept;
 
 /// Opens the file of a store through the file system `below`, as its xOpen does, and puts itself in between:
 /// each page gets its seal when it is written, and one that does not fit its seal when it is read is
-/// SQLITE_IOERR_DATA. `check` is asked at each page and outlives the file. The journal and the log hold pages
-/// as SQLite has them, and are not opened so.
+/// SQLITE_IOERR_DATA. `check` is asked at each page and outlives the file. The log holds pages as SQLite has
+/// them, and is not opened so.
 int openSealed(sqlite3_vfs& below, const char* path, sqlite3_file* out, int flags, int* given,
                const PageCheck& check) noexcept;
 

@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/SealedFile.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/SealedJournal.hpp>
 
 #include <algorithm>
 #include <cstdint>
@@ -16,9 +17,13 @@ SealedVfs& ownerOf(sqlite3_vfs* vfs) noexcept { return *static_cast<SealedVfs*>(
 sqlite3_vfs& below(sqlite3_vfs* vfs) noexcept { return ownerOf(vfs).below(); }
 
 int openFile(sqlite3_vfs* vfs, const char* path, sqlite3_file* out, int flags, int* given) noexcept {
-    const bool isStore = (flags & SQLITE_OPEN_MAIN_DB) != 0;
-    return isStore ? openSealed(below(vfs), path, out, flags, given, ownerOf(vfs).check())
-                   : below(vfs).xOpen(&below(vfs), path, out, flags, given);
+    if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
+        return openSealed(below(vfs), path, out, flags, given, ownerOf(vfs).check());
+    }
+    if ((flags & SQLITE_OPEN_MAIN_JOURNAL) != 0) {
+        return openSealedJournal(below(vfs), path, out, flags, given);
+    }
+    return below(vfs).xOpen(&below(vfs), path, out, flags, given);
 }
 
 int deleteFile(sqlite3_vfs* vfs, const char* path, int syncFolder) noexcept {
@@ -56,7 +61,7 @@ sqlite3_vfs vfsOf(SealedVfs& owner) noexcept {
     const sqlite3_vfs& below = owner.below();
     sqlite3_vfs vfs = {};
     vfs.iVersion = std::min(below.iVersion, 2);
-    vfs.szOsFile = sealedFileSize(below.szOsFile);
+    vfs.szOsFile = std::max(sealedFileSize(below.szOsFile), sealedJournalSize(below.szOsFile));
     vfs.mxPathname = below.mxPathname;
     vfs.zName = owner.name();
     vfs.pAppData = &owner;

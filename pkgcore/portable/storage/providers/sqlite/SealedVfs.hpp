@@ -13,8 +13,9 @@ namespace foundation::storage::sqlite {
 sqlite3_vfs& defaultVfs();
 
 /// A file system for one connection of SQLite: the one that was the default when this was made, with each
-/// page of the store sealed on its way. One for each connection, so that it lies over what is the default at
-/// that time, and nothing stays behind. It must outlive the connection, and so must what is below.
+/// page of the store and its rollback journal sealed on the way. One for each connection, so that it lies
+/// over what is the default at that time, and nothing stays behind. It must outlive the connection, and so
+/// must what is below.
 class SealedVfs {
 public:
     SealedVfs();
