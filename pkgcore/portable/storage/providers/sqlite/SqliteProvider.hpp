@@ -80,8 +80,7 @@ PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16st
 /// Throws foundation::storage::vfs::Exception, and then the store is as it was:
 /// - TemporarilyBusy if others are at work for longer than `busyTime`;
 /// - NoSpace where that room is missing;
-/// - NotRecoverable where damage is found: every page is read, and one without use, torn by a loss
-///   of power, counts as well: copy what is in the store to a new one then;
+/// - NotRecoverable where damage is found: every page is read;
 /// - what openSqliteProvider() throws; NotFound if there is no store, since none is made.
 /// If the process ends meanwhile, who opens the store for writing next undoes what was done.
 PKGCORE_SQLITE_API void compactSqliteStore(

@@ -1,6 +1,7 @@
 #include <pkgcore/portable/storage/providers/sqlite/Store.hpp>
 
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/FreePages.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 
 #include <sqlite3.h>
@@ -214,6 +215,7 @@ void Store::compact() {
     requireWritable();
     inTurn([this](Connection& connection) {
         requireInPlace();
+        mendFreePages(connection);
         connection.execute("PRAGMA temp_store = FILE");
         connection.execute("VACUUM");
         requireNotGone();
