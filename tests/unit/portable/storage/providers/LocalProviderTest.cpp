@@ -165,6 +165,25 @@ TEST_F(LocalProvider, ReadsWhatClaimsToBeEmpty) {
     EXPECT_NE(proc.read(u"status").find("Name:"), std::string::npos);
 }
 
+TEST_F(LocalProvider, ReadsFromADeviceWhatItGives) {
+    const Workplace dev(
+        Ground{vfs::StorageSystemBuilder().build(), u"file:///dev", nullptr, provider::Path(), nullptr});
+    EXPECT_EQ(dev.read(u"null"), "");
+    vfs::ifstream zeros(dev.file(u"zero"), std::ios_base::in);
+    std::string bytes(10, 'x');
+    EXPECT_TRUE(zeros.read(bytes.data(), 10));
+    EXPECT_EQ(bytes, std::string(10, '\0'));
+}
+
+TEST_F(LocalProvider, RefusesByItselfWhatTheSystemOfStoresAsksForFirst) {
+    test::makeFolder(native("d"));
+    const auto store = provider::makeLocalProvider();
+    const provider::Path folder(test::text(native("d")).substr(1));
+    PKGCORE_EXPECT_FAILURE(AlreadyExists, store->openWriter(folder, provider::WriteMode::Create));
+    PKGCORE_EXPECT_FAILURE(NotFound, store->setWritable(folder.child(u"missing"), false));
+    EXPECT_EQ(place_.listTree(u""), Names{u"d/"});
+}
+
 TEST_F(LocalProvider, WritesToADeviceInPlace) {
     const Workplace dev(
         Ground{vfs::StorageSystemBuilder().build(), u"file:///dev", nullptr, provider::Path(), nullptr});
