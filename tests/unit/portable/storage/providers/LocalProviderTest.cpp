@@ -8,7 +8,9 @@
 #include "tests/support/TempTree.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace foundation::storage;
@@ -165,14 +167,16 @@ TEST_F(LocalProvider, ReadsWhatClaimsToBeEmpty) {
     EXPECT_NE(proc.read(u"status").find("Name:"), std::string::npos);
 }
 
-TEST_F(LocalProvider, ReadsFromADeviceWhatItGives) {
-    const Workplace dev(
-        Ground{vfs::StorageSystemBuilder().build(), u"file:///dev", nullptr, provider::Path(), nullptr});
-    EXPECT_EQ(dev.read(u"null"), "");
-    vfs::ifstream zeros(dev.file(u"zero"), std::ios_base::in);
-    std::string bytes(10, 'x');
-    EXPECT_TRUE(zeros.read(bytes.data(), 10));
-    EXPECT_EQ(bytes, std::string(10, '\0'));
+TEST_F(LocalProvider, ReadsFromAPipeWhatItHasAndNoByteBefore) {
+    ASSERT_EQ(::mkfifo(native("pipe").c_str(), 0600), 0);
+    const fl::filesystem::posix::FileDescriptor end(::open(native("pipe").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::write(end.get(), "text", 4), 4);
+    const auto reader =
+        provider::makeLocalProvider()->openReader(provider::Path(test::text(native("pipe")).substr(1)));
+    EXPECT_EQ(reader->size(), std::nullopt);
+    char bytes[10] = {};
+    EXPECT_EQ(reader->read(bytes, sizeof bytes), 4U);
+    EXPECT_STREQ(bytes, "text");
 }
 
 TEST_F(LocalProvider, RefusesByItselfWhatTheSystemOfStoresAsksForFirst) {
