@@ -67,8 +67,9 @@ protected:
 
     std::string journal() const { return test::contentOf(path_ + "-journal"); }
 
-    /// Kills within a change: in the files is what there is when the store is to be brought to the disk.
-    void killIn(const std::string& sql, const std::string& kind = "delete") const {
+    /// Kills within a change: in the files is what there is when this one is to be brought to the disk.
+    void killIn(const std::string& sql, const std::string& kind = "delete",
+                const std::string& ending = "") const {
         std::string file;
         std::string beside;
         {
@@ -76,7 +77,7 @@ protected:
             const auto connection = open();
             connection->execute(("PRAGMA journal_mode = " + kind).c_str());
             faulty.onCall([&](const test::VfsCall& call) {
-                const bool isNow = call.kind == Kind::Sync && call.path == path_;
+                const bool isNow = call.kind == Kind::Sync && call.path == path_ + ending;
                 if (isNow) file = test::contentOf(path_);
                 if (isNow) beside = journal();
                 return isNow ? SQLITE_FULL : SQLITE_OK;
@@ -167,6 +168,18 @@ TEST_P(SealedJournal, OneThatIsKeptLosesItsHeaderWithTheSeal) {
     EXPECT_EQ(open()->valueOf(kSum), before_);
     killIn("UPDATE t SET text = '' WHERE id = 1", "persist");
     EXPECT_EQ(open()->valueOf(kSum), before_);
+}
+
+// A log that was to be left goes on, and changes the file without the journal that still lies there.
+TEST_P(SealedJournal, OneThatNeverReachedTheDiskDoesNotMindALog) {
+    open()->execute("PRAGMA journal_mode = WAL");
+    killIn("PRAGMA journal_mode = DELETE", "wal", "-journal");
+    ASSERT_GT(journal().size(), kRecord);
+    open()->execute("UPDATE t SET text = 'other'; CREATE TABLE more(id); PRAGMA wal_checkpoint(TRUNCATE)");
+    ASSERT_GT(journal().size(), kRecord);
+    EXPECT_EQ(open()->valueOf("SELECT min(text) || max(text) FROM t"), "otherother");
+    open()->execute("PRAGMA journal_mode = DELETE; UPDATE t SET text = 'more'");
+    EXPECT_EQ(open()->valueOf("SELECT min(text) || max(text) FROM t"), "moremore");
 }
 
 INSTANTIATE_TEST_SUITE_P(Sector, SealedJournal, testing::Values(512U, 4096U));
