@@ -1,23 +1,27 @@
 #pragma once
 
-#include <cstddef>
+#include <boost/endian/conversion.hpp>
+
 #include <cstdint>
 
 namespace foundation::storage::sqlite {
 
-/// A number of `size` bytes, 8 at most, the high one first.
-inline std::uint64_t readNumber(const char* from, std::size_t size) noexcept {
-    std::uint64_t number = 0;
-    for (const char* byte = from; byte != from + size; ++byte) {
-        number = number << 8U | static_cast<unsigned char>(*byte);
-    }
-    return number;
+// Numbers as SQLite's files have them: the high byte first, anywhere in memory.
+
+inline std::uint32_t readU32(const char* from) noexcept {
+    return boost::endian::load_big_u32(reinterpret_cast<const unsigned char*>(from));
 }
 
-inline void writeNumber(char* to, std::size_t size, std::uint64_t number) noexcept {
-    for (char* byte = to + size; byte != to; number >>= 8U) {
-        *--byte = static_cast<char>(number & 0xFFU);
-    }
+inline std::uint64_t readU64(const char* from) noexcept {
+    return boost::endian::load_big_u64(reinterpret_cast<const unsigned char*>(from));
+}
+
+inline void writeU32(char* to, std::uint32_t number) noexcept {
+    boost::endian::store_big_u32(reinterpret_cast<unsigned char*>(to), number);
+}
+
+inline void writeU64(char* to, std::uint64_t number) noexcept {
+    boost::endian::store_big_u64(reinterpret_cast<unsigned char*>(to), number);
 }
 
 }  // namespace foundation::storage::sqlite

@@ -28,17 +28,13 @@ std::uint32_t checksumOf(const char* page, std::uint32_t nonce) noexcept {
 
 }  // namespace
 
-std::uint32_t JournalHeader::numberAt(std::size_t at) const noexcept {
-    return static_cast<std::uint32_t>(readNumber(data() + at, kNumberSize));
-}
+std::uint32_t JournalHeader::numberAt(std::size_t at) const noexcept { return readU32(data() + at); }
 
 std::uint64_t JournalHeader::sealFor(std::int64_t offset) const noexcept {
     return hashOf({data(), kPlainSize}, static_cast<std::uint64_t>(offset));
 }
 
-void JournalHeader::seal(std::int64_t offset) noexcept {
-    writeNumber(data() + kPlainSize, kSealSize, sealFor(offset));
-}
+void JournalHeader::seal(std::int64_t offset) noexcept { writeU64(data() + kPlainSize, sealFor(offset)); }
 
 // Part of the mark and of the seal was never written alone: they are in one sector, and go there at once.
 JournalHeader::State JournalHeader::state(std::int64_t offset) const noexcept {
@@ -47,18 +43,16 @@ JournalHeader::State JournalHeader::state(std::int64_t offset) const noexcept {
         return State::Open;
     }
     const bool isSealed =
-        std::string_view(data(), kMagic.size()) == kMagic && readNumber(seal, kSealSize) == sealFor(offset);
+        std::string_view(data(), kMagic.size()) == kMagic && readU64(seal) == sealFor(offset);
     return isSealed ? State::Sealed : State::Damaged;
 }
 
-std::uint32_t JournalRecord::number() const noexcept {
-    return static_cast<std::uint32_t>(readNumber(bytes_.data(), kNumberSize));
-}
+std::uint32_t JournalRecord::number() const noexcept { return readU32(bytes_.data()); }
 
 bool JournalRecord::fitsSeal() const noexcept { return number() != 0 && sqlite::fitsSeal(page(), number()); }
 
 bool JournalRecord::fitsChecksum(std::uint32_t nonce) const noexcept {
-    return readNumber(page() + kPageSize, kNumberSize) == checksumOf(page(), nonce);
+    return readU32(page() + kPageSize) == checksumOf(page(), nonce);
 }
 
 }  // namespace foundation::storage::sqlite

@@ -37,9 +37,7 @@ struct Header {
     char bytes[kHeaderSize] = {};
 
     bool hasMagic() const { return std::string_view(bytes, kMagic.size()) == kMagic; }
-    std::uint32_t numberAt(std::size_t at) const {
-        return static_cast<std::uint32_t>(readNumber(bytes + at, 4));
-    }
+    std::uint32_t numberAt(std::size_t at) const { return readU32(bytes + at); }
     sqlite3_int64 pageSize() const { return numberAt(kPageSizeAt) >> 16U; }
     std::size_t reserved() const { return static_cast<unsigned char>(bytes[kReservedAt]); }
 };

@@ -25,6 +25,7 @@ constexpr auto kSize = static_cast<sqlite3_int64>(kPageSize);
 struct SealedFile : LayeredFile {
     /// What is being sealed, or read in part.
     std::unique_ptr<Page> page{new (std::nothrow) Page};
+    const PageCheck* check = nullptr;
 };
 
 SealedFile& fileOf(sqlite3_file* file) noexcept { return *static_cast<SealedFile*>(file); }
@@ -33,12 +34,20 @@ std::uint64_t numberAt(sqlite3_int64 offset) noexcept {
     return static_cast<std::uint64_t>(offset / kSize) + 1;
 }
 
+// No row of a table that is searched is long, and the list of free pages is read by who writes: so nothing
+// but the bytes of a row with a seal of its own can be in a page that is no part of a tree. Where the row
+// goes on is looked at, since the pages stay in memory, and a row that is erased gives up its pages by that.
+bool fitsItsSeal(const char* page, std::uint64_t number, PageCheck check) noexcept {
+    const bool isWhole = check == PageCheck::Whole || isTreePage(page, number);
+    return isWhole ? fitsSeal(page, number) : fitsLinkSeal(page, number);
+}
+
 /// A hole is what SQLite leaves where it never wrote a free page, and it may read it before it is written. In
 /// the place of a page of a table or an index it is damage to SQLite itself, for which none begins with a
 /// zero. The last page of a row that takes several may begin so, and passes: those are rows of chunks alone,
 /// for which a seal of their own covers the bytes and which are found by a number in front of them.
-bool isSound(const char* page, sqlite3_int64 offset) noexcept {
-    return fitsSeal(page, numberAt(offset)) || isHole(page);
+bool isSound(const char* page, sqlite3_int64 offset, PageCheck check) noexcept {
+    return fitsItsSeal(page, numberAt(offset), check) || isHole(page);
 }
 
 int readPage(sqlite3_file* file, char* out, sqlite3_int64 offset) noexcept {
@@ -47,7 +56,7 @@ int readPage(sqlite3_file* file, char* out, sqlite3_int64 offset) noexcept {
     });
     // What is behind the end of the file is zeros then.
     const bool isRead = result == SQLITE_OK || result == SQLITE_IOERR_SHORT_READ;
-    return isRead && !isSound(out, offset) ? SQLITE_IOERR_DATA : result;
+    return isRead && !isSound(out, offset, *fileOf(file).check) ? SQLITE_IOERR_DATA : result;
 }
 
 int readPart(sqlite3_file* file, void* out, int size, sqlite3_int64 offset) noexcept {
@@ -102,7 +111,8 @@ constexpr sqlite3_io_methods kMethodsWithoutLog = methodsOver(1, kOwn);
 
 int sealedFileSize(int sizeBelow) noexcept { return sizeOver<SealedFile>(sizeBelow); }
 
-int openSealed(sqlite3_vfs& below, const char* path, sqlite3_file* out, int flags, int* given) noexcept {
+int openSealed(sqlite3_vfs& below, const char* path, sqlite3_file* out, int flags, int* given,
+               const PageCheck& check) noexcept {
     const int result = openOver<SealedFile>(below, path, out, flags, given);
     if (result != SQLITE_OK) {
         return result;
@@ -112,6 +122,7 @@ int openSealed(sqlite3_vfs& below, const char* path, sqlite3_file* out, int flag
         out->pMethods = nullptr;
         return SQLITE_NOMEM;
     }
+    fileOf(out).check = &check;
     const bool hasLog = fileOf(out).below->pMethods->iVersion >= 2;
     out->pMethods = hasLog ? &kMethods : &kMethodsWithoutLog;
     return SQLITE_OK;

@@ -36,9 +36,7 @@ int writeBelow(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 of
         file, [=](const auto& methods, auto* below) { return methods.xWrite(below, bytes, size, offset); });
 }
 
-std::uint32_t numberIn(const void* bytes) noexcept {
-    return static_cast<std::uint32_t>(readNumber(static_cast<const char*>(bytes), kNumberSize));
-}
+std::uint32_t numberIn(const void* bytes) noexcept { return readU32(static_cast<const char*>(bytes)); }
 
 /// Keeps the page in the memory of SQLite as it is.
 int writePage(sqlite3_file* file, const void* bytes, sqlite3_int64 offset) noexcept {

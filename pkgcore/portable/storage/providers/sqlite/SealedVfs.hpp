@@ -1,5 +1,7 @@
 #pragma once
 
+#include <pkgcore/portable/storage/providers/sqlite/SealedFile.hpp>
+
 #include <sqlite3.h>
 
 #include <string>
@@ -24,9 +26,17 @@ public:
     /// By which SQLite knows it.
     const char* name() const noexcept { return name_.c_str(); }
 
+    /// What is below.
+    sqlite3_vfs& below() const noexcept { return below_; }
+
+    /// How pages are checked when they are read; whole unless told otherwise.
+    PageCheck& check() noexcept { return check_; }
+
 private:
     std::string name_;
+    sqlite3_vfs& below_;
     sqlite3_vfs vfs_;
+    PageCheck check_ = PageCheck::Whole;
 };
 
 }  // namespace foundation::storage::sqlite
