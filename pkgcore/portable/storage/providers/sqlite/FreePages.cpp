@@ -25,9 +25,7 @@ constexpr std::size_t kCountAt = 36;
 constexpr std::size_t kNamesAt = 8;
 constexpr std::size_t kMaxNames = (kPageSize - kPageSealSize - kNamesAt) / 4;
 
-std::uint32_t numberAt(const Page& page, std::size_t at) {
-    return static_cast<std::uint32_t>(readNumber(page.data() + at, 4));
-}
+std::uint32_t numberAt(const Page& page, std::size_t at) { return readU32(page.data() + at); }
 
 /// The list is under seals; what does not fit the pages there are was never right.
 class FreePages {
