@@ -90,6 +90,13 @@ protected:
         return filesAt(file_, moment, faulty, [&] { change(*store); });
     }
 
+    /// By SQLite alone.
+    Files killedByOther(const Moment& moment, const std::string& sql) {
+        FaultyVfs faulty;
+        RawDatabase database(file_.native());
+        return filesAt(file_, moment, faulty, [&] { database.run(sql); });
+    }
+
     Files killedAt(const Moment& moment) {
         return killedIn(moment, [](auto& store) { writeFile(store, nameOf(30), patternOf(999, 70)); });
     }
@@ -238,16 +245,20 @@ TEST_F(SqliteJournal, OneThatNeverReachedTheDiskIsIgnored) {
     }
 }
 
+// It is longer, and where the header of a next segment would be, it has anything.
 TEST_F(SqliteJournal, WhatAnEarlierOneHasLeftBehindItIsNoPartOfIt) {
-    const Files earlier = killedIn(kUnsynced, [](auto& store) { store.removeTree(Path(u"d")); });
-    ASSERT_EQ(judge(earlier), Outcome::Right);
-    const Files larger = killedIn(kUnsynced, [](auto& store) {
-        for (unsigned i = 0; i < 60; ++i) store.remove(Path(nameOf(i)));
-    });
-    for (const Files& left : {earlier, larger}) {
-        restore(left);
-        EXPECT_EQ(judge(killedAt(kWritten)), Outcome::Right);
+    {
+        const auto store = file_.open();
+        writeFile(*store, u"large", patternOf(500, 300'000));
+        truth_ = contentsOf(*store);
     }
+    const Files earlier = killedByOther(kUnsynced, "UPDATE chunk SET bytes = randomblob(length(bytes))");
+    ASSERT_GT(earlier.journal.size(), 300'000U);
+    ASSERT_EQ(judge(earlier), Outcome::Right);
+    restore(earlier);
+    const Files files = killedAt(kWritten);
+    EXPECT_LT(files.journal.size(), 100'000U);
+    EXPECT_EQ(judge(files), Outcome::Right);
 }
 
 std::optional<ErrorCode> codeOfOpening(const StoreFile& file, const StoreFile::Options& options) {
@@ -272,12 +283,7 @@ TEST_F(SqliteJournal, WhoOnlyReadsIsToldOfDamageInIt) {
 }
 
 TEST_F(SqliteJournal, ThatOfAnotherProgramIsRefused) {
-    Files files;
-    {
-        FaultyVfs faulty;
-        RawDatabase database(file_.native());
-        files = filesAt(file_, kWritten, faulty, [&] { database.run("UPDATE entry SET modified = 1"); });
-    }
+    const Files files = killedByOther(kWritten, "UPDATE entry SET modified = 1");
     ASSERT_GT(files.journal.size(), kSector + kRecord);
     EXPECT_EQ(judge(files), Outcome::Refused);
 }

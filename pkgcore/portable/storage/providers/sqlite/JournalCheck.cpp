@@ -30,6 +30,13 @@ bool isSectorSize(std::uint32_t size) noexcept {
     return size >= kSector && size <= kMax && (size & (size - 1)) == 0;
 }
 
+/// Whether the store has a write-ahead log, by its first page. As long as it has, that page changes without
+/// the journal.
+bool hasLog(const char* page) noexcept {
+    constexpr std::size_t kVersionAt = 18;
+    return page[kVersionAt] == 2;
+}
+
 class JournalCheck {
 public:
     JournalCheck(sqlite3_file& journal, sqlite3_file* store) noexcept : journal_(journal), store_(store) {}
@@ -62,7 +69,7 @@ private:
         }
         switch (header.state(at_)) {
             case State::Open:
-                return checkRest();
+                return checkRest(header);
             case State::Sealed:
                 return checkSegment(header);
             case State::Damaged:
@@ -99,7 +106,8 @@ private:
 
     /// The first page is part of each change and comes into the store when all of the journal is on the disk:
     /// if it is there, the header here was sealed, and is no longer.
-    int checkRest() noexcept {
+    int checkRest(const JournalHeader& header) noexcept {
+        sector_ = isSectorSize(header.sectorSize()) ? header.sectorSize() : sector_;
         for (sqlite3_int64 at = at_ + sector_; at + kStep <= size_; at += kStep) {
             JournalRecord record;
             int result = readAt(journal_, record.data(), kRecordSize, at);
@@ -121,7 +129,8 @@ private:
         const int result = readAt(*store_, page.data(), kPageSize, 0);
         const auto sealed = static_cast<std::ptrdiff_t>(kPageSize - kPageSealSize);
         const bool isHalf = result == SQLITE_IOERR_DATA;
-        isFirstPageChanged_ = isHalf || !std::equal(page.begin(), page.begin() + sealed, record.page());
+        const bool isOther = isHalf || !std::equal(page.begin(), page.begin() + sealed, record.page());
+        isFirstPageChanged_ = isOther && !(hasLog(page.data()) && hasLog(record.page()));
         return isHalf ? SQLITE_OK : result;
     }
 
