@@ -1,4 +1,5 @@
 #include <pkgcore/platform/storage/NativePaths.hpp>
+#include <pkgcore/portable/filesystem/FileDescriptor.hpp>
 #include <pkgcore/portable/storage/providers/local/LocalProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
