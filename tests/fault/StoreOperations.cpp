@@ -8,7 +8,9 @@
 #include "tests/support/storage/BareProvider.hpp"
 
 #include <algorithm>
-#include <sstream>
+#include <array>
+#include <functional>
+#include <string_view>
 
 namespace test {
 
@@ -49,7 +51,8 @@ void makeTree(opc::FileSystemOps& ops, const std::string& top) {
 
 /// file, old and readonly: files; empty, from and full: folders, the last two with something in them.
 void makeFiles(opc::FileSystemOps& ops, const std::string& store) {
-    write(ops, store + "/file", "new" + std::string(300'000, 'n'), 0);
+    static const std::string large = "new" + std::string(300'000, 'n');
+    write(ops, store + "/file", large, 0);
     write(ops, store + "/old", "old", 0);
     write(ops, store + "/readonly", "read", 0);
     ops.setPermissions(toIRI(store + "/readonly"), opc::Perms::ReadOnly);
@@ -60,18 +63,21 @@ void makeFiles(opc::FileSystemOps& ops, const std::string& store) {
     write(ops, store + "/full/y", "old Y", 0);
 }
 
-/// Long ones as their size and a hash.
+/// Long ones as their size and a hash. Read piece by piece: the files are looked at again and again.
 std::string contentOf(opc::FileSystemOps& ops, const opc::ustring& iri) {
     const auto stream = ops.createInputStream(iri, 0);
-    std::ostringstream content;
-    content << (ops.getPermissions(iri) == opc::Perms::ReadWrite ? '+' : '-');
-    if (stream->peek() != std::istream::traits_type::eof()) {
-        content << stream->rdbuf();
-    }
-    const std::string bytes = content.str();
-    const std::string size = std::to_string(bytes.size());
-    return bytes.size() <= 100 ? bytes
-                               : bytes[0] + size + ' ' + std::to_string(std::hash<std::string>()(bytes));
+    const char mark = ops.getPermissions(iri) == opc::Perms::ReadWrite ? '+' : '-';
+    std::array<char, 32'768> piece;
+    std::size_t size = 0;
+    std::size_t hash = 0;
+    do {
+        stream->read(piece.data(), piece.size());
+        const auto count = static_cast<std::size_t>(stream->gcount());
+        size += count;
+        hash = hash * 31 + std::hash<std::string_view>()({piece.data(), count});
+    } while (stream->good());
+    return mark + (size <= 100 ? std::string(piece.data(), size)
+                               : std::to_string(size) + ' ' + std::to_string(hash));
 }
 
 void addContents(const vfs::StorageSystemReference& storage, const std::string& store, Contents& contents) {
