@@ -27,8 +27,8 @@ TEST(AsciiCase, MapsCapitalLettersAlone) {
     }
 }
 
-// What the compiler has computed, once more when the program runs: of a call by a pointer that may change it
-// knows nothing.
+// What the compiler has computed, once more when the program runs: it does not know which function the
+// pointer leads to by then.
 TEST(AsciiCase, HasTheSameTableAtAnyTime) {
     auto* volatile make = &opc::detail::makeLowerCaseTable;
     EXPECT_EQ(opc::detail::kLowerCaseTable, make());

@@ -133,10 +133,10 @@ TEST_F(SqliteCopy, HoldsNothingOfAFolderThatIsRemovedMeanwhile) {
 TEST_F(SqliteCopy, HoldsALargeFileThatIsRemovedMeanwhileAsAWholeOrNotAtAll) {
     store->createFolder(Path(u"d"));
     int missing = 0;
-    for (int change = 1; change <= 5; ++change) {
-        SCOPED_TRACE(change);
+    for (int look = 1; look <= 8; ++look) {
+        SCOPED_TRACE(look);
         writeFile(*store, u"d/huge", huge);
-        const test::BeforeChange hook(change, [this] { other->remove(Path(u"d/huge")); });
+        const test::BeforeLook hook(look, [this] { other->remove(Path(u"d/huge")); });
         file.open()->copy(Path(u"d"), Path(u"copy"), kReplace);
         const bool isThere = other->find(Path(u"copy/huge")).has_value();
         EXPECT_TRUE(!isThere || readFile(*other, u"copy/huge") == huge);

@@ -99,8 +99,10 @@ TEST_F(SqliteLocks, WhatNobodyCanAskForIsNotErased) {
     const auto reading = file_.open();
     const auto reader = reading->openReader(Path(u"large"));
     test::writeFile(*file_.open(), u"large", "new");
-    askErrors = {EIO};
+    askErrors.assign(10, EIO);
     EXPECT_NO_THROW(file_.open());
+    EXPECT_LT(askErrors.size(), 10U);
+    askErrors.clear();
     EXPECT_TRUE(test::readRest(*reader) == kLarge);
 }
 
