@@ -23,6 +23,9 @@ function(pkgcore_add_test)
   add_executable(${arg_NAME} ${arg_SOURCES})
   target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} pkgcore_test_support_headers pkgcore_build_options
                                             GTest::gmock GTest::gtest_main)
+  if(pkgcore_compiled_quickly)
+    pkgcore_use_precompiled_headers(${arg_NAME} pkgcore_quick_test_headers)
+  endif()
 
   pkgcore_folder_label(folder)
   set(labels ${folder} ${arg_LABELS})
@@ -52,13 +55,6 @@ function(pkgcore_add_test)
   pkgcore_label_discovered_tests(${arg_NAME} "${labels}")
 endfunction()
 
-# For a folder of tests that, with sanitizers, take longer to compile than to run: these are not optimized there, the library is.
-macro(pkgcore_compile_quickly_with_sanitizers)
-  if(PKGCORE_SANITIZE)
-    add_compile_options(-O0)
-  endif()
-endmacro()
-
 # Gives the tests that CTest has just discovered in a program their labels. gtest_discover_tests cannot: it flattens the list
 # and keeps the first one alone.
 function(pkgcore_label_discovered_tests name labels)
@@ -83,3 +79,24 @@ endfunction()
 # without any object of it. What is tested is chosen by each test program.
 add_library(pkgcore_test_support_headers INTERFACE)
 target_link_libraries(pkgcore_test_support_headers INTERFACE pkgcore_headers)
+
+# What most tests read and nothing else does as often. Compiled as programs are, and not optimized.
+pkgcore_add_precompiled_headers(
+  pkgcore_quick_test_headers
+  LIBRARIES
+  pkgcore_test_support_headers
+  pkgcore_build_options
+  GTest::gmock
+  HEADERS
+  <gtest/gtest.h>
+  <boost/date_time/posix_time/posix_time.hpp>
+  <algorithm>
+  <fstream>
+  <functional>
+  <optional>
+  <random>
+  <thread>)
+if(TARGET pkgcore_quick_test_headers)
+  set_target_properties(pkgcore_quick_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+  target_compile_options(pkgcore_quick_test_headers PRIVATE -O0 ${CMAKE_CXX_COMPILE_OPTIONS_PIE})
+endif()
