@@ -11,6 +11,7 @@
 #include "tests/support/storage/StoreFile.hpp"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -142,10 +143,17 @@ TEST(SqliteMisuse, NoThreadReadsAnotherStoreThatWasCopiedOverThisOne) {
     const StoreFile file;
     const StoreFile another;
     for (const StoreFile* const each : {&file, &another}) test::writeFile(*each->open(), u"f", "text");
-    const auto store = file.open();
+    StoreFile::Options options = StoreFile::fast();
+    options.busyTime = std::chrono::milliseconds(500);
+    const auto store = file.open(options);
     withoutIdleConnection(file, *store, [&] {
         test::writeInPlace(file.native(), test::contentOf(another.native()));
-        PKGCORE_EXPECT_FAILURE(IOError, store->find(Path(u"f")));
+        // With a log, the file that was written over it does not say so, and what uses it is in the way.
+        if (sqlite3_libversion_number() >= 3'051'003) {
+            PKGCORE_EXPECT_FAILURE(TemporarilyBusy, store->find(Path(u"f")));
+        } else {
+            PKGCORE_EXPECT_FAILURE(IOError, store->find(Path(u"f")));
+        }
     });
 }
 
