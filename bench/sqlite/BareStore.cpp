@@ -18,12 +18,11 @@ Database openDatabase(const std::filesystem::path& file) {
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
     require(sqlite3_open_v2(file.c_str(), &database, flags, nullptr) == SQLITE_OK, "no database");
     Database result(database);
-    require(
-        sqlite3_exec(database,
-                     "PRAGMA secure_delete = OFF; PRAGMA cache_size = -8192; PRAGMA cell_size_check = ON; "
-                     "PRAGMA mmap_size = 0; PRAGMA temp_store = MEMORY",
-                     nullptr, nullptr, nullptr) == SQLITE_OK,
-        "a pragma fails");
+    require(sqlite3_exec(database,
+                         "PRAGMA secure_delete = OFF; PRAGMA cache_size = -1024; PRAGMA cache_spill = 2000;"
+                         "PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0; PRAGMA temp_store = MEMORY",
+                         nullptr, nullptr, nullptr) == SQLITE_OK,
+            "a pragma fails");
     return result;
 }
 

@@ -18,12 +18,12 @@ class PageSeals {
 public:
     static constexpr std::size_t kPageSize = 4096;
     static constexpr std::size_t kSealed = kPageSize - 8;
+    static constexpr std::size_t kLink = 4;
 
     /// Of the page with this number, from 1 on.
     static void seal(char* page, std::uint64_t number) {
-        std::uint64_t seal = XXH3_64bits_withSeed(page, kSealed, number);
-        for (std::size_t at = kPageSize; at > kSealed; seal >>= 8U)
-            page[--at] = static_cast<char>(seal & 0xFFU);
+        put(XXH3_64bits_withSeed(page, kLink, number), page + kSealed - kLink, page + kSealed);
+        put(XXH3_64bits_withSeed(page, kSealed, number), page + kSealed, page + kPageSize);
     }
 
     static bool fits(const char* page, std::uint64_t number) {
@@ -60,6 +60,10 @@ public:
     }
 
 private:
+    /// The low bytes, the high one first.
+    static void put(std::uint64_t number, const char* begin, char* end) {
+        for (; end != begin; number >>= 8U) *--end = static_cast<char>(number & 0xFFU);
+    }
     static void require(int result) {
         if (result != SQLITE_OK) throw std::runtime_error(sqlite3_errstr(result));
     }

@@ -95,6 +95,12 @@ Statement& Connection::statement(Sql sql) {
     return *kept;
 }
 
+std::uint32_t Connection::state() const noexcept {
+    std::uint32_t state = 0;
+    sqlite3_file_control(get(), "main", SQLITE_FCNTL_DATA_VERSION, &state);
+    return state;
+}
+
 void Connection::takeNumbers() {
     const std::int64_t next = readStoreRow(*this).next;
     if (next > kMaxNumber - kNumbersAtOnce) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pkgcore/portable/storage/providers/sqlite/Checksum.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/KnownFolder.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Patience.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/SealedVfs.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Sql.hpp>
@@ -51,6 +52,15 @@ public:
     const Sealer& sealer() const noexcept { return sealer_; }
     void setKey(std::int64_t key) noexcept { sealer_ = Sealer(key); }
 
+    /// Another number than before when anything in the store has changed that a statement of this connection
+    /// has seen, or made.
+    std::uint32_t state() const noexcept;
+
+    /// For pages that are read from now on.
+    void setPageCheck(PageCheck check) noexcept { files_.check() = check; }
+
+    KnownFolder& knownFolder() noexcept { return knownFolder_; }
+
     /// A number that no entry and no content has or had, within a writing transaction.
     std::int64_t newNumber();
     /// What newNumber() has put aside is not to be had after a rollback.
@@ -70,8 +80,23 @@ private:
     std::unique_ptr<sqlite3, Close> handle_;
     std::array<std::unique_ptr<Statement>, kSqlCount> statements_;
     Sealer sealer_{0};
+    KnownFolder knownFolder_;
     std::int64_t nextNumber_ = 0;
     std::int64_t endNumber_ = 0;
+};
+
+/// For the time in which only rows are read that are compared with seals of their own before they are used.
+class SealedRows {
+public:
+    explicit SealedRows(Connection& connection) noexcept : connection_(connection) {
+        connection_.setPageCheck(PageCheck::LinksOfLongRows);
+    }
+    ~SealedRows() { connection_.setPageCheck(PageCheck::Whole); }
+    SealedRows(const SealedRows&) = delete;
+    SealedRows& operator=(const SealedRows&) = delete;
+
+private:
+    Connection& connection_;
 };
 
 /// From begin to commit; rolled back unless it is committed.

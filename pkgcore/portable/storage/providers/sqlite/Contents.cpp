@@ -13,13 +13,6 @@ namespace {
 
 constexpr std::int64_t kMaxIndex = (std::int64_t{1} << kChunkBits) - 1;
 
-std::int64_t chunkId(std::int64_t content, std::int64_t index) {
-    if (index > kMaxIndex) {
-        fail(vfs::ErrorCode::FileTooLarge);
-    }
-    return content << kChunkBits | index;
-}
-
 std::int64_t sealOf(const Connection& connection, const Orphan& orphan) {
     const std::string text =
         (orphan.kind == Orphan::Kind::Folder ? "folder " : "content ") + std::to_string(orphan.first);
@@ -38,6 +31,13 @@ Orphan orphanFrom(const Connection& connection, const Query& row, std::int64_t n
 
 }  // namespace
 
+std::int64_t chunkId(std::int64_t content, std::int64_t index) {
+    if (index > kMaxIndex) {
+        fail(vfs::ErrorCode::FileTooLarge);
+    }
+    return content << kChunkBits | index;
+}
+
 bool isLarge(const Entry& file) noexcept { return !file.isFolder() && file.size >= kChunk; }
 
 std::int64_t chunkCount(std::int64_t size) noexcept { return size / kChunk + (size % kChunk == 0 ? 0 : 1); }
@@ -54,23 +54,32 @@ bool Contents::hasChunk(std::int64_t content, std::int64_t index, std::int64_t s
     return row.step() && row.integer(0) == seal;
 }
 
-void Contents::readChunk(std::int64_t content, std::int64_t index, char* out, std::size_t size) {
+template <typename Take>
+void Contents::takeChunk(std::int64_t content, std::int64_t index, std::size_t size, Take take) {
     const std::int64_t id = chunkId(content, index);
+    const SealedRows rows(connection_);
     Query row(connection_.statement(Sql::ReadChunk), id);
     if (!row.step()) {
         failDamaged("a part of a content is missing");
     }
-    const std::string_view stored = row.bytes(1);
+    take(chunkIn(row, 0, id, size));
+}
+
+std::string_view Contents::chunkIn(const Query& row, int column, std::int64_t id, std::size_t size) const {
+    const std::string_view stored = row.bytes(column + 1);
     const bool isWhole = stored.size() >= size && stored.size() <= kChunkSize;
-    if (!isWhole || row.integer(0) != connection_.sealer().seal(id, stored)) {
+    if (!isWhole || row.integer(column) != connection_.sealer().seal(id, stored)) {
         failDamaged("a content does not fit its checksum");
     }
-    stored.copy(out, size);
+    return stored.substr(0, size);
+}
+
+void Contents::readChunk(std::int64_t content, std::int64_t index, char* out, std::size_t size) {
+    takeChunk(content, index, size, [out](std::string_view chunk) { chunk.copy(out, chunk.size()); });
 }
 
 void Contents::readChunk(std::int64_t content, std::int64_t index, std::size_t size, std::string& bytes) {
-    bytes.resize(size);
-    readChunk(content, index, bytes.data(), size);
+    takeChunk(content, index, size, [&bytes](std::string_view chunk) { bytes = chunk; });
 }
 
 bool Contents::eraseLastChunks(std::int64_t content, std::int64_t first, std::int64_t count) {

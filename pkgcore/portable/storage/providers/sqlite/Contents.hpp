@@ -9,6 +9,7 @@
 namespace foundation::storage::sqlite {
 
 class Connection;
+class Query;
 struct Entry;
 
 /// What no entry leads to, in whole or in part: it is being made, or it is gone but still being read, or
@@ -37,6 +38,9 @@ public:
     void readChunk(std::int64_t content, std::int64_t index, char* out, std::size_t size);
     void readChunk(std::int64_t content, std::int64_t index, std::size_t size, std::string& bytes);
 
+    /// The same of a row with the columns seal and bytes, beginning with `column`; valid as long as the row.
+    std::string_view chunkIn(const Query& row, int column, std::int64_t id, std::size_t size) const;
+
     /// Erases the last ones of the chunks from `first` on, at most so many. True when none is left.
     bool eraseLastChunks(std::int64_t content, std::int64_t first, std::int64_t count);
 
@@ -51,8 +55,14 @@ public:
     bool retire(const Entry& entry);
 
 private:
+    template <typename Take>
+    void takeChunk(std::int64_t content, std::int64_t index, std::size_t size, Take take);
+
     Connection& connection_;
 };
+
+/// The number of a row with a part of a content.
+std::int64_t chunkId(std::int64_t content, std::int64_t index);
 
 /// Whether the content is in several rows, or may grow to that at any time. A smaller one is read and erased
 /// at once.

@@ -43,6 +43,7 @@ std::int64_t timeOfNow() {
 /// Over everything that the row says.
 std::int64_t Entries::sealOf(const Entry& entry) const {
     std::string bytes;
+    bytes.reserve(5 * sizeof(NumberBytes) + entry.name.size());
     append(bytes, (entry.isFolder() ? 2 : 0) + (entry.isWritable ? 1 : 0));
     append(bytes, entry.modified);
     append(bytes, entry.size);
@@ -73,6 +74,10 @@ std::optional<Entry> Entries::find(std::int64_t folder, std::string_view name) {
     if (!row.step()) {
         return std::nullopt;
     }
+    return entryFrom(row, folder, name);
+}
+
+Entry Entries::entryFrom(const Query& row, std::int64_t folder, std::string_view name) const {
     Entry entry;
     entry.parent = folder;
     entry.name = name;
@@ -109,14 +114,6 @@ Entry Entries::require(const Path& path) {
 Entry Entries::requireFolder(const Path& path) {
     Entry entry = require(path);
     if (!entry.isFolder()) {
-        fail(ErrorCode::NotFound);
-    }
-    return entry;
-}
-
-Entry Entries::requireFile(const Path& path) {
-    Entry entry = require(path);
-    if (entry.isFolder()) {
         fail(ErrorCode::NotFound);
     }
     return entry;

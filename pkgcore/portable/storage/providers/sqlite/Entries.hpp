@@ -11,6 +11,7 @@
 namespace foundation::storage::sqlite {
 
 class Connection;
+class Query;
 
 /// A file or a folder in its folder.
 struct Entry {
@@ -33,13 +34,15 @@ public:
 
     std::optional<Entry> find(std::int64_t folder, std::string_view name);
 
+    /// From a row with the columns of Sql::FindEntry.
+    Entry entryFrom(const Query& row, std::int64_t folder, std::string_view name) const;
+
     /// What is at a path; nothing for a path through a file.
     std::optional<Entry> find(const provider::Path& path);
 
     /// The same; "not found" for nothing.
     Entry require(const provider::Path& path);
     Entry requireFolder(const provider::Path& path);
-    Entry requireFile(const provider::Path& path);
 
     /// The folder around something that is to be made there. "Not found" if it is missing, "exists" for a
     /// file in its place or above, and for the root; "access denied" if it takes no entries.

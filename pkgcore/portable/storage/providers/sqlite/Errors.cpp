@@ -1,5 +1,7 @@
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 
+#include <pkgcore/portable/storage/providers/sqlite/JournalFormat.hpp>
+
 #include <sqlite3.h>
 
 #include <cerrno>
@@ -68,10 +70,15 @@ ErrorCode codeOfReadOnly(int result) noexcept {
     }
 }
 
-/// A page of the store does not fit its seal.
-bool isUnsealed(int result) noexcept { return result == SQLITE_IOERR_DATA; }
+/// A page of the store or its journal does not fit its seal.
+bool isUnsealed(int result) noexcept { return result == SQLITE_IOERR_DATA || result == kDamagedJournal; }
 
 std::string messageOf(sqlite3* connection, int result) {
+    if (result == kDamagedJournal) {
+        return "The stored data is damaged: the journal beside the file does not fit its checksums, or "
+               "another "
+               "program has made it";
+    }
     if (isUnsealed(result)) {
         return "The stored data is damaged: a page of the file does not fit its checksum";
     }

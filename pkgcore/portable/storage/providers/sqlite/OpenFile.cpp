@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Contents.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Lookup.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Schema.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Sweep.hpp>
 
@@ -13,6 +14,33 @@ namespace {
 
 /// So many chunks are read in one transaction, which keeps others from committing.
 constexpr std::size_t kReadAtOnce = 16;
+
+bool isSmallFile(const Entry& entry) noexcept { return !entry.isFolder() && !isLarge(entry); }
+
+/// With the content, if that is in one row.
+std::optional<Entry> findWithContent(Connection& connection, std::int64_t folder, std::string_view name,
+                                     std::string& bytes) {
+    const SealedRows rows(connection);
+    Query row(connection.statement(Sql::FindFile), folder, name);
+    if (!row.step()) {
+        return std::nullopt;
+    }
+    Entry entry = Entries(connection).entryFrom(row, folder, name);
+    if (isSmallFile(entry) && entry.size > 0) {
+        constexpr int kBehindEntry = 7;
+        bytes = Contents(connection)
+                    .chunkIn(row, kBehindEntry, chunkId(entry.content, 0), sizeOfChunk(entry.size, 0));
+    }
+    return entry;
+}
+
+Entry requireFile(Connection& connection, const provider::Path& path) {
+    std::optional<Entry> entry = findAndRemember(connection, path);
+    if (!entry || entry->isFolder()) {
+        fail(vfs::ErrorCode::NotFound);
+    }
+    return *std::move(entry);
+}
 
 bool isSameContent(const Entry& one, const Entry& other) noexcept {
     return one.content == other.content && one.size == other.size;
@@ -49,11 +77,27 @@ bool OpenFile::open(Find find) {
     return true;
 }
 
+/// A small file in a folder that is known.
+bool OpenFile::openAtOnce(const provider::Path& path) {
+    std::optional<Entry> found;
+    const auto look = [&](Connection& connection) {
+        return lookInKnownFolder(connection, path, [&](std::int64_t folder, const std::string& name) {
+            found = findWithContent(connection, folder, name, bytes_);
+        });
+    };
+    if (!store_->look(look) || !found || !isSmallFile(*found)) {
+        return false;
+    }
+    index_ = found->size > 0 ? 0 : -1;
+    entry_ = *std::move(found);
+    return true;
+}
+
 // The destructor lets go what is pinned when this throws, since another constructor is done by then.
 OpenFile::OpenFile(SharedStore store, const provider::Path& path) : OpenFile(std::move(store)) {
-    open([&path](Connection& connection) {
-        return std::optional<Entry>(Entries(connection).requireFile(path));
-    });
+    if (!openAtOnce(path)) {
+        open([&path](Connection& connection) { return std::optional<Entry>(requireFile(connection, path)); });
+    }
 }
 
 OpenFile::~OpenFile() { letGo(); }

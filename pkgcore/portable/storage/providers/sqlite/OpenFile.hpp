@@ -47,6 +47,7 @@ private:
     static std::optional<OpenFile> openIfThere(const SharedStore& store, Find find);
     template <typename Find>
     bool open(Find find);
+    bool openAtOnce(const provider::Path& path);
 
     void letGo() noexcept;
     std::size_t readFull(std::int64_t index, char* out, std::size_t count);

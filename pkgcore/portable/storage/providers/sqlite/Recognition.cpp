@@ -1,5 +1,6 @@
 #include <pkgcore/portable/storage/providers/sqlite/Recognition.hpp>
 
+#include <pkgcore/portable/storage/providers/sqlite/BigEndian.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Connection.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/PageSeal.hpp>
@@ -36,13 +37,7 @@ struct Header {
     char bytes[kHeaderSize] = {};
 
     bool hasMagic() const { return std::string_view(bytes, kMagic.size()) == kMagic; }
-    std::uint32_t numberAt(std::size_t at) const {
-        std::uint32_t number = 0;
-        for (std::size_t i = at; i < at + 4; ++i) {
-            number = number << 8U | static_cast<unsigned char>(bytes[i]);
-        }
-        return number;
-    }
+    std::uint32_t numberAt(std::size_t at) const { return readU32(bytes + at); }
     sqlite3_int64 pageSize() const { return numberAt(kPageSizeAt) >> 16U; }
     std::size_t reserved() const { return static_cast<unsigned char>(bytes[kReservedAt]); }
 };

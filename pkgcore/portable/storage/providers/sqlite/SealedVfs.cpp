@@ -2,6 +2,7 @@
 
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/SealedFile.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/SealedJournal.hpp>
 
 #include <algorithm>
 #include <cstdint>
@@ -11,12 +12,18 @@ namespace foundation::storage::sqlite {
 
 namespace {
 
-sqlite3_vfs& below(sqlite3_vfs* vfs) noexcept { return *static_cast<sqlite3_vfs*>(vfs->pAppData); }
+SealedVfs& ownerOf(sqlite3_vfs* vfs) noexcept { return *static_cast<SealedVfs*>(vfs->pAppData); }
+
+sqlite3_vfs& below(sqlite3_vfs* vfs) noexcept { return ownerOf(vfs).below(); }
 
 int openFile(sqlite3_vfs* vfs, const char* path, sqlite3_file* out, int flags, int* given) noexcept {
-    const bool isStore = (flags & SQLITE_OPEN_MAIN_DB) != 0;
-    return isStore ? openSealed(below(vfs), path, out, flags, given)
-                   : below(vfs).xOpen(&below(vfs), path, out, flags, given);
+    if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
+        return openSealed(below(vfs), path, out, flags, given, ownerOf(vfs).check());
+    }
+    if ((flags & SQLITE_OPEN_MAIN_JOURNAL) != 0) {
+        return openSealedJournal(below(vfs), path, out, flags, given);
+    }
+    return below(vfs).xOpen(&below(vfs), path, out, flags, given);
 }
 
 int deleteFile(sqlite3_vfs* vfs, const char* path, int syncFolder) noexcept {
@@ -50,13 +57,14 @@ int lastError(sqlite3_vfs* vfs, int size, char* out) noexcept {
 }
 
 /// No store loads extensions, and nothing of the later versions of the interface is needed.
-sqlite3_vfs sealedOver(sqlite3_vfs& below, const char* name) noexcept {
+sqlite3_vfs vfsOf(SealedVfs& owner) noexcept {
+    const sqlite3_vfs& below = owner.below();
     sqlite3_vfs vfs = {};
     vfs.iVersion = std::min(below.iVersion, 2);
-    vfs.szOsFile = sealedFileSize(below.szOsFile);
+    vfs.szOsFile = std::max(sealedFileSize(below.szOsFile), sealedJournalSize(below.szOsFile));
     vfs.mxPathname = below.mxPathname;
-    vfs.zName = name;
-    vfs.pAppData = &below;
+    vfs.zName = owner.name();
+    vfs.pAppData = &owner;
     vfs.xOpen = openFile;
     vfs.xDelete = deleteFile;
     vfs.xAccess = accessFile;
@@ -82,7 +90,8 @@ sqlite3_vfs& defaultVfs() {
 
 SealedVfs::SealedVfs()
     : name_("pkgcore-" + std::to_string(reinterpret_cast<std::uintptr_t>(this))),
-      vfs_(sealedOver(defaultVfs(), name_.c_str())) {
+      below_(defaultVfs()),
+      vfs_(vfsOf(*this)) {
     if (sqlite3_vfs_register(&vfs_, 0) != SQLITE_OK) {
         throw std::bad_alloc();  // nothing else keeps it from being known
     }

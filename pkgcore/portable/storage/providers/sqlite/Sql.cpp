@@ -20,6 +20,11 @@ const char* textOf(Sql sql) noexcept {
             return "SELECT kind, writable, modified, size, content, seal, id FROM entry WHERE parent = ?1 "
                    "AND name "
                    "= ?2";
+        case Sql::FindFile:
+            // Beside what FindEntry gives, the row with the content if there is but one.
+            return "SELECT e.kind, e.writable, e.modified, e.size, e.content, e.seal, e.id, c.seal, c.bytes "
+                   "FROM entry e LEFT JOIN chunk c ON c.id = CASE WHEN e.size < 65536 THEN e.content << 28 "
+                   "END WHERE e.parent = ?1 AND e.name = ?2";
         case Sql::PutEntry:
             return "REPLACE INTO entry(parent, name, kind, writable, modified, size, content, seal, id) "
                    "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)";

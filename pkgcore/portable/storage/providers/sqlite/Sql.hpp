@@ -13,6 +13,7 @@ enum class Sql : unsigned char {
     StoreRow,
     SetNext,
     FindEntry,
+    FindFile,
     PutEntry,
     EraseEntry,
     ListEntries,

@@ -5,6 +5,7 @@
 #include <pkgcore/portable/storage/providers/sqlite/Creation.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Draft.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Errors.hpp>
+#include <pkgcore/portable/storage/providers/sqlite/Lookup.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/Names.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/OpenFile.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/PathBytes.hpp>
@@ -116,8 +117,7 @@ public:
     Traits traits() const override { return traitsOfStore(); }
 
     std::optional<Item> find(const Path& path) override {
-        const std::optional<Entry> entry =
-            store_->read([&path](Connection& connection) { return Entries(connection).find(path); });
+        const std::optional<Entry> entry = lookUp(*store_, path);
         if (!entry) {
             return std::nullopt;
         }

@@ -40,8 +40,9 @@ struct SqliteOptions {
 /// processes may have it open at once. All that is in it takes 16 TiB at most, in folders of any size; a
 /// folder is moved, and removed from sight, as fast as a file. Every page of the file, every content and
 /// every name is under a checksum (XXH3): what is read or listed is what was written, and what is not found
-/// was not there, or the call throws "damaged" (code 10). While SQLite has a change in a journal or a log
-/// beside the file, damage in that can hide an entry or undo the last changes.
+/// was not there, or the call throws "damaged" (code 10). So are the pages of the journal that a killed
+/// process leaves beside the file. While SQLite has a change in a write-ahead log there, damage in that can
+/// hide an entry or undo the last changes.
 ///
 /// `path` is a native path. A relative one is resolved now, and a later change of the working directory does
 /// not matter. What a process that has ended left half written is cleaned up now. While the store is open,
@@ -54,7 +55,8 @@ struct SqliteOptions {
 /// - NotFound where nothing is and nothing is to be made, or a folder on the way is missing;
 /// - NotSupported for what is no store: a folder, a text, an empty file, the database of another program, and
 ///   for a store of a newer version, and for a path or a name that is too long. The message says which;
-/// - NotRecoverable for a store that is cut off or damaged, and for the journal of one that has gone;
+/// - NotRecoverable for a store that is cut off or damaged, or has a damaged journal beside it, and for the
+///   journal of one that has gone;
 /// - IOError for one that is to be read only, and has a change to be undone first;
 /// - AccessDenied or ReadOnlyStorage where it is to be written and may not be; TemporarilyBusy.
 ///
@@ -78,8 +80,7 @@ PKGCORE_SQLITE_API std::shared_ptr<Provider> openSqliteProvider(const std::u16st
 /// Throws foundation::storage::vfs::Exception, and then the store is as it was:
 /// - TemporarilyBusy if others are at work for longer than `busyTime`;
 /// - NoSpace where that room is missing;
-/// - NotRecoverable where damage is found: every page is read, and one without use, torn by a loss
-///   of power, counts as well: copy what is in the store to a new one then;
+/// - NotRecoverable where damage is found: every page is read;
 /// - what openSqliteProvider() throws; NotFound if there is no store, since none is made.
 /// If the process ends meanwhile, who opens the store for writing next undoes what was done.
 PKGCORE_SQLITE_API void compactSqliteStore(

@@ -34,6 +34,14 @@ public:
         return finish(lease.connection(), body, [&transaction] { transaction.commit(); });
     }
 
+    /// Calls body(connection) for one statement, which sees one state of the store.
+    template <typename Body>
+    auto look(Body body) {
+        requireOwnProcess();
+        Lease lease(*this, Patience(options_.busyTime));
+        return body(lease.connection());
+    }
+
     /// Calls body(connection) within a transaction, and commits it. Nothing is changed if it throws, unless
     /// the store has gone.
     template <typename Body>

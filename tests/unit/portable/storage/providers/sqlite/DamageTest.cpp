@@ -15,6 +15,7 @@ namespace {
 using namespace foundation::storage::conformance;
 using foundation::storage::provider::Path;
 using foundation::storage::provider::Provider;
+using foundation::storage::provider::WriteMode;
 using test::writeFile;
 
 const std::string kLarge = test::someBytes(200'000);
@@ -137,6 +138,57 @@ TEST(SqliteDamageElsewhere, WhatIsReadInPiecesIsCheckedToo) {
     EXPECT_EQ(whole.substr(0, 65'536), kLarge.substr(0, 65'536));
 }
 
+/// The file of a store with a content that takes some pages, of which one is damaged.
+class SqliteDamagedContent : public testing::Test {
+protected:
+    SqliteDamagedContent() {
+        const auto store = file.open();
+        writeFile(*store, u"other", "other");
+        writeFile(*store, u"f", test::someBytes(60'000));
+    }
+
+    /// At a place in a page with the rest of a content that goes on in the next page.
+    void damage(std::size_t place) {
+        bytes = test::contentOf(file.native());
+        std::size_t at = kPageSize;
+        while (bytes[at] != 0 || bytes.compare(at, 4, std::string(4, '\0')) == 0) {
+            at += kPageSize;
+        }
+        bytes[at + place] = static_cast<char>(bytes[at + place] ^ 1);
+        test::writeInPlace(file.native(), bytes);
+    }
+
+    static constexpr std::size_t kPageSize = test::PageSeals::kPageSize;
+    const test::StoreFile file;
+    std::string bytes;
+};
+
+TEST_F(SqliteDamagedContent, IsNotReadByEitherWay) {
+    for (const std::size_t place : {std::size_t{3}, std::size_t{4}, std::size_t{2000}}) {
+        damage(place);
+        const auto store = file.open();
+        for (int time = 0; time < 2; ++time) {
+            PKGCORE_EXPECT_FAILURE(NotRecoverable, store->openReader(Path(u"f")));
+        }
+        damage(place);  // as it was
+    }
+    EXPECT_TRUE(test::readFile(*file.open(), u"f") == test::someBytes(60'000));
+}
+
+// The pages that a content gives up are known by the links between them, and some were read by who has just
+// tried to read the content.
+TEST_F(SqliteDamagedContent, DoesNotLeadARemovalAstray) {
+    damage(3);
+    {
+        const auto store = file.open();
+        PKGCORE_EXPECT_FAILURE(NotRecoverable, store->openReader(Path(u"f")));
+        PKGCORE_EXPECT_FAILURE(NotRecoverable, store->remove(Path(u"f")));
+        EXPECT_EQ(test::readFile(*store, u"other"), "other");
+    }
+    damage(3);  // as it was
+    EXPECT_TRUE(test::readFile(*file.open(), u"f") == test::someBytes(60'000));
+}
+
 // Folders that are guarded are looked for in rows that nobody has verified.
 TEST(SqliteDamageElsewhere, AFolderThatSeemsToHoldItselfIsRemoved) {
     const test::StoreFile file;
@@ -150,6 +202,14 @@ TEST(SqliteDamageElsewhere, AFolderThatSeemsToHoldItselfIsRemoved) {
     store->removeTree(Path(u"d"));
     EXPECT_FALSE(store->find(Path(u"d")));
     EXPECT_TRUE(store->find(Path(u"guarded")));
+}
+
+TEST(SqliteDamageElsewhere, AStoreWithoutItsRootTakesNothing) {
+    const test::StoreFile file;
+    const auto store = file.open();
+    test::changeRows(file.native(), "DELETE FROM entry WHERE parent = 0");
+    PKGCORE_EXPECT_FAILURE(NotRecoverable, store->createFolder(Path(u"d/e")));
+    PKGCORE_EXPECT_FAILURE(NotRecoverable, store->openWriter(Path(u"d/f"), WriteMode::Create));
 }
 
 TEST(SqliteDamageElsewhere, NothingIsErasedThatTheListOfOrphansOnlySeemsToName) {

@@ -2,6 +2,7 @@
 
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
+#include "tests/sqlite/FaultyVfs.hpp"
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/RunInChild.hpp"
@@ -278,6 +279,40 @@ TEST(SqliteOpening, AFolderThatMayNotBeWrittenHasNoPlaceForANewStoreNorForAJourn
     });
 }
 
+// Not those of who started the process, as in a program with set-user-id.
+TEST(SqliteOpening, TheRightsOfTheEffectiveUserCount) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root has the rights of two users";
+    constexpr uid_t kOther = 65534;
+    test::runInChild([] {
+        const StoreFile file;
+        test::writeFile(*file.open(), u"f", "text");
+        test::setMode(file.tree().path(), 0755);
+        test::setMode(file.native(), 0644);
+        ASSERT_EQ(::setresuid(0, kOther, 0), 0);
+        PKGCORE_EXPECT_FAILURE(AccessDenied, file.open());
+        EXPECT_EQ(test::readFile(*file.open(readOnly()), u"f"), "text");
+        ASSERT_EQ(::setresuid(kOther, 0, 0), 0);
+        EXPECT_NO_THROW(test::writeFile(*file.open(), u"f", "more"));
+    });
+}
+
+TEST(SqliteOpening, BehindALinkTheFolderOfTheFileItselfIsThatOfTheJournal) {
+    test::runAsOrdinaryUser([] {
+        const StoreFile file;
+        test::writeFile(*file.open(), u"f", "text");
+        const test::TempTree links;
+        test::makeLink(file.native(), links / "link.db");
+        const std::u16string link = links.text("link.db");
+        test::setMode(file.tree().path(), 0500);
+        PKGCORE_EXPECT_FAILURE(AccessDenied, openSqliteProvider(link, existing()));
+        EXPECT_EQ(test::readFile(*openSqliteProvider(link, readOnly()), u"f"), "text");
+        test::setMode(file.tree().path(), 0700);
+        test::setMode(links.path(), 0500);
+        EXPECT_NO_THROW(test::writeFile(*openSqliteProvider(link, existing()), u"f", "more"));
+        test::setMode(links.path(), 0700);
+    });
+}
+
 TEST(SqliteOpening, AReadOnlyFolderIsNoHindranceForReading) {
     test::runAsOrdinaryUser([] {
         const StoreFile file;
@@ -293,12 +328,16 @@ TEST(SqliteOpening, AReadOnlyFolderIsNoHindranceForReading) {
 void makeCutOff(const StoreFile& file) {
     const StoreFile other;
     test::writeFile(*other.open(), u"f", "text");
-    test::RawDatabase killed(other.native());
-    killed.run("PRAGMA cache_size = 1; BEGIN; DELETE FROM entry WHERE parent <> 0; CREATE TABLE more(bytes)");
-    killed.run("INSERT INTO more VALUES(randomblob(200000))");
-    test::makeFile(file.native(), test::contentOf(other.native()));
-    test::makeFile(file.native() + "-journal", test::contentOf(other.native() + "-journal"));
-    killed.run("ROLLBACK");
+    test::FaultyVfs killed;
+    killed.onCall([&](const test::VfsCall& call) {
+        const bool isInChange = call.kind == test::VfsCall::Kind::Sync && call.path == other.native();
+        if (isInChange && !test::isThere(file.native())) {
+            test::makeFile(file.native(), test::contentOf(other.native()));
+            test::makeFile(file.native() + "-journal", test::contentOf(other.native() + "-journal"));
+        }
+        return SQLITE_OK;
+    });
+    test::writeFile(*other.open(), u"f", "other text");
 }
 
 // Undoing it would be a change; what the file says before that is half of one.
@@ -369,6 +408,26 @@ TEST(SqliteOpening, FailsWhereSqliteHasNoFiles) {
     file.open();
     const NoFiles none;
     PKGCORE_EXPECT_FAILURE(IOError, file.open());
+}
+
+/// What the store is on the disk, with its log.
+std::string bytesOf(const StoreFile& file) {
+    const std::string log = file.native() + "-wal";
+    return test::contentOf(file.native()) + (test::isThere(log) ? test::contentOf(log) : "");
+}
+
+TEST(SqliteOpening, SyncingWritesOnlyWhereChangesMayNotBeOnTheDisk) {
+    const StoreFile file;
+    test::writeFile(*file.open(), u"f", "text");
+    SqliteOptions full = StoreFile::fast();
+    full.durability = provider::SqliteDurability::Full;
+    for (const SqliteOptions& options : {readOnly(), full, StoreFile::fast()}) {
+        const auto store = file.open(options);
+        const std::string before = bytesOf(file);
+        store->sync(Path(u"f"));
+        const bool mayBeMissing = !options.isReadOnly && options.durability != full.durability;
+        EXPECT_EQ(bytesOf(file) != before, mayBeMissing);
+    }
 }
 
 /// Files that cannot be opened, with the errno of something else.

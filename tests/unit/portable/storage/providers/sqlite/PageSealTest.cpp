@@ -37,6 +37,26 @@ TEST(PageSeal, FitsNoPageOfWhichABitIsAnother) {
     }
 }
 
+TEST(PageSeal, OfTheLinkIsThatOfFourBytes) {
+    EXPECT_TRUE(fitsLinkSeal(kPage.data(), 7));
+    EXPECT_FALSE(fitsLinkSeal(kPage.data(), 8));
+    for (std::size_t bit = 0; bit < 8 * kPageSize; ++bit) {
+        std::string page = kPage;
+        page[bit / 8] = static_cast<char>(page[bit / 8] ^ (1 << bit % 8));
+        const bool isInLink = bit / 8 < 4 || (bit / 8 >= kPageSize - 12 && bit / 8 < kPageSize - 8);
+        ASSERT_EQ(fitsLinkSeal(page.data(), 7), !isInLink) << bit;
+    }
+}
+
+TEST(PageSeal, APageOfATreeSaysSoInItsFirstByteOrIsTheFirst) {
+    const std::string kinds = "\x02\x05\x0A\x0D";
+    for (int first = 0; first < 256; ++first) {
+        const std::string page(kPageSize, static_cast<char>(first));
+        EXPECT_EQ(isTreePage(page.data(), 2), kinds.find(static_cast<char>(first)) != std::string::npos);
+        EXPECT_TRUE(isTreePage(page.data(), 1));
+    }
+}
+
 TEST(PageSeal, FitsNoPageInThePlaceOfAnotherOne) {
     for (std::uint64_t number = 0; number < 1000; ++number) {
         EXPECT_EQ(fitsSeal(kPage.data(), number), number == 7) << number;

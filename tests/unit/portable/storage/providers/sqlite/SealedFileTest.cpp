@@ -15,6 +15,7 @@
 
 #include <array>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -57,6 +58,15 @@ protected:
                1;
     }
 
+    /// A page with a part of a row that goes on in the next one, from 0 on.
+    static std::size_t restOfARow(const std::string& file) {
+        for (std::size_t at = kPageSize; at < file.size(); at += kPageSize) {
+            const std::string_view link(&file[at], 4);
+            if (link[0] == 0 && link != std::string_view("\0\0\0\0", 4)) return at / kPageSize;
+        }
+        throw std::runtime_error("no row takes several pages");
+    }
+
     /// What it comes to on a new connection.
     std::optional<ErrorCode> codeOf(const char* sql) const {
         try {
@@ -86,7 +96,7 @@ protected:
 
 TEST_F(SealedFile, EachPageThatIsWrittenHasItsSeal) {
     EXPECT_GT(content().size(), 50 * kPageSize);
-    EXPECT_EQ(content()[20], 8) << "bytes that SQLite leaves free";
+    EXPECT_EQ(content()[20], 12) << "bytes that SQLite leaves free";
     EXPECT_EQ(PageSeals::firstBroken(content()), 0U);
     open()->execute("UPDATE few SET text = text || 'x'; DELETE FROM large WHERE id = 3");
     EXPECT_EQ(PageSeals::firstBroken(content()), 0U);
@@ -101,6 +111,42 @@ TEST_F(SealedFile, ABitInAPageByWhichRowsAreFoundIsDamage) {
     EXPECT_EQ(codeOf("SELECT text FROM few WHERE id = 100"), ErrorCode::NotRecoverable);
     EXPECT_THAT(message, testing::HasSubstr("does not fit its checksum"));
     EXPECT_EQ(codeOf("SELECT id FROM large"), std::nullopt) << "no page of it is changed";
+}
+
+TEST_F(SealedFile, OfTheRestOfARowWithASealTheLinkAloneIsCompared) {
+    const std::string whole = content();
+    const std::size_t rest = restOfARow(whole) * kPageSize;
+    const std::size_t few = rootOf("few") * kPageSize;
+    std::string page(kPageSize, '\0');
+    const auto readWith = [&](std::size_t changed, std::size_t offset) {
+        std::string bytes = whole;
+        bytes[changed] = static_cast<char>(bytes[changed] ^ 64);
+        replaceContent(bytes);
+        const auto connection = open();
+        EXPECT_EQ(read(*connection, page, offset), SQLITE_IOERR_DATA) << changed;
+        const SealedRows rows(*connection);
+        return read(*connection, page, offset);
+    };
+    EXPECT_EQ(readWith(rest + 4, rest), SQLITE_OK);
+    EXPECT_EQ(page[4], static_cast<char>(whole[rest + 4] ^ 64)) << "as it is";
+    EXPECT_EQ(readWith(rest + 4083, rest), SQLITE_OK);
+    for (const int at : {0, 1, 2, 3, 4084, 4087}) {
+        EXPECT_EQ(readWith(rest + static_cast<std::size_t>(at), rest), SQLITE_IOERR_DATA) << at;
+    }
+    EXPECT_EQ(readWith(few, few), SQLITE_IOERR_DATA) << "a page of a table that looks like none";
+    EXPECT_EQ(readWith(few + 2000, few), SQLITE_IOERR_DATA);
+    EXPECT_EQ(readWith(2000, 0), SQLITE_IOERR_DATA) << "the first page";
+}
+
+TEST_F(SealedFile, PagesAreComparedWholeAgainBehindRowsWithSeals) {
+    std::string bytes = content();
+    const std::size_t rest = restOfARow(bytes) * kPageSize;
+    bytes[rest + 100] = static_cast<char>(bytes[rest + 100] ^ 1);
+    replaceContent(bytes);
+    const auto connection = open();
+    std::string page(kPageSize, '\0');
+    { const SealedRows rows(*connection); }
+    EXPECT_EQ(read(*connection, page, rest), SQLITE_IOERR_DATA);
 }
 
 TEST_F(SealedFile, APageInThePlaceOfAnotherOneIsDamage) {
@@ -215,6 +261,71 @@ TEST_F(SealedFile, LiesOverWhatIsTheDefaultWhenAConnectionIsMade) {
         EXPECT_GT(calls, 50U);
     }
     EXPECT_EQ(codeOf(kReading), std::nullopt);
+}
+
+/// Under all connections that are made while it lives, with what a test puts in.
+class BelowAll {
+public:
+    BelowAll() : vfs(*sqlite3_vfs_find(nullptr)) {
+        vfs.zName = "below";
+        sqlite3_vfs_register(&vfs, 1);
+    }
+    ~BelowAll() { sqlite3_vfs_unregister(&vfs); }
+    BelowAll(const BelowAll&) = delete;
+    BelowAll& operator=(const BelowAll&) = delete;
+
+    sqlite3_vfs vfs;
+};
+
+TEST_F(SealedFile, WhatIsNoMatterOfFilesIsAskedBelow) {
+    BelowAll below;
+    below.vfs.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds + 1; };
+    below.vfs.xRandomness = [](sqlite3_vfs*, int size, char* out) { return *out = 'r', size - 1; };
+    below.vfs.xCurrentTime = [](sqlite3_vfs*, double* out) { return *out = 4.5, SQLITE_OK; };
+    below.vfs.xCurrentTimeInt64 = [](sqlite3_vfs*, sqlite3_int64* out) { return *out = 45, SQLITE_OK; };
+    const SealedVfs files;
+    sqlite3_vfs* const sealed = sqlite3_vfs_find(files.name());
+    ASSERT_NE(sealed, nullptr);
+    char byte = 0;
+    double days = 0;
+    sqlite3_int64 milliseconds = 0;
+    EXPECT_EQ(sealed->xSleep(sealed, 41), 42);
+    EXPECT_EQ(sealed->xRandomness(sealed, 1, &byte), 0);
+    EXPECT_EQ(byte, 'r');
+    EXPECT_EQ(sealed->xCurrentTime(sealed, &days), SQLITE_OK);
+    EXPECT_EQ(days, 4.5);
+    EXPECT_EQ(sealed->xCurrentTimeInt64(sealed, &milliseconds), SQLITE_OK);
+    EXPECT_EQ(milliseconds, 45);
+}
+
+TEST_F(SealedFile, HasTheSectorsOfTheFileBelow) {
+    const auto connection = open();
+    sqlite3_vfs& usual = *sqlite3_vfs_find(nullptr);
+    std::vector<char> memory(static_cast<std::size_t>(usual.szOsFile));
+    auto* const below = reinterpret_cast<sqlite3_file*>(memory.data());
+    ASSERT_EQ(usual.xOpen(&usual, path.c_str(), below, SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, nullptr),
+              SQLITE_OK);
+    sqlite3_file& file = fileOf(*connection);
+    EXPECT_EQ(file.pMethods->xSectorSize(&file), below->pMethods->xSectorSize(below));
+    below->pMethods->xClose(below);
+}
+
+int timesClosed = 0;
+
+// As the interface of SQLite lets a file system do.
+TEST_F(SealedFile, WhatIsOpenedAndFailsAllTheSameIsClosed) {
+    BelowAll below;
+    timesClosed = 0;
+    below.vfs.xOpen = [](sqlite3_vfs*, const char*, sqlite3_file* file, int, int*) {
+        static constexpr auto close = [](sqlite3_file*) { return ++timesClosed, SQLITE_OK; };
+        static const sqlite3_io_methods methods = {
+            1,       close,   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+            nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+        file->pMethods = &methods;
+        return SQLITE_IOERR;
+    };
+    EXPECT_EQ(codeOf(kReading), ErrorCode::IOError);
+    EXPECT_EQ(timesClosed, 1);
 }
 
 TEST_F(SealedFile, NothingStaysRegistered) {
