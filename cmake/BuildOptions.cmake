@@ -26,7 +26,9 @@ if(PKGCORE_SANITIZE)
 endif()
 
 if(PKGCORE_COVERAGE)
-  target_compile_options(pkgcore_build_options INTERFACE -fprofile-instr-generate -fcoverage-mapping)
+  # Counters that can be moved into a mapped file, so that a process which is killed has counted.
+  target_compile_options(
+    pkgcore_build_options INTERFACE -fprofile-instr-generate -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
   target_link_options(pkgcore_build_options INTERFACE -fprofile-instr-generate)
 endif()
 

@@ -127,6 +127,24 @@ TEST(FileBuffer, ReadingFromAFailingDiskIsNoEndOfFile) {
     EXPECT_EQ(get(*buffer, 5), "abc");
 }
 
+TEST(FileBuffer, WritesNothingWhereItCannotGoBackOverWhatItReadAhead) {
+    const test::TempTree tree;
+    test::makeFile(tree / "file", "abcdef");
+    const auto buffer = opened(tree / "file", ios_base::in | ios_base::out);
+    EXPECT_EQ(buffer->sbumpc(), 'a');
+    test::ScopedSystemCalls calls;
+    calls->lseek = [](int, off_t, int) -> off_t {
+        errno = ESPIPE;
+        return -1;
+    };
+    EXPECT_EQ(put(*buffer, "xy"), 0);
+    EXPECT_EQ(get(*buffer, 1), "b") << "what was read is kept";
+    calls->lseek = kHostCalls.lseek;
+    EXPECT_EQ(put(*buffer, "xy"), 2);
+    EXPECT_TRUE(buffer->close());
+    EXPECT_EQ(test::contentOf(tree / "file"), "abxyef");
+}
+
 TEST(FileBuffer, AFullDiskBeforeReadingIsNoEndOfFile) {
     const test::TempTree tree;
     test::makeFile(tree / "file", "abcdef");

@@ -1,5 +1,6 @@
 #include <pkgcore/portable/filesystem/NativePath.hpp>
 
+#include <pkgcore/platform/filesystem/DirectoryIterator.hpp>
 #include <pkgcore/platform/filesystem/Operations.hpp>
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
@@ -144,6 +145,11 @@ TEST(LongPath, MissingPartsAndFilesInTheWayAreNoFailure) {
     EXPECT_FALSE(exists(chain.pathTo("leaf" + below)));
     EXPECT_THROW(create_directory(chain.pathTo("missing" + below)), PathNotFound);
     EXPECT_THROW(remove(chain.pathTo("leaf" + below)), NotDirectoryError);
+    const auto list = [](const std::u16string& path) {
+        detail::upath_directory_iterator_impl(path, detail::initialization_mode::standard);
+    };
+    EXPECT_THROW(list(chain.pathTo("missing" + below)), PathNotFound);
+    EXPECT_THROW(list(chain.pathTo("leaf" + below)), NotDirectoryError);
 }
 
 TEST(LongPath, IsMadeFromNothing) {

@@ -23,6 +23,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -183,6 +184,23 @@ TEST_F(NestedListings, FolderPutInPlaceOfAnotherIsNotTaken) {
     listings.erase(listings.begin() + 51, listings.end() - 1);  // the way up from below is cut
     EXPECT_EQ(ESTALE, test::failedNumber([&] { listings[50]->increment(); }));
     EXPECT_FALSE(listings[50]->is_open());
+}
+
+TEST_F(NestedListings, ParkedOneTakesTheDescriptorOfAnotherWhereThereAreNoMore) {
+    static bool isFull;
+    isFull = true;
+    test::ScopedSystemCalls calls;
+    calls->openat = [](int folder, const char* path, int flags, mode_t mode) {
+        if (!std::exchange(isFull, false)) return kHostCalls.openat(folder, path, flags, mode);
+        errno = EMFILE;
+        return -1;
+    };
+    const std::size_t held = test::openDescriptors().size();
+    listings[50]->increment();
+    EXPECT_FALSE(isFull);
+    EXPECT_EQ(held, test::openDescriptors().size());
+    for (const auto& listing : listings) goOn(*listing);
+    EXPECT_GE(steps, kLevels - 1);
 }
 
 TEST_F(NestedListings, FolderThatIsGoneIsAnError) {

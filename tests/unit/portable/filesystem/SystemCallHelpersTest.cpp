@@ -1,5 +1,7 @@
 #include <pkgcore/portable/filesystem/SystemCallHelpers.hpp>
 
+#include <pkgcore/portable/filesystem/Item.hpp>
+
 #include "tests/support/DescriptorCount.hpp"
 #include "tests/support/RawFiles.hpp"
 #include "tests/support/ScopedSystemCalls.hpp"
@@ -39,6 +41,20 @@ TEST(OpenAt, FailureHoldsNothingAndTellsWhy) {
     const FileDescriptor file = openAt(AT_FDCWD, "/dev/null/x", O_RDONLY);
     EXPECT_EQ(ENOTDIR, errno);
     EXPECT_FALSE(file.isOpen());
+}
+
+TEST(OpenFolder, ALinkIsNoFolderWhicheverNumberTheSystemHasForThat) {
+    for (const int number : {ELOOP, ENOTDIR}) {
+        static int given;
+        given = number;
+        ScopedSystemCalls calls;
+        calls->openat = [](int, const char*, int, mode_t) {
+            errno = given;
+            return -1;
+        };
+        EXPECT_FALSE(openFolder({AT_FDCWD, "link"}).isOpen());
+        EXPECT_EQ(ENOTDIR, errno);
+    }
 }
 
 TEST(OpenAt, GoesOnAfterASignal) {

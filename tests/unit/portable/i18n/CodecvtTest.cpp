@@ -253,6 +253,13 @@ TEST(CodecvtAscii, ConvertsAsciiAlone) {
     EXPECT_EQ(to_ustring(nullptr, codecvt_ascii_to_ustring(false)), u"");
 }
 
+TEST(CodecvtAscii, ConvertsWhatIsLongerThanItsBuffers) {
+    const std::string bytes(50'000, 'x');
+    const std::u16string text(50'000, u'x');
+    EXPECT_TRUE(to_string(text, codecvt_ustring_to_ascii(false)) == bytes);
+    EXPECT_TRUE(to_ustring(bytes.c_str(), codecvt_ascii_to_ustring(false)) == text);
+}
+
 TEST(CodecvtAscii, NamesTheFirstOffender) {
     const auto toAscii = [](const std::u16string& text) { to_string(text, codecvt_ustring_to_ascii(false)); };
     EXPECT_EQ(failureOf<CvtUnmappableCharacter>([&] { toAscii(u"ab\u0080"); }),

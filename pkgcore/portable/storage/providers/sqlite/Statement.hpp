@@ -58,9 +58,7 @@ private:
 /// Runs a statement that gives no rows.
 template <typename... Values>
 void run(Statement& statement, const Values&... values) {
-    Query query(statement, values...);
-    while (query.step()) {
-    }
+    Query(statement, values...).step();
 }
 
 }  // namespace foundation::storage::sqlite

@@ -1,6 +1,7 @@
 #include <pkgcore/portable/storage/iri/PlainPath.hpp>
 
 #include <pkgcore/platform/storage/CanonicalAbsoluteIRI.hpp>
+#include <pkgcore/portable/storage/iri/IRICharacters.hpp>
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,19 @@ using foundation::storage::vfs::CanonicalAbsoluteIRI;
 
 /// Longer than a few vectors.
 constexpr std::size_t kLongest = 50;
+
+// The library has its sets from the compiler.
+TEST(LiteralSet, HasOfAsciiWhatItWasGiven) {
+    const std::string given = "-az";
+    const foundation::storage::portable::LiteralSet set(given);
+    for (char16_t unit = 0; unit < 0x80; ++unit) {
+        EXPECT_EQ(set.containsAscii(unit), given.find(static_cast<char>(unit)) != std::string::npos) << unit;
+        EXPECT_EQ(set.contains(unit), set.containsAscii(unit));
+    }
+    EXPECT_FALSE(set.containsAscii(0x4E2D));
+    EXPECT_TRUE(set.contains(0x4E2D));
+    EXPECT_EQ(set.asciiRun(u"a-z.a"), 3U);
+}
 
 /// All of ASCII, and units that end like some of it.
 std::vector<char16_t> interestingUnits() {

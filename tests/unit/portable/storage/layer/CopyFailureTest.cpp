@@ -70,6 +70,19 @@ TEST_F(CopyFailure, AReplacedFileThatCannotBeWrittenKeepsItsMark) {
     }
 }
 
+TEST_F(CopyFailure, AMarkThatIsNotGivenBackDoesNotHideWhyTheContentFailed) {
+    ASSERT_TRUE(write(u"to", "old"));
+    faults->onCall([this](Verb verb) {
+        if (verb == Verb::Write) throw vfs::Exception(ErrorCode::NoSpace, "full");
+        if (verb == Verb::SetWritable && faults->calls(verb) > 2) {
+            throw vfs::Exception(ErrorCode::AccessDenied, "no more marks");
+        }
+    });
+    ASSERT_EQ(faults->calls(Verb::SetWritable), 1U) << "that of the source";
+    PKGCORE_EXPECT_FAILURE(NoSpace, file(u"from").copyFile(file(u"to"), kReplace));
+    EXPECT_EQ(state(u"to"), "r old");
+}
+
 TEST_F(CopyFailure, AMoveThatFailsAfterTheContentLeavesNoNewFile) {
     const auto time = vfs::getLastModified(file(u"from"));
     for (const Verb verb : {Verb::SetLastModified, Verb::SetWritable}) {

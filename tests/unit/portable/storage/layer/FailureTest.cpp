@@ -191,6 +191,21 @@ std::u16string locationOfFailure(const std::function<void()>& call) {
     return u"(none)";
 }
 
+TEST_F(StorageFailure, KeepsThePlaceThatTheStoreTells) {
+    const auto faults = std::make_shared<FaultProvider>(provider::makeMemoryProvider());
+    const Workplace place(storeFrom("telling", [&] { return faults; }).makeGround());
+    const vfs::AbsoluteIRI elsewhere(u"conformance://store/elsewhere");
+    faults->onCall(
+        [&elsewhere](Verb /*verb*/) { throw vfs::Exception(ErrorCode::TemporarilyBusy, "busy", elsewhere); });
+    EXPECT_EQ(locationOfFailure([&] { place.existence(u"f"); }), elsewhere.toString());
+}
+
+TEST(StorageException, HasAMessageForACodeThatItDoesNotKnow) {
+    const vfs::Exception failure(static_cast<ErrorCode>(99), vfs::AbsoluteIRI(u"mem://s/f"));
+    EXPECT_STREQ(failure.what(), "The storage failed");
+    EXPECT_EQ(failure.getErrorCode(), static_cast<ErrorCode>(99));
+}
+
 TEST_F(StorageFailure, OfACopyNamesThePlaceThatWasAskedFor) {
     const Workplace place = store();
     place.folder(u"d/e").createFolderRecursive();

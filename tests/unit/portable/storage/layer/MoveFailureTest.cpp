@@ -135,6 +135,18 @@ TEST_F(MoveFailure, GivesTheNameBackForWantOfMemoryToo) {
     EXPECT_EQ(at(u"from://s/").list(u""), Names{u"d/"});
 }
 
+TEST_F(MoveFailure, IsToldBeforeAnythingIsCopiedWhereTheStoreRemovesNothing) {
+    mount(true);
+    const auto keeping = std::make_shared<test::BareProvider>(
+        store_, [](provider::Traits& traits) { traits.removes = traits.removesTrees = false; });
+    storage_ = vfs::StorageSystemBuilder().mount(u"from", keeping).mount(u"to", target_).build();
+    PKGCORE_EXPECT_FAILURE(NotSupported, from().moveFolder(to(), kReplace));
+    PKGCORE_EXPECT_FAILURE(NotSupported,
+                           at(u"from://s/").file(u"d/a").moveFile(at(u"to://s/").file(u"a"), kReplace));
+    EXPECT_EQ(at(u"to://s/").list(u""), Names{});
+    EXPECT_EQ(at(u"from://s/d").everything(), kTree);
+}
+
 TEST_F(MoveFailure, LeavesTheRestUnderItsNameWhereTheStoreMovesNoFolders) {
     mount(false);
     store_->fail({2, Verb::Remove, Effect::FailBefore, ErrorCode::AccessDenied, true});

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 
 using namespace foundation::storage;
@@ -54,6 +55,19 @@ TEST_F(SourceChange, KeepsAFileThatWasWrittenTo) {
     PKGCORE_EXPECT_FAILURE(TemporarilyBusy, from().file(u"f").moveFile(to().file(u"f"), kFail));
     EXPECT_TRUE(isChanged_);
     EXPECT_EQ(test::contentOf(tree_ / "f"), "news");
+}
+
+TEST_F(SourceChange, KeepsAFileWhoseCopyBecameLongerMeanwhile) {
+    test::makeFile(tree_ / "f", "text");
+    std::size_t reads = 0;
+    target_->onCall([&](Verb verb) {
+        if (verb != Verb::OpenReader) return;
+        test::writeInPlace(std::filesystem::directory_iterator(otherTree_.path())->path(), "text and more");
+        reads = source_->calls(Verb::Read);
+    });
+    PKGCORE_EXPECT_FAILURE(IOError, from().file(u"f").moveFile(to().file(u"f"), kFail));
+    EXPECT_EQ(test::contentOf(tree_ / "f"), "text");
+    EXPECT_EQ(source_->calls(Verb::Read), reads) << "the sizes tell";
 }
 
 TEST_F(SourceChange, KeepsAFileThatTookItsPlace) {

@@ -81,6 +81,13 @@ TEST(ReadBuffer, HasNothingBeforeTheBeginning) {
     EXPECT_EQ('a', buffer.sgetc());
 }
 
+TEST(ReadBuffer, HasNoPlaceForWriting) {
+    ReadBuffer buffer = reading("abc");
+    EXPECT_EQ('a', buffer.sbumpc());
+    EXPECT_EQ(-1, std::streamoff(buffer.pubseekoff(0, std::ios_base::beg, std::ios_base::out)));
+    EXPECT_EQ('b', buffer.sgetc()) << "and goes on where it stood";
+}
+
 TEST(WriteBuffer, TakesTheEndOfATextForAFlushOfWhatIsPending) {
     std::string written;
     OpenWriteBuffer buffer(std::make_unique<BytesWriter>(
@@ -105,6 +112,7 @@ TEST(WriteBuffer, TakesNothingAfterItWasDiscarded) {
     EXPECT_EQ(Traits::eof(), buffer.sputc('b'));
     EXPECT_EQ(Traits::eof(), buffer.overflow('c'));
     EXPECT_EQ(0, buffer.sputn("def", 3));
+    EXPECT_EQ(0, buffer.sputn(std::string(100'000, 'g').data(), 100'000));
     EXPECT_EQ(-1, buffer.pubsync());
     EXPECT_EQ("old", written);
 }

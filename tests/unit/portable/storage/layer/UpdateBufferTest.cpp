@@ -60,6 +60,21 @@ TEST_F(UpdateDraft, ThatCannotBeMadeOpensNothing) {
     EXPECT_EQ(content(), "hello world");
 }
 
+TEST_F(UpdateDraft, ThatKeepsItsNameServesAllTheSame) {
+    test::ScopedSystemCalls calls;
+    calls->unlinkat = [](int, const char*, int) {
+        errno = EACCES;
+        return -1;
+    };
+    {
+        vfs::ofstream stream(file_, std::ios_base::in);
+        stream << "HELLO" << std::flush;
+        EXPECT_TRUE(stream.good());
+    }
+    EXPECT_EQ(content(), "HELLO world");
+    EXPECT_EQ(draftsLeft(), 1U);
+}
+
 TEST_F(UpdateDraft, ThatDoesNotTakeTheOldContentOpensNothing) {
     test::ScopedSystemCalls calls;
     calls->write = [](int, const void*, size_t) -> ssize_t {

@@ -7,6 +7,8 @@
 #include <pkgcore/portable/storage/providers/memory/MemoryProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
+#include "tests/support/storage/BareProvider.hpp"
+
 #include <gtest/gtest.h>
 
 namespace foundation::storage {
@@ -62,6 +64,29 @@ TEST_F(WholeStore, IsNotMoved) {
     PKGCORE_EXPECT_FAILURE(
         NotSupported,
         at(u"one://s/").moveFolder(at(u"two://s/new"), provider::ReplacementPolicy::FailIfExists));
+}
+
+/// A store that has nothing, not even its root, until somebody makes that.
+class HasNoRootYet : public test::BareProvider {
+public:
+    HasNoRootYet() : BareProvider(provider::makeMemoryProvider(), [](Traits& /*traits*/) {}) {}
+    std::optional<provider::Item> find(const Path& path) override {
+        return isMade_ ? BareProvider::find(path) : std::nullopt;
+    }
+    void createFolder(const Path& folder) override {
+        isMade_ = isMade_ || folder.isRoot();
+        if (!folder.isRoot()) BareProvider::createFolder(folder);
+    }
+
+private:
+    bool isMade_ = false;
+};
+
+TEST_F(WholeStore, IsMadeWithTheFoldersInIt) {
+    const auto storage = vfs::StorageSystemBuilder().mount(u"new", std::make_shared<HasNoRootYet>()).build();
+    Folder(CanonicalAbsoluteIRI(u"new://s/d/e"), storage).createFolderRecursive();
+    EXPECT_EQ(vfs::exists(CanonicalAbsoluteIRI(u"new://s/"), storage), vfs::ExistenceType::Folder);
+    EXPECT_EQ(vfs::exists(CanonicalAbsoluteIRI(u"new://s/d/e"), storage), vfs::ExistenceType::Folder);
 }
 
 TEST_F(WholeStore, IsCopiedToAFolder) {

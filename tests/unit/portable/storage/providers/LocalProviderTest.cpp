@@ -1,4 +1,5 @@
 #include <pkgcore/platform/storage/NativePaths.hpp>
+#include <pkgcore/portable/filesystem/FileDescriptor.hpp>
 #include <pkgcore/portable/storage/providers/local/LocalProvider.hpp>
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
@@ -8,7 +9,9 @@
 #include "tests/support/TempTree.hpp"
 #include "tests/unit/portable/filesystem/ReplacedCalls.hpp"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace foundation::storage;
@@ -163,6 +166,27 @@ TEST_F(LocalProvider, ReadsWhatClaimsToBeEmpty) {
     const Workplace proc(Ground{vfs::StorageSystemBuilder().build(), u"file:///proc/self", nullptr,
                                 provider::Path(), nullptr});
     EXPECT_NE(proc.read(u"status").find("Name:"), std::string::npos);
+}
+
+TEST_F(LocalProvider, ReadsFromAPipeWhatItHasAndNoByteBefore) {
+    ASSERT_EQ(::mkfifo(native("pipe").c_str(), 0600), 0);
+    const fl::filesystem::posix::FileDescriptor end(::open(native("pipe").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::write(end.get(), "text", 4), 4);
+    const auto reader =
+        provider::makeLocalProvider()->openReader(provider::Path(test::text(native("pipe")).substr(1)));
+    EXPECT_EQ(reader->size(), std::nullopt);
+    char bytes[10] = {};
+    EXPECT_EQ(reader->read(bytes, sizeof bytes), 4U);
+    EXPECT_STREQ(bytes, "text");
+}
+
+TEST_F(LocalProvider, RefusesByItselfWhatTheSystemOfStoresAsksForFirst) {
+    test::makeFolder(native("d"));
+    const auto store = provider::makeLocalProvider();
+    const provider::Path folder(test::text(native("d")).substr(1));
+    PKGCORE_EXPECT_FAILURE(AlreadyExists, store->openWriter(folder, provider::WriteMode::Create));
+    PKGCORE_EXPECT_FAILURE(NotFound, store->setWritable(folder.child(u"missing"), false));
+    EXPECT_EQ(place_.listTree(u""), Names{u"d/"});
 }
 
 TEST_F(LocalProvider, WritesToADeviceInPlace) {

@@ -117,6 +117,21 @@ TEST(MemoryProvider, FillsPagesThatWereUsedBefore) {
     EXPECT_EQ(lister->fill(page), 0u);
 }
 
+TEST(MemoryProvider, RefusesByItselfWhatWouldTakeAPlaceThatIsTaken) {
+    const Workplace place = newStore();
+    ASSERT_TRUE(place.write(u"f", "text"));
+    ASSERT_TRUE(place.write(u"g", "other"));
+    place.folder(u"d").createFolder();
+    provider::Provider& store = place.store();
+    const Path file = place.at(u"f");
+    PKGCORE_EXPECT_FAILURE(AlreadyExists, store.copy(file, place.ground().path, kReplace));
+    PKGCORE_EXPECT_FAILURE(AlreadyExists, store.move(file, place.ground().path, kReplace));
+    PKGCORE_EXPECT_FAILURE(AlreadyExists, store.copy(file, place.at(u"g"), kFail));
+    PKGCORE_EXPECT_FAILURE(AlreadyExists, store.move(file, place.at(u"d"), kReplace));
+    PKGCORE_EXPECT_FAILURE(AlreadyExists, store.openWriter(place.at(u"d"), provider::WriteMode::Create));
+    EXPECT_EQ(place.everything(), (Contents{{u"d/", "(folder)"}, {u"f", "text"}, {u"g", "other"}}));
+}
+
 TEST(MemoryProvider, AListerStaysWithAFolderThatIsRemoved) {
     const Workplace place = newStore();
     place.folder(u"d/e").createFolderRecursive();

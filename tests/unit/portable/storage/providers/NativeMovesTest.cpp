@@ -123,6 +123,32 @@ TEST_F(NativeMoveOverFolder, GoesBackWhereTheOldOneKeepsItsName) {
     EXPECT_EQ(before, test::snapshot(tree_.path()));
 }
 
+TEST_F(NativeMoveOverFolder, PutsTheOldOneBackWhereTheNewOneDoesNotTakeItsPlace) {
+    test::failCall<&SystemCalls::renameat2>(calls_, 1, EINVAL);
+    test::failOneCall<&SystemCalls::renameat>(calls_, 3, EIO);  // after the attempt and the putting away
+    const test::TreeSnapshot before = test::snapshot(tree_.path());
+    const FileDescriptor folder{::open(tree_.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    EXPECT_EQ(EIO, errorOfMove([&] {
+                  moveItem({folder.get(), "a"}, {folder.get(), "b"}, ReplacementPolicy::ReplaceExisting);
+              }));
+    EXPECT_EQ(before, test::snapshot(tree_.path()));
+}
+
+/// Where renaming knows no flags, as on systems and file systems of an older age.
+TEST_F(NativeMoveOverFolder, ReplacesNothingWhereItMustNotAndTheSystemCannotSeeToThat) {
+    test::failCall<&SystemCalls::renameat2>(calls_, 1, ENOSYS);
+    const test::TreeSnapshot before = test::snapshot(tree_.path());
+    const FileDescriptor folder{::open(tree_.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    const auto move = [&](const char* to) {
+        moveItem({folder.get(), "a"}, {folder.get(), to}, ReplacementPolicy::FailIfExists);
+    };
+    EXPECT_THROW(move("b"), fl::filesystem::FileExistsError);
+    EXPECT_EQ(before, test::snapshot(tree_.path()));
+    move("c");
+    EXPECT_TRUE(test::isThere(tree_ / "c/new"));
+    EXPECT_FALSE(test::isThere(tree_ / "a"));
+}
+
 /// Of two names of one file, a onto b.
 class NativeMoveOntoItself : public ::testing::Test {
 protected:
@@ -193,6 +219,15 @@ TEST_F(NativeMoveAcross, ReplacesAFile) {
     move(ReplacementPolicy::ReplaceExisting);
     EXPECT_EQ("text", test::contentOf(tree_ / "b"));
     EXPECT_FALSE(test::isThere(source));
+}
+
+TEST_F(NativeMoveAcross, TakesALinkAlongAndNotWhatItLeadsTo) {
+    test::makeFile(tree_ / "target", "text");
+    test::makeLink("target", tree_ / "link");
+    moveItem({folder_.get(), "link"}, {folder_.get(), "b"}, ReplacementPolicy::FailIfExists);
+    EXPECT_EQ("target", test::linkTextOf(tree_ / "b"));
+    EXPECT_FALSE(test::isThere(tree_ / "link"));
+    EXPECT_EQ("text", test::contentOf(tree_ / "target"));
 }
 
 TEST_F(NativeMoveAcross, RemovesNothingBeforeTheCopyIsOnTheDisk) {

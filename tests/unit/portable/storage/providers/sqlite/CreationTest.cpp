@@ -5,6 +5,7 @@
 #include <pkgcore/testing/conformance/ConformanceTest.hpp>
 
 #include "tests/support/RawFiles.hpp"
+#include "tests/support/RunInChild.hpp"
 #include "tests/support/storage/ProviderCalls.hpp"
 #include "tests/support/storage/RawDatabase.hpp"
 #include "tests/support/storage/StoreFile.hpp"
@@ -16,6 +17,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <deque>
 #include <filesystem>
 
@@ -23,6 +25,10 @@ namespace {
 
 /// What syncing a folder comes to in this program, if it is not 0.
 int folderSyncError = 0;
+
+/// What renaming and linking come to in this program, if it is not 0.
+int renameError = 0;
+int linkError = 0;
 
 /// What drawing random numbers comes to, if it is not 0, call for call; it succeeds then.
 std::deque<int> randomErrors;
@@ -38,6 +44,24 @@ extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void* out, s
         return -1;
     }
     return ::syscall(SYS_getrandom, out, size, flags);
+}
+
+extern "C" __attribute__((visibility("default"))) int renameat2(int from, const char* name, int to,
+                                                                const char* newName,
+                                                                unsigned flags) noexcept {
+    if (renameError != 0) {
+        errno = renameError;
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_renameat2, from, name, to, newName, flags));
+}
+
+extern "C" __attribute__((visibility("default"))) int link(const char* name, const char* newName) noexcept {
+    if (linkError != 0) {
+        errno = linkError;
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_link, name, newName));
 }
 
 extern "C" __attribute__((visibility("default"))) int fsync(int file) {
@@ -122,6 +146,44 @@ TEST(SqliteCreation, ANameThatMayNotBeOnTheDiskIsAFailure) { makeStoreWith(EIO);
 TEST(SqliteCreation, AFolderThatCannotBeSyncedIsNone) {
     makeStoreWith(EINVAL);
     makeStoreWith(ENOTSUP);
+}
+
+// Its owner alone may read it, and others may make files in it.
+TEST(SqliteCreation, AFolderThatMayNotBeReadIsNotSynced) {
+    const StoreFile file;
+    test::setMode(file.tree().path(), 0333);
+    test::runAsOrdinaryUser([&] { EXPECT_NO_THROW(test::writeFile(*file.open(), u"f", "text")); });
+    test::setMode(file.tree().path(), 0700);
+    EXPECT_EQ(test::readFile(*file.open(), u"f"), "text");
+}
+
+/// Names are given with these errors while it lives.
+struct Naming {
+    Naming(int ofRenaming, int ofLinking) {
+        renameError = ofRenaming;
+        linkError = ofLinking;
+    }
+    ~Naming() { renameError = linkError = 0; }
+};
+
+TEST(SqliteCreation, WhereARenamingWouldReplaceTheStoreIsLinkedToItsName) {
+    for (const int unknown : {EINVAL, ENOSYS}) {
+        const Naming naming(unknown, 0);
+        const StoreFile file;
+        EXPECT_NO_THROW(test::writeFile(*file.open(), u"f", "text"));
+        EXPECT_THAT(namesIn(file.tree()), ElementsAre("store.db"));
+    }
+}
+
+TEST(SqliteCreation, ANameThatIsNotGivenIsAFailureThatLeavesNothing) {
+    const StoreFile file;
+    {
+        const Naming naming(EIO, 0);
+        expectRefused(file, ErrorCode::IOError, "cannot be given its name");
+    }
+    const Naming naming(ENOSYS, EPERM);
+    expectRefused(file, ErrorCode::AccessDenied, "cannot be given its name");
+    EXPECT_TRUE(namesIn(file.tree()).empty());
 }
 
 TEST(SqliteCreation, ARandomSourceThatFailsIsAFailure) {

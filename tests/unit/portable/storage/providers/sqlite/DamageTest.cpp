@@ -15,6 +15,7 @@ namespace {
 using namespace foundation::storage::conformance;
 using foundation::storage::provider::Path;
 using foundation::storage::provider::Provider;
+using foundation::storage::provider::WriteMode;
 using test::writeFile;
 
 const std::string kLarge = test::someBytes(200'000);
@@ -201,6 +202,14 @@ TEST(SqliteDamageElsewhere, AFolderThatSeemsToHoldItselfIsRemoved) {
     store->removeTree(Path(u"d"));
     EXPECT_FALSE(store->find(Path(u"d")));
     EXPECT_TRUE(store->find(Path(u"guarded")));
+}
+
+TEST(SqliteDamageElsewhere, AStoreWithoutItsRootTakesNothing) {
+    const test::StoreFile file;
+    const auto store = file.open();
+    test::changeRows(file.native(), "DELETE FROM entry WHERE parent = 0");
+    PKGCORE_EXPECT_FAILURE(NotRecoverable, store->createFolder(Path(u"d/e")));
+    PKGCORE_EXPECT_FAILURE(NotRecoverable, store->openWriter(Path(u"d/f"), WriteMode::Create));
 }
 
 TEST(SqliteDamageElsewhere, NothingIsErasedThatTheListOfOrphansOnlySeemsToName) {

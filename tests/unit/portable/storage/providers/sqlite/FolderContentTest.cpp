@@ -9,6 +9,7 @@
 #include "tests/unit/portable/storage/providers/sqlite/ContentFixture.hpp"
 
 #include <gtest/gtest.h>
+#include <boost/date_time/posix_time/posix_time_types.hpp>
 
 namespace {
 
@@ -129,6 +130,22 @@ TEST_F(SqliteCopy, HoldsNothingOfAFolderThatIsRemovedMeanwhile) {
     EXPECT_EQ(orphans(), 0);
 }
 
+TEST_F(SqliteCopy, HoldsALargeFileThatIsRemovedMeanwhileAsAWholeOrNotAtAll) {
+    store->createFolder(Path(u"d"));
+    int missing = 0;
+    for (int change = 1; change <= 5; ++change) {
+        SCOPED_TRACE(change);
+        writeFile(*store, u"d/huge", huge);
+        const test::BeforeChange hook(change, [this] { other->remove(Path(u"d/huge")); });
+        file.open()->copy(Path(u"d"), Path(u"copy"), kReplace);
+        const bool isThere = other->find(Path(u"copy/huge")).has_value();
+        EXPECT_TRUE(!isThere || readFile(*other, u"copy/huge") == huge);
+        EXPECT_EQ(orphans(), 0);
+        missing += isThere ? 0 : 1;
+    }
+    EXPECT_GT(missing, 0);
+}
+
 TEST_F(SqliteCopy, HoldsTheFolderThatReplacesOneMeanwhile) {
     store->createFolder(Path(u"d"));
     fill(u"d/e");
@@ -168,6 +185,14 @@ TEST_F(SqliteContent, AFolderThatIsNotWritableKeepsItsEntries) {
     EXPECT_NO_THROW(store->move(Path(u"d"), Path(u"moved"), kFail));
     store->setWritable(Path(u"moved/e"), true);
     EXPECT_NO_THROW(store->removeTree(Path(u"moved")));
+}
+
+TEST_F(SqliteContent, ATimeThatIsNoneIsRefused) {
+    const auto before = store->find(Path(u"small"))->lastModified;
+    for (const auto time : {boost::posix_time::not_a_date_time, boost::posix_time::pos_infin}) {
+        PKGCORE_EXPECT_FAILURE(NotSupported, store->setLastModified(Path(u"small"), time));
+    }
+    EXPECT_EQ(store->find(Path(u"small"))->lastModified, before);
 }
 
 TEST_F(SqliteContent, AnEntryKeepsItsIdentity) {

@@ -138,6 +138,17 @@ TEST(SqliteMisuse, NoThreadReadsAnotherStoreThanTheOthers) {
     });
 }
 
+TEST(SqliteMisuse, NoThreadReadsAnotherStoreThatWasCopiedOverThisOne) {
+    const StoreFile file;
+    const StoreFile another;
+    for (const StoreFile* const each : {&file, &another}) test::writeFile(*each->open(), u"f", "text");
+    const auto store = file.open();
+    withoutIdleConnection(file, *store, [&] {
+        test::writeInPlace(file.native(), test::contentOf(another.native()));
+        PKGCORE_EXPECT_FAILURE(IOError, store->find(Path(u"f")));
+    });
+}
+
 // Its mode would be set.
 TEST(SqliteMisuse, PinsThatAreALinkAreNotFollowed) {
     for (const bool dangles : {true, false}) {

@@ -410,6 +410,26 @@ TEST(SqliteOpening, FailsWhereSqliteHasNoFiles) {
     PKGCORE_EXPECT_FAILURE(IOError, file.open());
 }
 
+/// What the store is on the disk, with its log.
+std::string bytesOf(const StoreFile& file) {
+    const std::string log = file.native() + "-wal";
+    return test::contentOf(file.native()) + (test::isThere(log) ? test::contentOf(log) : "");
+}
+
+TEST(SqliteOpening, SyncingWritesOnlyWhereChangesMayNotBeOnTheDisk) {
+    const StoreFile file;
+    test::writeFile(*file.open(), u"f", "text");
+    SqliteOptions full = StoreFile::fast();
+    full.durability = provider::SqliteDurability::Full;
+    for (const SqliteOptions& options : {readOnly(), full, StoreFile::fast()}) {
+        const auto store = file.open(options);
+        const std::string before = bytesOf(file);
+        store->sync(Path(u"f"));
+        const bool mayBeMissing = !options.isReadOnly && options.durability != full.durability;
+        EXPECT_EQ(bytesOf(file) != before, mayBeMissing);
+    }
+}
+
 /// Files that cannot be opened, with the errno of something else.
 class StaleFiles {
 public:

@@ -15,6 +15,7 @@
 
 #include <array>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -260,6 +261,71 @@ TEST_F(SealedFile, LiesOverWhatIsTheDefaultWhenAConnectionIsMade) {
         EXPECT_GT(calls, 50U);
     }
     EXPECT_EQ(codeOf(kReading), std::nullopt);
+}
+
+/// Under all connections that are made while it lives, with what a test puts in.
+class BelowAll {
+public:
+    BelowAll() : vfs(*sqlite3_vfs_find(nullptr)) {
+        vfs.zName = "below";
+        sqlite3_vfs_register(&vfs, 1);
+    }
+    ~BelowAll() { sqlite3_vfs_unregister(&vfs); }
+    BelowAll(const BelowAll&) = delete;
+    BelowAll& operator=(const BelowAll&) = delete;
+
+    sqlite3_vfs vfs;
+};
+
+TEST_F(SealedFile, WhatIsNoMatterOfFilesIsAskedBelow) {
+    BelowAll below;
+    below.vfs.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds + 1; };
+    below.vfs.xRandomness = [](sqlite3_vfs*, int size, char* out) { return *out = 'r', size - 1; };
+    below.vfs.xCurrentTime = [](sqlite3_vfs*, double* out) { return *out = 4.5, SQLITE_OK; };
+    below.vfs.xCurrentTimeInt64 = [](sqlite3_vfs*, sqlite3_int64* out) { return *out = 45, SQLITE_OK; };
+    const SealedVfs files;
+    sqlite3_vfs* const sealed = sqlite3_vfs_find(files.name());
+    ASSERT_NE(sealed, nullptr);
+    char byte = 0;
+    double days = 0;
+    sqlite3_int64 milliseconds = 0;
+    EXPECT_EQ(sealed->xSleep(sealed, 41), 42);
+    EXPECT_EQ(sealed->xRandomness(sealed, 1, &byte), 0);
+    EXPECT_EQ(byte, 'r');
+    EXPECT_EQ(sealed->xCurrentTime(sealed, &days), SQLITE_OK);
+    EXPECT_EQ(days, 4.5);
+    EXPECT_EQ(sealed->xCurrentTimeInt64(sealed, &milliseconds), SQLITE_OK);
+    EXPECT_EQ(milliseconds, 45);
+}
+
+TEST_F(SealedFile, HasTheSectorsOfTheFileBelow) {
+    const auto connection = open();
+    sqlite3_vfs& usual = *sqlite3_vfs_find(nullptr);
+    std::vector<char> memory(static_cast<std::size_t>(usual.szOsFile));
+    auto* const below = reinterpret_cast<sqlite3_file*>(memory.data());
+    ASSERT_EQ(usual.xOpen(&usual, path.c_str(), below, SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB, nullptr),
+              SQLITE_OK);
+    sqlite3_file& file = fileOf(*connection);
+    EXPECT_EQ(file.pMethods->xSectorSize(&file), below->pMethods->xSectorSize(below));
+    below->pMethods->xClose(below);
+}
+
+int timesClosed = 0;
+
+// As the interface of SQLite lets a file system do.
+TEST_F(SealedFile, WhatIsOpenedAndFailsAllTheSameIsClosed) {
+    BelowAll below;
+    timesClosed = 0;
+    below.vfs.xOpen = [](sqlite3_vfs*, const char*, sqlite3_file* file, int, int*) {
+        static constexpr auto close = [](sqlite3_file*) { return ++timesClosed, SQLITE_OK; };
+        static const sqlite3_io_methods methods = {
+            1,       close,   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+            nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+        file->pMethods = &methods;
+        return SQLITE_IOERR;
+    };
+    EXPECT_EQ(codeOf(kReading), ErrorCode::IOError);
+    EXPECT_EQ(timesClosed, 1);
 }
 
 TEST_F(SealedFile, NothingStaysRegistered) {
