@@ -165,6 +165,30 @@ TEST_F(SqliteCompaction, DamageInTheListOfFreePagesIsLeftAsItIs) {
     EXPECT_TRUE(content().substr(4096) == bytes.substr(4096));
 }
 
+/// Puts a number in a page, which keeps its seal.
+std::string withNumber(std::string bytes, std::size_t at, const std::string& number) {
+    const std::size_t page = at / PageSeals::kPageSize;
+    bytes.replace(at, number.size(), number);
+    PageSeals::seal(bytes.data() + page * PageSeals::kPageSize, page + 1);
+    return bytes;
+}
+
+TEST_F(SqliteCompaction, AListOfFreePagesThatCannotBeRightIsDamage) {
+    const std::string whole = content();
+    const std::size_t list = (numberAt(whole, 32) - 1) * PageSeals::kPageSize;
+    const std::string noPages(4, '\0');
+    const std::string manyPages("\0\1\0\0", 4);
+    for (const std::string& bytes :
+         {withNumber(whole, 36, noPages), withNumber(whole, list + 4, manyPages),
+          withNumber(whole, list + 8, noPages), withNumber(whole, list + 8, manyPages),
+          withNumber(whole, list, manyPages)}) {
+        ASSERT_EQ(PageSeals::firstBroken(bytes), 0U);
+        writeInPlace(file_.native(), bytes);
+        EXPECT_EQ(codeOfCompacting(file_.path()), ErrorCode::NotRecoverable);
+        EXPECT_TRUE(content().substr(4096) == bytes.substr(4096));
+    }
+}
+
 TEST(SqliteCompactionOfNothing, MakesNoStoreAndAdoptsNone) {
     const StoreFile file;
     EXPECT_EQ(codeOfCompacting(file.path()), ErrorCode::NotFound);
