@@ -17,12 +17,13 @@ std::optional<Entry> findAndRemember(Connection& connection, const provider::Pat
 template <typename Look>
 bool lookInKnownFolder(Connection& connection, const provider::Path& path, Look look) {
     const std::optional<KnownFolder::Known> folder = connection.knownFolder().around(path);
-    if (!folder) {
+    const auto isTrue = [&] { return !folder->state || *folder->state == connection.state(); };
+    if (!folder || !isTrue()) {
         return false;
     }
     look(folder->number, encodeName(path.name()));
-    // By its statement the connection knows whether anything has changed.
-    return !folder->state || *folder->state == connection.state();
+    // What others have changed the connection knows by its statement.
+    return isTrue();
 }
 
 /// What is at a path.
