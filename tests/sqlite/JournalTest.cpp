@@ -270,13 +270,16 @@ std::optional<ErrorCode> codeOfOpening(const StoreFile& file, const StoreFile::O
     }
 }
 
-TEST_F(SqliteJournal, WhoOnlyReadsIsToldOfDamageInIt) {
+TEST_F(SqliteJournal, WhoOnlyReadsIsToldThatAChangeIsToBeUndone) {
     Files files = killedAt(kWritten);
     StoreFile::Options options;
     options.isReadOnly = true;
     restore(files);
-    EXPECT_EQ(codeOfOpening(file_, options), ErrorCode::IOError) << "a change is to be undone first";
+    EXPECT_EQ(codeOfOpening(file_, options), ErrorCode::IOError);
     files.journal[kSector + 1000] = static_cast<char>(files.journal[kSector + 1000] ^ 1);
+    restore(files);
+    EXPECT_EQ(codeOfOpening(file_, options), ErrorCode::IOError);
+    files.journal[0] = 0;
     restore(files);
     EXPECT_EQ(codeOfOpening(file_, options), ErrorCode::NotRecoverable);
     EXPECT_TRUE(contentOf(file_.native()) == files.store);
@@ -308,7 +311,14 @@ protected:
             truth_ = contentsOf(*store);
         }
         FaultyVfs faulty;
-        files_ = filesAt(file_, kWritten, faulty, [&] { provider::compactSqliteStore(file_.path()); });
+        faulty.onCall([this, writes = 0U](const VfsCall& call) mutable {
+            const bool isStore = call.path == file_.native();
+            if (isStore && call.kind == Kind::Write && ++writes == 100) spilled_ = now();
+            if (isStore && call.kind == Kind::Sync && files_.store.empty()) files_ = now();
+            return SQLITE_OK;
+        });
+        provider::compactSqliteStore(file_.path());
+        faulty.onCall({});
     }
 
     std::vector<std::size_t> headers() const {
@@ -320,12 +330,17 @@ protected:
         return found;
     }
 
-    Files files_;
+    Files now() const { return {contentOf(file_.native()), contentOf(file_.native() + "-journal")}; }
+
+    Files files_;    ///< when all is written
+    Files spilled_;  ///< when the first pages are, and not yet the one that each change writes
 };
 
 TEST_F(SqliteLongJournal, BringsBackWhatThereWas) {
-    EXPECT_EQ(judge(files_), Outcome::Right);
-    expectSound(file_);
+    for (const Files& files : {files_, spilled_}) {
+        EXPECT_EQ(judge(files), Outcome::Right);
+        expectSound(file_);
+    }
 }
 
 TEST_F(SqliteLongJournal, NoOtherByteIsTakenInAnyHeader) {
@@ -351,6 +366,12 @@ TEST_F(SqliteLongJournal, OneThatIsCutOffIsRefused) {
                                   last - kRecord, files_.journal.size() - 1}) {
         EXPECT_EQ(judgeCutOff(files_, cut), Outcome::Refused);
     }
+}
+
+TEST_F(SqliteLongJournal, ZerosOverItsHeaderAreFoundWhereOnlySomePagesAreInTheStore) {
+    Files damaged = spilled_;
+    damaged.journal.replace(0, kSector, kSector, '\0');
+    EXPECT_EQ(judge(damaged), Outcome::Refused);
 }
 
 TEST_F(SqliteLongJournal, AHeaderOfZerosIsRefused) {

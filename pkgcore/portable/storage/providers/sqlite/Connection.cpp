@@ -101,6 +101,8 @@ std::uint32_t Connection::state() const noexcept {
     return state;
 }
 
+void Connection::forgetPages() noexcept { sqlite3_db_release_memory(get()); }
+
 void Connection::takeNumbers() {
     const std::int64_t next = readStoreRow(*this).next;
     if (next > kMaxNumber - kNumbersAtOnce) {

@@ -59,6 +59,9 @@ public:
     /// For pages that are read from now on.
     void setPageCheck(PageCheck check) noexcept { files_.check() = check; }
 
+    /// Has them read from the file again.
+    void forgetPages() noexcept;
+
     KnownFolder& knownFolder() noexcept { return knownFolder_; }
 
     /// A number that no entry and no content has or had, within a writing transaction.

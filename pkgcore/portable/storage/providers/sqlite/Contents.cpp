@@ -69,6 +69,7 @@ std::string_view Contents::chunkIn(const Query& row, int column, std::int64_t id
     const std::string_view stored = row.bytes(column + 1);
     const bool isWhole = stored.size() >= size && stored.size() <= kChunkSize;
     if (!isWhole || row.integer(column) != connection_.sealer().seal(id, stored)) {
+        connection_.forgetPages();  // or they would be taken for what is in the file
         failDamaged("a content does not fit its checksum");
     }
     return stored.substr(0, size);

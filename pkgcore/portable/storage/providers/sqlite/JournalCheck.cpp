@@ -41,18 +41,31 @@ class JournalCheck {
 public:
     JournalCheck(sqlite3_file& journal, sqlite3_file* store) noexcept : journal_(journal), store_(store) {}
 
-    /// An empty one, as it lies beside a store that is open, costs no more than this one look.
-    int run() noexcept {
+    /// An empty one, as it lies beside a store that is open, costs no more than this one look. `isWhole` is
+    /// false for as much as tells whether there is anything to be brought back.
+    int run(bool isWhole) noexcept {
         JournalHeader header;
         const int found = readOnce(journal_, header.data(), JournalHeader::kSize, 0);
         if (found == SQLITE_IOERR_SHORT_READ) {
             return header.state(0) == State::Open ? SQLITE_OK : kDamagedJournal;
         }
-        const int result = found == SQLITE_OK ? journal_.pMethods->xFileSize(&journal_, &size_) : found;
+        if (!isWhole && found == SQLITE_OK && header.state(0) == State::Sealed) {
+            return SQLITE_OK;
+        }
+        int result = found == SQLITE_OK ? journal_.pMethods->xFileSize(&journal_, &size_) : found;
+        if (result == SQLITE_OK) result = lookForLog();
         return result == SQLITE_OK ? checkSegments() : result;
     }
 
 private:
+    /// A log changes the store past the journal.
+    int lookForLog() noexcept {
+        std::array<char, 20> header{};
+        const int result = store_ == nullptr ? SQLITE_OK : readAt(*store_, header.data(), header.size(), 0);
+        storeHasLog_ = hasLog(header.data());
+        return result;
+    }
+
     int checkSegments() noexcept {
         int result = SQLITE_OK;
         while (result == SQLITE_OK && at_ < size_) {
@@ -101,37 +114,49 @@ private:
             return result;
         }
         const bool isSound = record.fitsSeal() && record.fitsChecksum(nonce);
-        return isSound ? compareFirstPage(record) : kDamagedJournal;
+        if (!isSound) {
+            return kDamagedJournal;
+        }
+        return record.number() == 1 ? compare(record) : SQLITE_OK;
     }
 
-    /// The first page is part of each change and comes into the store when all of the journal is on the disk:
-    /// if it is there, the header here was sealed, and is no longer.
+    /// No page comes into the store before its record is on the disk and the header is sealed, and the first
+    /// page only when all are: if one is there, the header here was sealed, and is no longer.
     int checkRest(const JournalHeader& header) noexcept {
         sector_ = isSectorSize(header.sectorSize()) ? header.sectorSize() : sector_;
         for (sqlite3_int64 at = at_ + sector_; at + kStep <= size_; at += kStep) {
             JournalRecord record;
             int result = readAt(journal_, record.data(), kRecordSize, at);
-            if (result == SQLITE_OK && record.number() == 1 && record.fitsSeal()) {
-                result = compareFirstPage(record);
+            if (result == SQLITE_OK && record.fitsSeal()) {
+                result = compare(record);
             }
             if (result != SQLITE_OK) return result;
         }
         at_ = size_;
-        return isFirstPageChanged_ ? kDamagedJournal : SQLITE_OK;
+        return isChanged_ ? kDamagedJournal : SQLITE_OK;
     }
 
-    /// Notes whether the first page, if it is this one, is another one in the store by now, or half of one.
-    int compareFirstPage(const JournalRecord& record) noexcept {
-        if (record.number() != 1 || store_ == nullptr) {
+    /// Notes whether a page is another one in the store by now. Half of the first page was written there
+    /// after this; half of another one may have been damaged at any time, and reading it will tell.
+    int compare(const JournalRecord& record) noexcept {
+        if (store_ == nullptr) {
             return SQLITE_OK;
         }
         std::array<char, kPageSize> page;
-        const int result = readAt(*store_, page.data(), kPageSize, 0);
-        const auto sealed = static_cast<std::ptrdiff_t>(kPageSize - kPageSealSize);
+        constexpr auto kSize = static_cast<sqlite3_int64>(kPageSize);
+        const int result = readAt(*store_, page.data(), kPageSize, (record.number() - 1) * kSize);
         const bool isHalf = result == SQLITE_IOERR_DATA;
-        const bool isOther = isHalf || !std::equal(page.begin(), page.begin() + sealed, record.page());
-        isFirstPageChanged_ = isOther && !(hasLog(page.data()) && hasLog(record.page()));
+        isChanged_ = isChanged_ ||
+                     (record.number() == 1 ? isFirstChanged(page.data(), record.page(), isHalf)
+                                           : !isHalf && !storeHasLog_ && isOther(page.data(), record.page()));
         return isHalf ? SQLITE_OK : result;
+    }
+
+    static bool isOther(const char* one, const char* other) noexcept {
+        return !std::equal(one, one + (kPageSize - kPageSealSize), other);
+    }
+    static bool isFirstChanged(const char* now, const char* before, bool isHalf) noexcept {
+        return (isHalf || isOther(now, before)) && !(hasLog(now) && hasLog(before));
     }
 
     sqlite3_file& journal_;
@@ -139,13 +164,18 @@ private:
     sqlite3_int64 size_ = 0;
     sqlite3_int64 at_ = 0;  ///< where a header is, or the end
     sqlite3_int64 sector_ = kSector;
-    bool isFirstPageChanged_ = false;
+    bool storeHasLog_ = false;
+    bool isChanged_ = false;  ///< a page in the store
 };
 
 }  // namespace
 
 int checkJournal(sqlite3_file& journal, sqlite3_file* store) noexcept {
-    return JournalCheck(journal, store).run();
+    return JournalCheck(journal, store).run(true);
+}
+
+int checkBeginning(sqlite3_file& journal, sqlite3_file* store) noexcept {
+    return JournalCheck(journal, store).run(false);
 }
 
 }  // namespace foundation::storage::sqlite

@@ -14,4 +14,8 @@ namespace foundation::storage::sqlite {
 /// beginning, as it is by a commit, or right behind a segment.
 int checkJournal(sqlite3_file& journal, sqlite3_file* store) noexcept;
 
+/// The same, but SQLITE_OK as soon as it is certain that the journal is to be brought back; which is to be
+/// checked whole by who does that.
+int checkBeginning(sqlite3_file& journal, sqlite3_file* store) noexcept;
+
 }  // namespace foundation::storage::sqlite

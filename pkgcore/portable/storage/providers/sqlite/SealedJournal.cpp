@@ -22,6 +22,7 @@ struct SealedJournal : LayeredFile {
     sqlite3_int64 headerAt = -1;
     std::uint32_t number = 0;  ///< of the page that comes next
     sqlite3_int64 numberAt = -1;
+    bool isUnchecked = false;  ///< it is opened to be brought back
 };
 
 SealedJournal& journalOf(sqlite3_file* file) noexcept { return *static_cast<SealedJournal*>(file); }
@@ -83,7 +84,12 @@ int finishSegment(sqlite3_file* file, const void* bytes, sqlite3_int64 offset) n
     return writeBelow(file, journal.header.data(), kHeaderSize, offset);
 }
 
+/// A journal that is over and would be kept is emptied: its records are no longer those of the store, and
+/// would look as if their header had become zeros.
 int eraseHeader(sqlite3_file* file, sqlite3_int64 offset) noexcept {
+    if (offset == 0) {
+        return truncateBelow(file, 0);
+    }
     const JournalHeader nothing;
     return writeBelow(file, nothing.data(), kHeaderSize, offset);
 }
@@ -130,19 +136,33 @@ int readPage(sqlite3_file* file, void* out, sqlite3_int64 offset) noexcept {
 }
 
 /// By its first byte SQLite tells whether there is something to be rolled back. It holds a lock then that
-/// keeps everybody from writing to the store, so that a journal with a header that counts is nobody's.
+/// keeps everybody from writing to the store, so that a journal with a header that counts is nobody's. Many
+/// may ask at once, and who brings it back must be alone: none of them is to take long.
 bool isQuestion(int size, sqlite3_int64 offset) noexcept { return size == 1 && offset == 0; }
 
+/// Before the first read of who brings it back, when nobody else has the store and nothing is changed yet.
+int checkWhereDue(sqlite3_file* file, int size, sqlite3_int64 offset) noexcept {
+    SealedJournal& journal = journalOf(file);
+    if (journal.isUnchecked) {
+        journal.isUnchecked = false;
+        return checkJournal(*journal.below, sqlite3_database_file_object(journal.path));
+    }
+    return isQuestion(size, offset)
+               ? checkBeginning(*journal.below, sqlite3_database_file_object(journal.path))
+               : SQLITE_OK;
+}
+
 int readJournal(sqlite3_file* file, void* out, int size, sqlite3_int64 offset) noexcept {
-    if (isPageOfRecord(size, offset)) {
-        return readPage(file, out, offset);
+    const int result = checkWhereDue(file, size, offset);
+    if (result != SQLITE_OK) {
+        return result;
     }
-    if (isQuestion(size, offset)) {
-        SealedJournal& journal = journalOf(file);
-        const int result = checkJournal(*journal.below, sqlite3_database_file_object(journal.path));
-        if (result != SQLITE_OK) return result;
-    }
-    return readBelow(file, out, size, offset);
+    return isPageOfRecord(size, offset) ? readPage(file, out, offset) : readBelow(file, out, size, offset);
+}
+
+/// Who asks opens it for reading alone, who begins one may make it.
+bool isToBeBroughtBack(int flags) noexcept {
+    return (flags & SQLITE_OPEN_READWRITE) != 0 && (flags & SQLITE_OPEN_CREATE) == 0;
 }
 
 constexpr sqlite3_io_methods kMethods = methodsOver(1, {closeOver<SealedJournal>, readJournal, writeJournal});
@@ -156,6 +176,7 @@ int openSealedJournal(sqlite3_vfs& below, const char* path, sqlite3_file* out, i
     const int result = openOver<SealedJournal>(below, path, out, flags, given);
     if (result == SQLITE_OK) {
         journalOf(out).path = path;
+        journalOf(out).isUnchecked = isToBeBroughtBack(flags);
         out->pMethods = &kMethods;
     }
     return result;
