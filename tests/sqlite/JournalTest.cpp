@@ -368,6 +368,22 @@ TEST_F(SqliteLongJournal, OneThatIsCutOffIsRefused) {
     }
 }
 
+// Who brings it back must be alone with the store for a moment.
+TEST_F(SqliteLongJournal, IsNotReadByWhoOnlyAsksWhetherItIsToBeBroughtBack) {
+    restore(files_);
+    StoreFile::Options options;
+    options.isReadOnly = true;
+    unsigned reads = 0;
+    FaultyVfs faulty;
+    faulty.onCall([&](const VfsCall& call) {
+        reads += call.kind == Kind::Read && call.path == file_.native() + "-journal" ? 1U : 0U;
+        return SQLITE_OK;
+    });
+    EXPECT_EQ(codeOfOpening(file_, options), ErrorCode::IOError);
+    EXPECT_GT(reads, 0U);
+    EXPECT_LT(reads, 20U) << "of thousands of pages";
+}
+
 TEST_F(SqliteLongJournal, ZerosOverItsHeaderAreFoundWhereOnlySomePagesAreInTheStore) {
     Files damaged = spilled_;
     damaged.journal.replace(0, kSector, kSector, '\0');
