@@ -2,6 +2,22 @@
 
 namespace foundation::storage::sqlite {
 
+namespace {
+
+/// Beside what FindEntry gives, the row with the content if there is but one.
+constexpr const char* kFindFile =
+    "SELECT e.kind, e.writable, e.modified, e.size, e.content, e.seal, e.id, c.seal, c.bytes FROM entry e "
+    "LEFT JOIN chunk c ON c.id = CASE WHEN e.size < 65536 THEN e.content << 28 END "
+    "WHERE e.parent = ?1 AND e.name = ?2";
+
+/// Not UNION ALL: rows that are damaged may go round in a circle.
+constexpr const char* kGuardedTree =
+    "WITH RECURSIVE tree(id, writable) AS (SELECT ?1, ?2 UNION SELECT e.id, e.writable "
+    "FROM tree JOIN entry e ON e.parent = tree.id WHERE e.kind = 1) "
+    "SELECT 1 FROM tree WHERE writable = 0 AND EXISTS (SELECT 1 FROM entry WHERE parent = tree.id) LIMIT 1";
+
+}  // namespace
+
 const char* textOf(Sql sql) noexcept {
     switch (sql) {
         case Sql::BeginRead:
@@ -21,10 +37,7 @@ const char* textOf(Sql sql) noexcept {
                    "AND name "
                    "= ?2";
         case Sql::FindFile:
-            // Beside what FindEntry gives, the row with the content if there is but one.
-            return "SELECT e.kind, e.writable, e.modified, e.size, e.content, e.seal, e.id, c.seal, c.bytes "
-                   "FROM entry e LEFT JOIN chunk c ON c.id = CASE WHEN e.size < 65536 THEN e.content << 28 "
-                   "END WHERE e.parent = ?1 AND e.name = ?2";
+            return kFindFile;
         case Sql::PutEntry:
             return "REPLACE INTO entry(parent, name, kind, writable, modified, size, content, seal, id) "
                    "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)";
@@ -38,12 +51,7 @@ const char* textOf(Sql sql) noexcept {
         case Sql::GuardedFolders:
             return "SELECT 1 FROM entry WHERE kind = 1 AND writable = 0 LIMIT 1";
         case Sql::GuardedTree:
-            // Not UNION ALL: rows that are damaged may go round in a circle.
-            return "WITH RECURSIVE tree(id, writable) AS (SELECT ?1, ?2 UNION SELECT e.id, "
-                   "e.writable "
-                   "FROM tree JOIN entry e ON e.parent = tree.id WHERE e.kind = 1) "
-                   "SELECT 1 FROM tree WHERE writable = 0 AND EXISTS "
-                   "(SELECT 1 FROM entry WHERE parent = tree.id) LIMIT 1";
+            return kGuardedTree;
         case Sql::ReadChunk:
             return "SELECT seal, bytes FROM chunk WHERE id = ?1";
         case Sql::PutChunk:
