@@ -25,7 +25,7 @@ constexpr int kFirstWithSafeLog = 3'051'003;
 bool hasSafeLog() noexcept { return sqlite3_libversion_number() >= kFirstWithSafeLog; }
 
 // Deleted content is not overwritten (Debian's SQLite does that by itself). One megabyte of pages is kept,
-// which fits into the cache of a processor: eight took half as long again to read files in random order. Only
+// which fits into the cache of a processor: with eight, reading in random order took a tenth longer. Only
 // a change may have more of them, eight, before it goes into the file in parts; a number of pages of which
 // the lowest byte is zero would be "never" to SQLite. A store may have all the pages that the format has room
 // for.
