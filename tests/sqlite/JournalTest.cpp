@@ -285,6 +285,18 @@ TEST_F(SqliteJournal, WhoOnlyReadsIsToldThatAChangeIsToBeUndone) {
     EXPECT_TRUE(contentOf(file_.native()) == files.store);
 }
 
+TEST_F(SqliteJournal, AnOldOneUndoesNothingThatWasDoneSince) {
+    Files files = killedAt(kWritten);
+    restore(files);
+    {
+        const auto store = file_.open();
+        for (unsigned i = 0; i < 3; ++i) writeFile(*store, nameOf(80 + i), patternOf(i, 60));
+    }
+    files.store = contentOf(file_.native());
+    EXPECT_EQ(judge(files), Outcome::Refused);
+    EXPECT_TRUE(contentOf(file_.native()) == files.store);
+}
+
 TEST_F(SqliteJournal, ThatOfAnotherProgramIsRefused) {
     const Files files = killedByOther(kWritten, "UPDATE entry SET modified = 1");
     ASSERT_GT(files.journal.size(), kSector + kRecord);

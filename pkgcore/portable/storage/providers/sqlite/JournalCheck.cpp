@@ -1,5 +1,6 @@
 #include <pkgcore/portable/storage/providers/sqlite/JournalCheck.hpp>
 
+#include <pkgcore/portable/storage/providers/sqlite/BigEndian.hpp>
 #include <pkgcore/portable/storage/providers/sqlite/JournalFormat.hpp>
 
 #include <sqlite3.h>
@@ -109,15 +110,15 @@ private:
 
     int checkRecord(sqlite3_int64 at, std::uint32_t nonce) noexcept {
         JournalRecord record;
-        const int result = readAt(journal_, record.data(), kRecordSize, at);
+        int result = readAt(journal_, record.data(), kRecordSize, at);
         if (result != SQLITE_OK) {
             return result;
         }
         const bool isSound = record.fitsSeal() && record.fitsChecksum(nonce);
-        if (!isSound) {
-            return kDamagedJournal;
+        if (isSound && record.number() == 1) {
+            result = compare(record);
         }
-        return record.number() == 1 ? compare(record) : SQLITE_OK;
+        return isSound && !isOfEarlierState_ ? result : kDamagedJournal;
     }
 
     /// No page comes into the store before its record is on the disk and the header is sealed, and the first
@@ -149,7 +150,15 @@ private:
         isChanged_ = isChanged_ ||
                      (record.number() == 1 ? isFirstChanged(page.data(), record.page(), isHalf)
                                            : !isHalf && !storeHasLog_ && isOther(page.data(), record.page()));
+        isOfEarlierState_ = record.number() == 1 && !isHalf && !storeHasLog_ &&
+                            changesBetween(record.page(), page.data()) > 1;
         return isHalf ? SQLITE_OK : result;
+    }
+
+    /// Each change counts one on in the first page. With a log it is counted elsewhere.
+    static std::uint32_t changesBetween(const char* before, const char* now) noexcept {
+        constexpr std::size_t kCounterAt = 24;
+        return readU32(now + kCounterAt) - readU32(before + kCounterAt);
     }
 
     static bool isOther(const char* one, const char* other) noexcept {
@@ -165,7 +174,8 @@ private:
     sqlite3_int64 at_ = 0;  ///< where a header is, or the end
     sqlite3_int64 sector_ = kSector;
     bool storeHasLog_ = false;
-    bool isChanged_ = false;  ///< a page in the store
+    bool isChanged_ = false;         ///< a page in the store
+    bool isOfEarlierState_ = false;  ///< there were changes since, which would be undone
 };
 
 }  // namespace
