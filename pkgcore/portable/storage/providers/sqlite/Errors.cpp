@@ -75,9 +75,8 @@ bool isUnsealed(int result) noexcept { return result == SQLITE_IOERR_DATA || res
 
 std::string messageOf(sqlite3* connection, int result) {
     if (result == kDamagedJournal) {
-        return "The stored data is damaged: the journal beside the file does not fit its checksums, or "
-               "another "
-               "program has made it";
+        return "The stored data is damaged: the journal beside the file does not fit its checksums, "
+               "or another program has made it";
     }
     if (isUnsealed(result)) {
         return "The stored data is damaged: a page of the file does not fit its checksum";

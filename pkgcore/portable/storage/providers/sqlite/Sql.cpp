@@ -33,9 +33,8 @@ const char* textOf(Sql sql) noexcept {
         case Sql::SetNext:
             return "UPDATE store SET next = ?1, seal = ?2";
         case Sql::FindEntry:
-            return "SELECT kind, writable, modified, size, content, seal, id FROM entry WHERE parent = ?1 "
-                   "AND name "
-                   "= ?2";
+            return "SELECT kind, writable, modified, size, content, seal, id FROM entry "
+                   "WHERE parent = ?1 AND name = ?2";
         case Sql::FindFile:
             return kFindFile;
         case Sql::PutEntry:
